@@ -1,0 +1,473 @@
+#ifndef TREE_NODES_H_
+#define TREE_NODES_H_
+
+// The tree: nodes that own their children, split rules, statistics and predictor summaries. Readers
+// see a node through `Node`, builders fill a `NodeImp`; a class distribution (`ClsInfo`) or
+// regression statistics (`RegInfo`) per data sample say what the cases of a node look like.
+// `NodeImp::DropObservationThroughTree` routes a case to its terminal node, `PrefixNodeIterator`
+// walks a tree, and `CumulativeNode` merges the statistics of several nodes.
+//
+// A node deletes everything it owns; a tree may be as deep as memory allows.
+// Threads: concurrent const operations on an unchanged tree are safe, so any number of threads may
+// route cases through one tree. `CumulativeNode` is for one thread at a time.
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <vector>
+
+#include "tree/containers.h"
+#include "tree/export.h"
+#include "tree/split_rules.h"
+
+namespace tree {
+
+/// Selects one of the two sets of statistics of a node. Only zero or not matters: every value other
+/// than 0 selects the second set.
+enum DataSample : int {
+  TrainingSample = 0,
+  TestSample = 1,
+};
+
+/// The class distribution of a node of a classification tree, for reading. Classes are indexed from
+/// 0.
+class TREE_API ClsInfo {
+ public:
+  virtual ~ClsInfo();
+
+  /// Index of the predicted class.
+  virtual int GetPrediction() const = 0;
+  /// Weighted number of cases of the class. Requires a valid index.
+  virtual double GetClassCount(int index) const = 0;
+  /// The class's share of the weighted cases, a fraction in [0, 1]; 0.0 in a node without cases.
+  virtual double GetClassPercent(int index) const = 0;
+  /// The class's probability; -1.0 for an index out of range.
+  virtual double GetClassProbability(int index) const = 0;
+  virtual int GetNumClasses() const = 0;
+};
+
+/// The class distribution of one node for one data sample.
+class TREE_API ClsInfoImp : public ClsInfo {
+ public:
+  /// No classes, no cases, predicted class 0, percent size `systemMissingValue()`.
+  ClsInfoImp();
+  /// A copy as `operator=` makes it.
+  ClsInfoImp(ClsInfoImp const& other);
+  /// Copies everything. Deliberate: a source without probabilities gives the copy a probability of
+  /// -1.0 per class, so that it does not equal its source.
+  ClsInfoImp& operator=(ClsInfoImp const& other);
+
+  ~ClsInfoImp() override;
+  int GetPrediction() const override;
+  double GetClassCount(int index) const override;
+  double GetClassPercent(int index) const override;
+  double GetClassProbability(int index) const override;
+  int GetNumClasses() const override;
+  /// The node's size relative to the root, as the growing algorithm set it; nothing is computed.
+  virtual double GetPercentSize() const;
+  /// Number of cases, unweighted.
+  virtual double GetUnweightedCount() const;
+  /// Weighted number of cases: the class counts added in index order.
+  virtual double GetCount() const;
+  virtual void SetPrediction(int index);
+  virtual void SetUnweightedCount(double count);
+  virtual void SetPercentSize(double size);
+
+  /// Requires an index below the number of classes set before.
+  void SetClassCount(int index, double count);
+  /// Gives every class a probability (0.0) at the first call, then stores this one. Requires an
+  /// index below the number of classes set before.
+  void SetClassProbability(int index, double probability);
+  /// Sets the number of counts and probabilities; dropped ones become 0, new ones are 0.
+  void SetNumClasses(int count);
+  /// A copy as `operator=` makes it. **New**: the caller deletes it.
+  ClsInfoImp* Clone() const;
+  /// Whether all fields are equal, doubles by plain floating equality.
+  bool operator==(ClsInfoImp const& other) const;
+
+ private:
+  double unweightedCount_ = 0.0;
+  double percentSize_;
+  TArray<double> classCounts_;         // weighted cases, by class index
+  TArray<double> classProbabilities_;  // by class index; may be empty
+  int prediction_ = 0;
+};
+
+/// The statistics of a node of a regression tree, for reading. A histogram divides the range from
+/// minimum to maximum into bins of equal width, indexed from 0 at the minimum.
+class TREE_API RegInfo {
+ public:
+  virtual ~RegInfo();
+
+  /// Mean of the target, as are the next three its minimum, maximum and standard deviation.
+  virtual double GetMean() const = 0;
+  virtual double GetMinimum() const = 0;
+  virtual double GetMaximum() const = 0;
+  virtual double GetStdDev() const = 0;
+  /// The predicted value of the target.
+  virtual double GetPrediction() const = 0;
+  virtual int GetNumBins() const = 0;
+  /// Weighted number of cases in the bin. Requires a valid index.
+  virtual double GetBinSize(int index) const = 0;
+  /// Where the bin begins and ends, in units of the target. Not finite when there are no bins.
+  virtual double GetBinLeftEndPoint(int index) const = 0;
+  virtual double GetBinRightEndPoint(int index) const = 0;
+};
+
+/// The regression statistics of one node for one data sample. Optional statistics take storage only
+/// once they are set: one element per set storage flag, lowest flag first.
+class TREE_API RegInfoImp : public RegInfo {
+ public:
+  /// Optional statistics, one bit each.
+  enum StatisticStorageFlags : unsigned int {
+    StoreStdDev = 1,           ///< standard deviation of the target
+    StorePrediction = 2,       ///< predicted value, where it is not the mean
+    StoreUnweightedCount = 4,  ///< number of cases, unweighted
+    StoreReserved1 = 8,        ///< reserved, as are all that follow: stored, but read by no getter
+    StoreReserved2 = 16,
+    StoreReserved3 = 32,
+    StoreReserved4 = 64,
+    StoreReserved5 = 128,
+  };
+
+  /// No cases, no bins, no optional statistics, an empty range (minimum +infinity, maximum
+  /// -infinity).
+  RegInfoImp();
+  /// A copy as `CopyData` makes it.
+  RegInfoImp(RegInfoImp const& other);
+  RegInfoImp& operator=(RegInfoImp const& other);
+
+  ~RegInfoImp() override;
+  double GetMean() const override;
+  double GetMinimum() const override;
+  double GetMaximum() const override;
+  /// 0.0 when not set.
+  double GetStdDev() const override;
+  /// The mean when not set.
+  double GetPrediction() const override;
+  int GetNumBins() const override;
+  double GetBinSize(int index) const override;
+  double GetBinLeftEndPoint(int index) const override;
+  double GetBinRightEndPoint(int index) const override;
+  /// Weighted number of cases.
+  virtual double GetCount() const;
+  /// Number of cases, unweighted; the weighted number when not set.
+  virtual double GetUnweightedCount() const;
+  virtual void SetCount(double count);
+
+  void SetMean(double mean);
+  void SetMinimum(double minimum);
+  void SetMaximum(double maximum);
+  /// Sets the number of bins; new ones are 0.0. **Clamps** a negative number to 0.
+  void SetNumBins(int count);
+  /// Requires a valid index.
+  void SetBinSize(int index, double size);
+  /// Back to the state of a new object.
+  void Clear();
+  /// Takes over all statistics of `other`. Deliberate: the copy always stores a standard deviation,
+  /// 0.0 when `other` has none; it equals its source all the same.
+  void CopyData(RegInfoImp const& other);
+
+  /// Writes the statistic to `value` and returns true; false, leaving `value` as it was, when it is
+  /// not set.
+  bool GetExtendedStatistic(StatisticStorageFlags flag, double* value) const;
+  /// The statistic. Requires that it is set.
+  double GetExtendedStatistic(StatisticStorageFlags flag) const;
+  /// Stores the statistic, over an earlier value if there is one. Ignores a flag that is not one of
+  /// the eight single bits.
+  void SetExtendedStatistic(StatisticStorageFlags flag, double value);
+  /// Where a set statistic is stored, from 0; -1 when it is not set or not one of the eight bits.
+  int GetExtendedStatisticPos(StatisticStorageFlags flag) const;
+  /// Where an unset statistic would be stored; -1 when it is set or not one of the eight bits.
+  int GetExtendedStatisticInsertionPos(StatisticStorageFlags flag) const;
+
+  /// Whether everything that can be read is equal, doubles by plain floating equality.
+  bool operator==(RegInfoImp const& other) const;
+
+ private:
+  double BinBoundary(int index) const;
+
+  double count_ = 0.0;
+  double mean_ = 0.0;
+  double maximum_;
+  double minimum_;
+  std::vector<double> binSizes_;
+  std::vector<double> extendedStatistics_;
+  unsigned int storageFlags_ = 0;
+};
+
+/// Summary of the values that the cases of one node have in one predictor.
+class TREE_API PredictorImp {
+ public:
+  PredictorImp();
+  PredictorImp(PredictorImp const& other);
+  PredictorImp& operator=(PredictorImp const& other);
+
+  virtual ~PredictorImp();
+  /// Writes the range; always true.
+  virtual bool GetValueRange(double* minimum, double* maximum) const;
+  /// Writes the number of values held; always true.
+  virtual bool GetNumValues(int* count) const;
+  /// Copies the first `count` values to `values` and returns true. Refuses a negative count and one
+  /// beyond the number of values.
+  virtual bool GetValues(double* values, int count) const;
+  /// Whether any case had a missing value.
+  virtual bool HasMissingValues() const;
+  /// Stores both, in whatever order.
+  virtual void SetValueRange(double minimum, double maximum);
+  /// Sets the number of values; new ones are 0.0. **Clamps** a negative number to 0.
+  virtual void SetNumValues(int count);
+  /// Replaces the values by the `count` values given (**copied**). **Clamps** a negative number to
+  /// 0.
+  virtual void SetValues(double const* values, int count);
+  virtual void SetHasMissingValues(bool flag);
+
+  /// Whether all fields are equal, doubles by plain floating equality.
+  bool operator==(PredictorImp const& other) const;
+
+ private:
+  double minimum_ = 0.0;
+  double maximum_ = 0.0;
+  std::vector<double> values_;
+  bool hasMissingValues_ = false;
+};
+
+/// A node of a tree, for reading. Children, competitors and surrogates are numbered from 0.
+class TREE_API Node {
+ public:
+  virtual ~Node();
+
+  /// The parent, null at the root.
+  virtual Node const* GetParent() const = 0;
+  virtual int GetNumChildren() const = 0;
+  /// The child at `position`; null beyond the end. **Borrowed** until the tree changes.
+  virtual Node const* GetChild(unsigned int position) const = 0;
+  /// Number of competing split rules; the first is the primary split of the node.
+  virtual int GetNumCompetitors() const = 0;
+  /// The child taken by cases that no rule can place, as the primary split records it; -1 when
+  /// there is none.
+  virtual int GetBiggestChildPos() const = 0;
+  /// A copy of the rule at `position`; null beyond the end. **New**: the caller deletes it.
+  virtual SplitRule* GetCompetitor(unsigned int position) const = 0;
+  virtual int GetNumSurrogates() const = 0;
+  /// A copy of the rule at `position`; null beyond the end. **New**: the caller deletes it.
+  virtual SplitRule* GetSurrogate(unsigned int position) const = 0;
+  virtual unsigned int GetId() const = 0;
+  /// The prediction: a class index or a value of the target, always by the training sample.
+  /// Requires statistics of the training sample.
+  virtual double GetAssignment() const = 0;
+  /// Weighted number of cases; 0 without statistics of the sample.
+  virtual double GetNodeSize(DataSample sample) const = 0;
+  /// Number of cases, unweighted; 0 without statistics of the sample.
+  virtual double GetUnweightedNodeSize(DataSample sample) const = 0;
+  /// Size relative to the root. Deliberate: in a classification tree what the growing algorithm
+  /// stored, 0 without statistics; in a regression tree the share of the root's weighted cases, a
+  /// fraction in [0, 1], which costs a climb to the root.
+  virtual double GetPercentageNodeSize(DataSample sample) const = 0;
+  /// Number of predictors summarised, indexed from 0.
+  virtual int GetNumPredictors() const = 0;
+  /// Range of the predictor's values in this node. The next three: how many values the summary
+  /// holds, the first `count` of them, and whether any was missing. Each refuses an index out of
+  /// range, leaving the outputs as they were.
+  virtual bool GetPredictorRange(int index, double* minimum, double* maximum) const = 0;
+  virtual bool GetNumPredictorValues(int index, int* count) const = 0;
+  virtual bool GetPredictorValues(int index, double* values, int count) const = 0;
+  virtual bool GetPredictorMissingValueFlag(int index, bool* flag) const = 0;
+  /// Statistics for the sample, null when there are none of that kind. **Borrowed** until they are
+  /// replaced.
+  virtual ClsInfo const* GetClsInfo(DataSample sample) const = 0;
+  virtual RegInfo const* GetRegInfo(DataSample sample) const = 0;
+};
+
+/// A node that can be built and changed; it owns its children with all below them.
+/// Expected of the builder and not verified: a node with children has a primary split rule (at
+/// competitor position 0) that tells apart as many children as there are.
+class TREE_API NodeImp : public Node {
+ public:
+  /// A classification node with id 0 and nothing else.
+  NodeImp();
+  /// A deep copy without a parent, as `Clone` makes it.
+  NodeImp(NodeImp const& other);
+  /// Empties this node (`Clean`) and fills it with a deep copy of `other`, whose subtree is cloned;
+  /// the parent stays. The copy is complete before anything is emptied, so `other` may be a node of
+  /// this tree.
+  NodeImp& operator=(NodeImp const& other);
+
+  ~NodeImp() override;
+  Node const* GetParent() const override;
+  int GetNumChildren() const override;
+  Node const* GetChild(unsigned int position) const override;
+  int GetNumCompetitors() const override;
+  int GetBiggestChildPos() const override;
+  SplitRule* GetCompetitor(unsigned int position) const override;
+  int GetNumSurrogates() const override;
+  SplitRule* GetSurrogate(unsigned int position) const override;
+  unsigned int GetId() const override;
+  double GetAssignment() const override;
+  double GetNodeSize(DataSample sample) const override;
+  double GetUnweightedNodeSize(DataSample sample) const override;
+  double GetPercentageNodeSize(DataSample sample) const override;
+  int GetNumPredictors() const override;
+  bool GetPredictorRange(int index, double* minimum, double* maximum) const override;
+  bool GetNumPredictorValues(int index, int* count) const override;
+  bool GetPredictorValues(int index, double* values, int count) const override;
+  bool GetPredictorMissingValueFlag(int index, bool* flag) const override;
+  ClsInfo const* GetClsInfo(DataSample sample) const override;
+  RegInfo const* GetRegInfo(DataSample sample) const override;
+  /// Makes this a terminal node: deletes all children with what is below them, and the surrogates;
+  /// the competitors stay. The argument is ignored. Always true.
+  virtual bool RemoveChildren(bool ignored);
+  /// The child position for a case; -1 at a terminal node. `values`: one double per predictor, by
+  /// predictor index. Asks the primary rule, then the surrogates in order, and takes the primary
+  /// rule's dumb child (possibly negative) when none can place the case. The rules' answers are not
+  /// checked. Requires a primary rule in a node with children.
+  virtual int Classify(double const* values) const;
+  virtual bool IsClassificationNode() const;
+
+  void SetId(unsigned int id);
+  void SetClassificationNode(bool flag);
+
+  ClsInfoImp* GetClsInfoImp(DataSample sample) const;
+  RegInfoImp* GetRegInfoImp(DataSample sample) const;
+  /// Replaces the class distribution of the sample by `info` (**taken**; a `ClsInfoImp`, or null),
+  /// deletes all regression statistics, and makes this a classification node. An object of another
+  /// class is deleted and counts as null.
+  void SetClsInfo(ClsInfo* info, DataSample sample);
+  /// The mirror of `SetClsInfo` for regression statistics (a `RegInfoImp`).
+  void SetRegInfo(RegInfo* info, DataSample sample);
+
+  /// Sets the number of children, competitors or surrogates. **Clamps** a negative number to 0.
+  /// Deliberate: all entries become null, and the objects that the old ones pointed to are not
+  /// deleted: they belong to the caller again.
+  void SetNumChildren(int count);
+  void SetNumCompetitors(unsigned int count);
+  void SetNumSurrogates(unsigned int count);
+  /// Stores `child` (**taken**; a `NodeImp`, or null) and makes this node its parent. Requires a
+  /// valid position. Deliberate: the entry's old object is not deleted.
+  void SetChild(unsigned int position, Node* child);
+  /// Deletes the rule held at `position` and stores `rule` (**taken**; may be null). Requires a
+  /// valid position.
+  void SetCompetitor(unsigned int position, SplitRuleImp* rule);
+  void SetSurrogate(unsigned int position, SplitRuleImp* rule);
+  /// The object at `position`. **Borrowed**. Requires a valid position.
+  NodeImp* GetChildImp(unsigned int position) const;
+  SplitRuleImp* GetCompetitorImp(unsigned int position) const;
+  SplitRuleImp* GetSurrogateImp(unsigned int position) const;
+
+  /// Sets the number of predictor summaries; those that stay keep what they hold.
+  void SetNumPredictors(unsigned int count);
+  /// The setters of the summary of predictor `index`. Each requires a valid index.
+  void SetPredictorRange(int index, double minimum, double maximum);
+  void SetNumPredictorValues(int index, int count);
+  void SetPredictorValues(int index, double const* values, int count);
+  void SetPredictorMissingValueFlag(int index, bool flag);
+
+  /// Deletes the child at `position` with all below it; later children move one position down. The
+  /// split rules stay. Ignores a position out of range.
+  void RemoveChild(int position);
+  /// Moves the child at position i to position `order`[i], and renumbers the children of the
+  /// primary rule and all surrogates accordingly; other competitors stay. Requires a permutation
+  /// of the child positions.
+  void ReorderSiblings(std::vector<int> const& order);
+  /// Deletes children, rules and statistics. Id, classification flag, parent and predictor
+  /// summaries stay.
+  void Clean();
+  /// A deep copy without a parent. **New**: the caller deletes it. Linear in the subtree.
+  NodeImp* Clone() const;
+  /// Whether both nodes are equal in all that they hold, their children and, if this node has a
+  /// parent, their parents. Statistics that this node lacks are not compared. Deliberate: children
+  /// and parents compare each other in turn, so the comparison ends only for nodes that stand alone
+  /// or differ on the way.
+  bool operator==(NodeImp const& other) const;
+
+  /// Sets `child` to the child at `position` and returns true; false, leaving it as it was, for a
+  /// position out of range.
+  bool Child(int position, NodeImp** child);
+  bool Child(int position, NodeImp const** child) const;
+  /// The node in which a case ends that starts at this one: `stop` as soon as the case reaches it;
+  /// otherwise where no child can be chosen if `stop` is null, and null if it is not. `values` as
+  /// for `Classify`. Requires rules that answer no position beyond their node's children: such a
+  /// case is tried again at the same node for as long as the answer stays the same.
+  NodeImp const* DropObservationThroughTree(double const* values, NodeImp const* stop) const;
+  /// The first competitor position, the primary split's 0 included, whose rule tests predictor
+  /// `predictorIndex`; -1 when none does.
+  int FindCompetitorPos(int predictorIndex) const;
+
+ private:
+  using Children = std::vector<std::unique_ptr<NodeImp>>;
+  using Rules = std::vector<std::unique_ptr<SplitRuleImp>>;
+
+  void CopySubtree(NodeImp const& other);
+  void CopyAllButChildren(NodeImp const& other);
+  void DeleteSubtrees();
+
+  Children children_;          // by child position
+  NodeImp* parent_ = nullptr;  // not owned
+  Rules competitors_;          // the primary split first
+  Rules surrogates_;           // in order of preference
+  unsigned int id_ = 0;
+  bool isClassification_ = true;
+  std::array<std::unique_ptr<RegInfoImp>, 2> regInfo_;  // by data sample
+  std::array<std::unique_ptr<ClsInfoImp>, 2> clsInfo_;  // by data sample
+  std::vector<PredictorImp> predictors_;                // by predictor index
+};
+
+}  // namespace tree
+
+namespace MCTree {
+
+/// A forward iterator over objects owned elsewhere.
+template <class T>
+class TREE_API AIterator {
+ public:
+  virtual ~AIterator() = default;
+
+  virtual int HasMore() const = 0;
+  /// The next object, null at the end.
+  virtual T const* Next() = 0;
+  virtual int GetFailReason() const = 0;
+};
+
+}  // namespace MCTree
+
+extern template class MCTree::AIterator<tree::Node>;
+
+namespace tree {
+
+/// An iterator over the nodes of a tree.
+class TREE_API NodeIterator : public MCTree::AIterator<Node> {
+ public:
+  ~NodeIterator() override;
+};
+
+/// Walks a tree, or the subtree of a node, in prefix order: a node before its children, children in
+/// order of position. Loop on `Next()` until it returns null. The tree is **borrowed** and must not
+/// change meanwhile.
+class TREE_API PrefixNodeIterator : public NodeIterator {
+ public:
+  /// `root`: where the walk starts and what bounds it.
+  explicit PrefixNodeIterator(Node const* root);
+  PrefixNodeIterator(PrefixNodeIterator const& other);
+  PrefixNodeIterator& operator=(PrefixNodeIterator const& other);
+
+  ~PrefixNodeIterator() override;
+  /// 1 when no further node exists and 0 when one does. Deliberate: the reverse of the name.
+  int HasMore() const override;
+  /// The next node, the root at first; null at the end, where the last node stays current.
+  Node const* Next() override;
+  /// 1 before the first node has been delivered, 0 afterwards.
+  int GetFailReason() const override;
+
+ private:
+  Node const* current_ = nullptr;  // not owned
+  Node const* root_;               // not owned
+};
+
+/// The node after `current` in prefix order within the subtree of `root`: `root` itself when
+/// `current` is null, null when it is the last one. Needs no memory; costs at worst the depth of
+/// the tree times its fan-out. Requires a `current` in the subtree of `root`.
+TREE_API Node const* PrefixFindNext(Node const* root, Node const* current);
+
+}  // namespace tree
+
+#endif  // TREE_NODES_H_

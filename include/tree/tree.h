@@ -1,0 +1,13 @@
+#ifndef TREE_TREE_H_
+#define TREE_TREE_H_
+
+// Everything at once: the data model of decision trees. Programs that use a part of it include that
+// family's header.
+
+#include "tree/containers.h"
+#include "tree/nodes.h"
+#include "tree/split_rules.h"
+#include "tree/support.h"
+#include "tree/values.h"
+
+#endif  // TREE_TREE_H_

@@ -1,0 +1,114 @@
+#include <new>
+
+#include "tree/assertions.h"
+#include "tree/nodes.h"
+#include "tree/support.h"
+
+namespace tree {
+
+ClsInfo::~ClsInfo() = default;
+
+ClsInfoImp::ClsInfoImp()
+    : percentSize_(systemMissingValue()), classCounts_(true), classProbabilities_(true) {}
+
+ClsInfoImp::ClsInfoImp(ClsInfoImp const& other) : ClsInfoImp() {
+  *this = other;
+}
+
+ClsInfoImp& ClsInfoImp::operator=(ClsInfoImp const& other) {
+  if (this == &other) return *this;
+  int const numClasses = other.GetNumClasses();
+  SetNumClasses(numClasses);
+  bool const resized =
+      classCounts_.GetSize() == numClasses && classProbabilities_.GetSize() == numClasses;
+  if (!resized) throw std::bad_alloc();
+  prediction_ = other.GetPrediction();
+  for (int index = 0; index < numClasses; ++index) {
+    classCounts_[index] = other.GetClassCount(index);
+    classProbabilities_[index] = other.GetClassProbability(index);
+  }
+  SetPercentSize(other.GetPercentSize());
+  SetUnweightedCount(other.GetUnweightedCount());
+  return *this;
+}
+
+ClsInfoImp::~ClsInfoImp() = default;
+
+int ClsInfoImp::GetPrediction() const {
+  return prediction_;
+}
+
+double ClsInfoImp::GetClassCount(int index) const {
+  return classCounts_[index];
+}
+
+double ClsInfoImp::GetClassPercent(int index) const {
+  double const count = GetCount();
+  return count > 0.0 ? GetClassCount(index) / count : 0.0;
+}
+
+double ClsInfoImp::GetClassProbability(int index) const {
+  bool const known = index >= 0 && index < classProbabilities_.GetSize();
+  return known ? classProbabilities_[index] : -1.0;
+}
+
+int ClsInfoImp::GetNumClasses() const {
+  return classCounts_.GetSize();
+}
+
+double ClsInfoImp::GetPercentSize() const {
+  return percentSize_;
+}
+
+double ClsInfoImp::GetUnweightedCount() const {
+  return unweightedCount_;
+}
+
+double ClsInfoImp::GetCount() const {
+  TArray<double> const& counts = classCounts_;
+  double sum = 0.0;
+  for (int index = 0; index < counts.GetSize(); ++index) sum += counts[index];
+  return sum;
+}
+
+void ClsInfoImp::SetPrediction(int index) {
+  prediction_ = index;
+}
+
+void ClsInfoImp::SetUnweightedCount(double count) {
+  unweightedCount_ = count;
+}
+
+void ClsInfoImp::SetPercentSize(double size) {
+  percentSize_ = size;
+}
+
+void ClsInfoImp::SetClassCount(int index, double count) {
+  classCounts_[index] = count;
+}
+
+void ClsInfoImp::SetClassProbability(int index, double probability) {
+  if (classProbabilities_.GetSize() == 0) classProbabilities_.Resize(GetNumClasses());
+  classProbabilities_[index] = probability;
+}
+
+void ClsInfoImp::SetNumClasses(int count) {
+  classCounts_.Resize(count);
+  classProbabilities_.Resize(count);
+}
+
+ClsInfoImp* ClsInfoImp::Clone() const {
+  return new ClsInfoImp(*this);
+}
+
+bool ClsInfoImp::operator==(ClsInfoImp const& other) const {
+  auto const equal = [](TArray<double> const& a, TArray<double> const& b) {
+    return std::equal(a.GetData(), a.GetData() + a.GetSize(), b.GetData(),
+                      b.GetData() + b.GetSize());
+  };
+  return unweightedCount_ == other.unweightedCount_ && equal(classCounts_, other.classCounts_) &&
+         equal(classProbabilities_, other.classProbabilities_) &&
+         prediction_ == other.prediction_ && percentSize_ == other.percentSize_;
+}
+
+}  // namespace tree

@@ -1,0 +1,81 @@
+#include "testing/failing_allocator.h"
+
+#include <atomic>
+#include <cstdlib>
+
+namespace {
+
+thread_local long allocations = 0;
+thread_local long failAt = 0;  // 0: never
+thread_local bool failPersistently = false;
+thread_local bool hasFailed = false;
+std::atomic<long> liveAllocations{0};
+
+bool IsToFail() {
+  ++allocations;
+  if (failAt == 0) return false;
+  bool const fails = allocations == failAt || (failPersistently && allocations > failAt);
+  hasFailed = hasFailed || fails;
+  return fails;
+}
+
+void* Allocate(std::size_t size) {
+  void* const block = IsToFail() ? nullptr : std::malloc(size == 0 ? 1 : size);
+  if (block == nullptr) throw std::bad_alloc();
+  ++liveAllocations;
+  return block;
+}
+
+void Deallocate(void* block) noexcept {
+  if (block == nullptr) return;
+  --liveAllocations;
+  std::free(block);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  return Allocate(size);
+}
+void* operator new[](std::size_t size) {
+  return Allocate(size);
+}
+void operator delete(void* block) noexcept {
+  Deallocate(block);
+}
+void operator delete[](void* block) noexcept {
+  Deallocate(block);
+}
+void operator delete(void* block, std::size_t /*size*/) noexcept {
+  Deallocate(block);
+}
+void operator delete[](void* block, std::size_t /*size*/) noexcept {
+  Deallocate(block);
+}
+
+namespace tree::testing {
+
+FailingAllocator::FailingAllocator(long nth, bool persistent) {
+  failAt = allocations + nth;
+  failPersistently = persistent;
+  hasFailed = false;
+}
+
+FailingAllocator::~FailingAllocator() {
+  failAt = 0;
+  hasFailed = false;
+}
+
+bool FailingAllocator::HasFailed() const {
+  return hasFailed;
+}
+
+long CountLiveAllocations() {
+  return liveAllocations;
+}
+
+long CountAllocations() {
+  return allocations;
+}
+
+}  // namespace tree::testing
