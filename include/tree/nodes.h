@@ -468,6 +468,55 @@ class TREE_API PrefixNodeIterator : public NodeIterator {
 /// the tree times its fan-out. Requires a `current` in the subtree of `root`.
 TREE_API Node const* PrefixFindNext(Node const* root, Node const* current);
 
+/// Several nodes of one tree seen as one: their sizes added up, their statistics merged. The nodes
+/// are **borrowed** for this object's life.
+/// The statistics are scratch results inside this object: each call of `GetClsInfo` or `GetRegInfo`
+/// overwrites what the one before returned, so even reading is for one thread at a time.
+class TREE_API CumulativeNode {
+ public:
+  /// Which size of the nodes is added up.
+  enum NodeSizeType : int {
+    NodeSizeWeighted = 0,
+    NodeSizeUnweighted = 1,
+    NodeSizePercentage = 2,
+  };
+
+  /// A group of `nodes` in this order. It is valid if the first node has statistics of the training
+  /// sample. Deliberate: the others are not examined, for all nodes of a tree are of one kind. An
+  /// empty group is not valid.
+  explicit CumulativeNode(std::vector<Node const*> const& nodes);
+  CumulativeNode(CumulativeNode const& other);
+  CumulativeNode& operator=(CumulativeNode const& other);
+
+  virtual ~CumulativeNode();
+  /// The sum of the nodes' sizes; `systemMissingValue()` for a group that is not valid. So are the
+  /// next two.
+  virtual double GetNodeSize(DataSample sample) const;
+  virtual double GetUnweightedNodeSize(DataSample sample) const;
+  virtual double GetPercentageNodeSize(DataSample sample) const;
+  /// The nodes' class counts added up class by class, in the order of the nodes; null for a group
+  /// that is not valid. Prediction and percent size are not merged. **Borrowed** until the next
+  /// call.
+  virtual ClsInfoImp const* GetClsInfo(DataSample sample);
+  /// The nodes' counts and bins added up, and the mean of the target over all of them; null for a
+  /// group that is not valid. Nodes of size 0 add nothing. Minimum, maximum and prediction are not
+  /// merged. Deliberate: the standard deviation is always missing. **Borrowed** until the next
+  /// call.
+  virtual RegInfoImp const* GetRegInfo(DataSample sample);
+
+  /// The sum of the nodes' sizes of the given type; 0.0 per node for a type that is none of the
+  /// three.
+  double GetNodeSize(NodeSizeType type, DataSample sample) const;
+  /// Whether the group is valid.
+  bool Validate() const;
+
+ private:
+  std::vector<Node const*> nodes_;  // not owned
+  RegInfoImp regInfo_;              // scratch result of GetRegInfo
+  ClsInfoImp clsInfo_;              // scratch result of GetClsInfo
+  bool valid_;
+};
+
 }  // namespace tree
 
 #endif  // TREE_NODES_H_

@@ -5,7 +5,10 @@
 // family's header.
 
 #include "tree/containers.h"
+#include "tree/misclassification.h"
 #include "tree/nodes.h"
+#include "tree/results.h"
+#include "tree/settings.h"
 #include "tree/split_rules.h"
 #include "tree/support.h"
 #include "tree/values.h"

@@ -1,5 +1,6 @@
-#include <new>
+#include <algorithm>
 
+#include "foundation/allocation_checks.h"
 #include "tree/assertions.h"
 #include "tree/nodes.h"
 #include "tree/support.h"
@@ -11,17 +12,12 @@ ClsInfo::~ClsInfo() = default;
 ClsInfoImp::ClsInfoImp()
     : percentSize_(systemMissingValue()), classCounts_(true), classProbabilities_(true) {}
 
-ClsInfoImp::ClsInfoImp(ClsInfoImp const& other) : ClsInfoImp() {
-  *this = other;
-}
+ClsInfoImp::ClsInfoImp(ClsInfoImp const& other) : ClsInfoImp() { *this = other; }
 
 ClsInfoImp& ClsInfoImp::operator=(ClsInfoImp const& other) {
   if (this == &other) return *this;
   int const numClasses = other.GetNumClasses();
   SetNumClasses(numClasses);
-  bool const resized =
-      classCounts_.GetSize() == numClasses && classProbabilities_.GetSize() == numClasses;
-  if (!resized) throw std::bad_alloc();
   prediction_ = other.GetPrediction();
   for (int index = 0; index < numClasses; ++index) {
     classCounts_[index] = other.GetClassCount(index);
@@ -34,13 +30,9 @@ ClsInfoImp& ClsInfoImp::operator=(ClsInfoImp const& other) {
 
 ClsInfoImp::~ClsInfoImp() = default;
 
-int ClsInfoImp::GetPrediction() const {
-  return prediction_;
-}
+int ClsInfoImp::GetPrediction() const { return prediction_; }
 
-double ClsInfoImp::GetClassCount(int index) const {
-  return classCounts_[index];
-}
+double ClsInfoImp::GetClassCount(int index) const { return classCounts_[index]; }
 
 double ClsInfoImp::GetClassPercent(int index) const {
   double const count = GetCount();
@@ -52,17 +44,11 @@ double ClsInfoImp::GetClassProbability(int index) const {
   return known ? classProbabilities_[index] : -1.0;
 }
 
-int ClsInfoImp::GetNumClasses() const {
-  return classCounts_.GetSize();
-}
+int ClsInfoImp::GetNumClasses() const { return classCounts_.GetSize(); }
 
-double ClsInfoImp::GetPercentSize() const {
-  return percentSize_;
-}
+double ClsInfoImp::GetPercentSize() const { return percentSize_; }
 
-double ClsInfoImp::GetUnweightedCount() const {
-  return unweightedCount_;
-}
+double ClsInfoImp::GetUnweightedCount() const { return unweightedCount_; }
 
 double ClsInfoImp::GetCount() const {
   TArray<double> const& counts = classCounts_;
@@ -71,35 +57,25 @@ double ClsInfoImp::GetCount() const {
   return sum;
 }
 
-void ClsInfoImp::SetPrediction(int index) {
-  prediction_ = index;
-}
+void ClsInfoImp::SetPrediction(int index) { prediction_ = index; }
 
-void ClsInfoImp::SetUnweightedCount(double count) {
-  unweightedCount_ = count;
-}
+void ClsInfoImp::SetUnweightedCount(double count) { unweightedCount_ = count; }
 
-void ClsInfoImp::SetPercentSize(double size) {
-  percentSize_ = size;
-}
+void ClsInfoImp::SetPercentSize(double size) { percentSize_ = size; }
 
-void ClsInfoImp::SetClassCount(int index, double count) {
-  classCounts_[index] = count;
-}
+void ClsInfoImp::SetClassCount(int index, double count) { classCounts_[index] = count; }
 
 void ClsInfoImp::SetClassProbability(int index, double probability) {
-  if (classProbabilities_.GetSize() == 0) classProbabilities_.Resize(GetNumClasses());
+  if (classProbabilities_.GetSize() == 0) ResizeOrThrow(classProbabilities_, GetNumClasses());
   classProbabilities_[index] = probability;
 }
 
 void ClsInfoImp::SetNumClasses(int count) {
-  classCounts_.Resize(count);
-  classProbabilities_.Resize(count);
+  ResizeOrThrow(classCounts_, count);
+  ResizeOrThrow(classProbabilities_, count);
 }
 
-ClsInfoImp* ClsInfoImp::Clone() const {
-  return new ClsInfoImp(*this);
-}
+ClsInfoImp* ClsInfoImp::Clone() const { return new ClsInfoImp(*this); }
 
 bool ClsInfoImp::operator==(ClsInfoImp const& other) const {
   auto const equal = [](TArray<double> const& a, TArray<double> const& b) {

@@ -8,9 +8,7 @@ namespace tree {
 
 namespace {
 
-std::size_t Slot(DataSample sample) {
-  return sample == TrainingSample ? 0 : 1;
-}
+std::size_t Slot(DataSample sample) { return sample == TrainingSample ? 0 : 1; }
 
 template <class T>
 T* At(std::vector<std::unique_ptr<T>> const& owned, unsigned int position, char const* operation) {
@@ -84,9 +82,7 @@ Node::~Node() = default;
 
 NodeImp::NodeImp() = default;
 
-NodeImp::NodeImp(NodeImp const& other) : Node(other) {
-  CopySubtree(other);
-}
+NodeImp::NodeImp(NodeImp const& other) : Node(other) { CopySubtree(other); }
 
 NodeImp& NodeImp::operator=(NodeImp const& other) {
   if (this == &other) return *this;
@@ -106,41 +102,29 @@ NodeImp& NodeImp::operator=(NodeImp const& other) {
   return *this;
 }
 
-NodeImp::~NodeImp() {
-  Clean();
-}
+NodeImp::~NodeImp() { Clean(); }
 
-Node const* NodeImp::GetParent() const {
-  return parent_;
-}
+Node const* NodeImp::GetParent() const { return parent_; }
 
-int NodeImp::GetNumChildren() const {
-  return static_cast<int>(children_.size());
-}
+int NodeImp::GetNumChildren() const { return static_cast<int>(children_.size()); }
 
 Node const* NodeImp::GetChild(unsigned int position) const {
   return position < children_.size() ? children_[position].get() : nullptr;
 }
 
-int NodeImp::GetNumCompetitors() const {
-  return static_cast<int>(competitors_.size());
-}
+int NodeImp::GetNumCompetitors() const { return static_cast<int>(competitors_.size()); }
 
 SplitRule* NodeImp::GetCompetitor(unsigned int position) const {
   return NewHandle(competitors_, position);
 }
 
-int NodeImp::GetNumSurrogates() const {
-  return static_cast<int>(surrogates_.size());
-}
+int NodeImp::GetNumSurrogates() const { return static_cast<int>(surrogates_.size()); }
 
 SplitRule* NodeImp::GetSurrogate(unsigned int position) const {
   return NewHandle(surrogates_, position);
 }
 
-unsigned int NodeImp::GetId() const {
-  return id_;
-}
+unsigned int NodeImp::GetId() const { return id_; }
 
 double NodeImp::GetAssignment() const {
   constexpr char kOperation[] = "NodeImp::GetAssignment";
@@ -183,9 +167,7 @@ double NodeImp::GetPercentageNodeSize(DataSample sample) const {
   return rootSize > 0.0 ? GetNodeSize(sample) / rootSize : rootSize;
 }
 
-int NodeImp::GetNumPredictors() const {
-  return static_cast<int>(predictors_.size());
-}
+int NodeImp::GetNumPredictors() const { return static_cast<int>(predictors_.size()); }
 
 bool NodeImp::GetPredictorRange(int index, double* minimum, double* maximum) const {
   return index >= 0 && index < GetNumPredictors() &&
@@ -208,13 +190,9 @@ bool NodeImp::GetPredictorMissingValueFlag(int index, bool* flag) const {
   return true;
 }
 
-ClsInfo const* NodeImp::GetClsInfo(DataSample sample) const {
-  return GetClsInfoImp(sample);
-}
+ClsInfo const* NodeImp::GetClsInfo(DataSample sample) const { return GetClsInfoImp(sample); }
 
-RegInfo const* NodeImp::GetRegInfo(DataSample sample) const {
-  return GetRegInfoImp(sample);
-}
+RegInfo const* NodeImp::GetRegInfo(DataSample sample) const { return GetRegInfoImp(sample); }
 
 bool NodeImp::RemoveChildren(bool /*ignored*/) {
   DeleteSubtrees();
@@ -222,25 +200,15 @@ bool NodeImp::RemoveChildren(bool /*ignored*/) {
   return true;
 }
 
-bool NodeImp::IsClassificationNode() const {
-  return isClassification_;
-}
+bool NodeImp::IsClassificationNode() const { return isClassification_; }
 
-void NodeImp::SetId(unsigned int id) {
-  id_ = id;
-}
+void NodeImp::SetId(unsigned int id) { id_ = id; }
 
-void NodeImp::SetClassificationNode(bool flag) {
-  isClassification_ = flag;
-}
+void NodeImp::SetClassificationNode(bool flag) { isClassification_ = flag; }
 
-ClsInfoImp* NodeImp::GetClsInfoImp(DataSample sample) const {
-  return clsInfo_[Slot(sample)].get();
-}
+ClsInfoImp* NodeImp::GetClsInfoImp(DataSample sample) const { return clsInfo_[Slot(sample)].get(); }
 
-RegInfoImp* NodeImp::GetRegInfoImp(DataSample sample) const {
-  return regInfo_[Slot(sample)].get();
-}
+RegInfoImp* NodeImp::GetRegInfoImp(DataSample sample) const { return regInfo_[Slot(sample)].get(); }
 
 void NodeImp::SetClsInfo(ClsInfo* info, DataSample sample) {
   // Storing the object that is already there must not delete it.
@@ -261,13 +229,9 @@ void NodeImp::SetNumChildren(int count) {
   ResetToNull(children_, static_cast<std::size_t>(std::max(count, 0)));
 }
 
-void NodeImp::SetNumCompetitors(unsigned int count) {
-  ResetToNull(competitors_, count);
-}
+void NodeImp::SetNumCompetitors(unsigned int count) { ResetToNull(competitors_, count); }
 
-void NodeImp::SetNumSurrogates(unsigned int count) {
-  ResetToNull(surrogates_, count);
-}
+void NodeImp::SetNumSurrogates(unsigned int count) { ResetToNull(surrogates_, count); }
 
 void NodeImp::SetChild(unsigned int position, Node* child) {
   auto* const node = dynamic_cast<NodeImp*>(child);
@@ -300,9 +264,7 @@ SplitRuleImp* NodeImp::GetSurrogateImp(unsigned int position) const {
   return At(surrogates_, position, "NodeImp::GetSurrogateImp");
 }
 
-void NodeImp::SetNumPredictors(unsigned int count) {
-  predictors_.resize(count);
-}
+void NodeImp::SetNumPredictors(unsigned int count) { predictors_.resize(count); }
 
 void NodeImp::SetPredictorRange(int index, double minimum, double maximum) {
   internal::RequireIndex(index >= 0 && index < GetNumPredictors(), "NodeImp::SetPredictorRange",
@@ -357,9 +319,7 @@ void NodeImp::Clean() {
   competitors_.clear();
 }
 
-NodeImp* NodeImp::Clone() const {
-  return new NodeImp(*this);
-}
+NodeImp* NodeImp::Clone() const { return new NodeImp(*this); }
 
 bool NodeImp::operator==(NodeImp const& other) const {
   if (!EqualLists(children_, other.children_)) return false;

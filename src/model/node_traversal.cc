@@ -39,8 +39,6 @@ Node const* PrefixNodeIterator::Next() {
   return next;
 }
 
-int PrefixNodeIterator::GetFailReason() const {
-  return current_ == nullptr ? 1 : 0;
-}
+int PrefixNodeIterator::GetFailReason() const { return current_ == nullptr ? 1 : 0; }
 
 }  // namespace tree

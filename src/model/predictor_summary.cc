@@ -35,9 +35,7 @@ bool PredictorImp::GetValues(double* values, int count) const {
   return true;
 }
 
-bool PredictorImp::HasMissingValues() const {
-  return hasMissingValues_;
-}
+bool PredictorImp::HasMissingValues() const { return hasMissingValues_; }
 
 void PredictorImp::SetValueRange(double minimum, double maximum) {
   minimum_ = minimum;
@@ -53,9 +51,7 @@ void PredictorImp::SetValues(double const* values, int count) {
   std::copy_n(values, count, values_.begin());
 }
 
-void PredictorImp::SetHasMissingValues(bool flag) {
-  hasMissingValues_ = flag;
-}
+void PredictorImp::SetHasMissingValues(bool flag) { hasMissingValues_ = flag; }
 
 bool PredictorImp::operator==(PredictorImp const& other) const {
   return minimum_ == other.minimum_ && maximum_ == other.maximum_ && values_ == other.values_ &&

@@ -26,9 +26,7 @@ RegInfo::~RegInfo() = default;
 
 RegInfoImp::RegInfoImp() : maximum_(-GetInfinity()), minimum_(GetInfinity()) {}
 
-RegInfoImp::RegInfoImp(RegInfoImp const& other) : RegInfoImp() {
-  CopyData(other);
-}
+RegInfoImp::RegInfoImp(RegInfoImp const& other) : RegInfoImp() { CopyData(other); }
 
 RegInfoImp& RegInfoImp::operator=(RegInfoImp const& other) {
   if (this != &other) CopyData(other);
@@ -37,17 +35,11 @@ RegInfoImp& RegInfoImp::operator=(RegInfoImp const& other) {
 
 RegInfoImp::~RegInfoImp() = default;
 
-double RegInfoImp::GetMean() const {
-  return mean_;
-}
+double RegInfoImp::GetMean() const { return mean_; }
 
-double RegInfoImp::GetMinimum() const {
-  return minimum_;
-}
+double RegInfoImp::GetMinimum() const { return minimum_; }
 
-double RegInfoImp::GetMaximum() const {
-  return maximum_;
-}
+double RegInfoImp::GetMaximum() const { return maximum_; }
 
 double RegInfoImp::GetStdDev() const {
   double value = 0.0;
@@ -61,26 +53,18 @@ double RegInfoImp::GetPrediction() const {
   return value;
 }
 
-int RegInfoImp::GetNumBins() const {
-  return static_cast<int>(binSizes_.size());
-}
+int RegInfoImp::GetNumBins() const { return static_cast<int>(binSizes_.size()); }
 
 double RegInfoImp::GetBinSize(int index) const {
   internal::RequireIndex(index >= 0 && index < GetNumBins(), "RegInfoImp::GetBinSize", index);
   return binSizes_[static_cast<std::size_t>(index)];
 }
 
-double RegInfoImp::GetBinLeftEndPoint(int index) const {
-  return BinBoundary(index);
-}
+double RegInfoImp::GetBinLeftEndPoint(int index) const { return BinBoundary(index); }
 
-double RegInfoImp::GetBinRightEndPoint(int index) const {
-  return BinBoundary(index + 1);
-}
+double RegInfoImp::GetBinRightEndPoint(int index) const { return BinBoundary(index + 1); }
 
-double RegInfoImp::GetCount() const {
-  return count_;
-}
+double RegInfoImp::GetCount() const { return count_; }
 
 double RegInfoImp::GetUnweightedCount() const {
   double value = count_;
@@ -88,21 +72,13 @@ double RegInfoImp::GetUnweightedCount() const {
   return value;
 }
 
-void RegInfoImp::SetCount(double count) {
-  count_ = count;
-}
+void RegInfoImp::SetCount(double count) { count_ = count; }
 
-void RegInfoImp::SetMean(double mean) {
-  mean_ = mean;
-}
+void RegInfoImp::SetMean(double mean) { mean_ = mean; }
 
-void RegInfoImp::SetMinimum(double minimum) {
-  minimum_ = minimum;
-}
+void RegInfoImp::SetMinimum(double minimum) { minimum_ = minimum; }
 
-void RegInfoImp::SetMaximum(double maximum) {
-  maximum_ = maximum;
-}
+void RegInfoImp::SetMaximum(double maximum) { maximum_ = maximum; }
 
 void RegInfoImp::SetNumBins(int count) {
   binSizes_.resize(static_cast<std::size_t>(std::max(count, 0)));

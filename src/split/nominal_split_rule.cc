@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <limits>
-#include <new>
 
+#include "foundation/allocation_checks.h"
 #include "tree/assertions.h"
 #include "tree/split_rules.h"
 
@@ -15,12 +15,6 @@ template <class Visit>
 void ForEachCode(NValueSet const& set, Visit visit) {
   std::unique_ptr<NValueSetIter> const codes(set.GetIterator());
   while (codes->Advance()) visit(codes->GetData());
-}
-
-// An array whose copy cannot be allocated stays empty without a word. A rule that lost its table
-// would route cases wrongly, so the failure is passed on.
-void RequireCopied(TArray<int> const& from, TArray<int> const& to) {
-  if (to.GetSize() != from.GetSize()) throw std::bad_alloc();
 }
 
 }  // namespace
@@ -62,13 +56,9 @@ ValueSet* NSplitRule::GetMappedValues(int child) const {
   return categories.release();
 }
 
-SplitRuleImp* NSplitRule::Clone() const {
-  return new NSplitRule(*this);
-}
+SplitRuleImp* NSplitRule::Clone() const { return new NSplitRule(*this); }
 
-SplitRuleImp* NSplitRule::EmptyClone() const {
-  return new NSplitRule(GetPredictorIndex(), 0);
-}
+SplitRuleImp* NSplitRule::EmptyClone() const { return new NSplitRule(GetPredictorIndex(), 0); }
 
 bool NSplitRule::CopyMappings(SplitRuleImp const& other) {
   auto const* nominal = dynamic_cast<NSplitRule const*>(&other);
@@ -110,9 +100,7 @@ int NSplitRule::Compare(SplitRuleImp const& other) const {
   return result;
 }
 
-bool NSplitRule::IsOrdered() const {
-  return false;
-}
+bool NSplitRule::IsOrdered() const { return false; }
 
 void NSplitRule::ReorderMappings(std::vector<int> const& newPositions) {
   SplitRuleImp::ReorderMappings(newPositions);

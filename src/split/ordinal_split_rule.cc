@@ -70,9 +70,7 @@ ValueSet* OSplitRule::GetMappedValues(int child) const {
   return interval.release();
 }
 
-SplitRuleImp* OSplitRule::Clone() const {
-  return new OSplitRule(*this);
-}
+SplitRuleImp* OSplitRule::Clone() const { return new OSplitRule(*this); }
 
 SplitRuleImp* OSplitRule::EmptyClone() const {
   return new OSplitRule(missingValue_, GetPredictorIndex());
@@ -108,9 +106,7 @@ int OSplitRule::Compare(SplitRuleImp const& other) const {
   return splitAlike ? base : 1;
 }
 
-bool OSplitRule::IsOrdered() const {
-  return true;
-}
+bool OSplitRule::IsOrdered() const { return true; }
 
 void OSplitRule::ReorderMappings(std::vector<int> const& newPositions) {
   SplitRuleImp::ReorderMappings(newPositions);
@@ -209,21 +205,13 @@ bool OSplitRule::IsValid() const {
                       [](OSplitRuleItem const& item) { return item.child == kUnassigned; });
 }
 
-bool OSplitRule::IsValidBinary() const {
-  return items_.size() == 1 && IsValid();
-}
+bool OSplitRule::IsValidBinary() const { return items_.size() == 1 && IsValid(); }
 
-bool OSplitRule::IsStandard() const {
-  return !IsValidBinary() || upperChild_ != 0;
-}
+bool OSplitRule::IsStandard() const { return !IsValidBinary() || upperChild_ != 0; }
 
-void OSplitRule::SetStandard() {
-  SetBinaryChildren(0, 1);
-}
+void OSplitRule::SetStandard() { SetBinaryChildren(0, 1); }
 
-void OSplitRule::SetReverse() {
-  SetBinaryChildren(1, 0);
-}
+void OSplitRule::SetReverse() { SetBinaryChildren(1, 0); }
 
 void OSplitRule::SetBinaryChildren(int atOrBelow, int above) {
   if (!IsValidBinary()) return;

@@ -35,9 +35,7 @@ SplitRule& SplitRule::operator=(SplitRule const& other) {
 
 SplitRule::~SplitRule() = default;
 
-int SplitRule::GetNumChildren() const {
-  return rule_ == nullptr ? 0 : rule_->GetNumChildren();
-}
+int SplitRule::GetNumChildren() const { return rule_ == nullptr ? 0 : rule_->GetNumChildren(); }
 
 ValueSet* SplitRule::GetMappedValues(int child) const {
   return rule_ == nullptr ? nullptr : rule_->GetMappedValues(child);

@@ -45,9 +45,7 @@ void SplitRuleImp::ReorderMappings(std::vector<int> const& newPositions) {
   SetProperty(SplitRuleMappingsReordered);
 }
 
-int SplitRuleImp::GetCreationFlags() const {
-  return static_cast<int>(propertyFlags_);
-}
+int SplitRuleImp::GetCreationFlags() const { return static_cast<int>(propertyFlags_); }
 
 bool SplitRuleImp::HasProperty(SplitRulePropertyFlag flag) const {
   return (propertyFlags_ & flag) != 0;

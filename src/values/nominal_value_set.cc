@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "int32_truncation.h"
 #include "tree/assertions.h"
 #include "tree/values.h"
+#include "values/int32_truncation.h"
 
 namespace tree {
 
@@ -18,13 +18,9 @@ bool NValueSetImp::Contains(double value) const {
   return std::find(codes_.begin(), codes_.end(), code) != codes_.end();
 }
 
-int NValueSetImp::GetNumElements() const {
-  return static_cast<int>(codes_.size());
-}
+int NValueSetImp::GetNumElements() const { return static_cast<int>(codes_.size()); }
 
-NValueSetIter* NValueSetImp::GetIterator() const {
-  return new NValueSetIterImp(this);
-}
+NValueSetIter* NValueSetImp::GetIterator() const { return new NValueSetIterImp(this); }
 
 NValueSet::NValueSet() : imp_(std::make_unique<NValueSetImp>()) {}
 
@@ -38,25 +34,15 @@ NValueSet& NValueSet::operator=(NValueSet const& other) {
 
 NValueSet::~NValueSet() = default;
 
-bool NValueSet::Contains(double value) const {
-  return imp_->Contains(value);
-}
+bool NValueSet::Contains(double value) const { return imp_->Contains(value); }
 
-bool NValueSet::IsNominalValueSet() const {
-  return true;
-}
+bool NValueSet::IsNominalValueSet() const { return true; }
 
-NValueSetIter* NValueSet::GetIterator() const {
-  return imp_->GetIterator();
-}
+NValueSetIter* NValueSet::GetIterator() const { return imp_->GetIterator(); }
 
-int NValueSet::GetNumElements() const {
-  return imp_->GetNumElements();
-}
+int NValueSet::GetNumElements() const { return imp_->GetNumElements(); }
 
-bool NValueSet::Add(int code) {
-  return imp_->Add(code);
-}
+bool NValueSet::Add(int code) { return imp_->Add(code); }
 
 NValueSetIter::~NValueSetIter() = default;
 

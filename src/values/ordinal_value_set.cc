@@ -1,7 +1,7 @@
 #include <cmath>
 
-#include "int32_truncation.h"
 #include "tree/values.h"
+#include "values/int32_truncation.h"
 
 namespace tree {
 
@@ -10,9 +10,7 @@ namespace {
 // Absolute tolerance at the ends of an interval.
 constexpr double kEndTolerance = 1e-12;
 
-bool IsAtEnd(double value, double end) {
-  return std::fabs(value - end) < kEndTolerance;
-}
+bool IsAtEnd(double value, double end) { return std::fabs(value - end) < kEndTolerance; }
 
 unsigned int WithFlag(unsigned int flags, unsigned int flag, bool on) {
   return on ? flags | flag : flags & ~flag;
@@ -75,13 +73,9 @@ void OValueSetImp::SetRightEnd(double value) {
   SetBoundedRight(true);
 }
 
-void OValueSetImp::SetOpenLeft(bool open) {
-  leftFlags_ = WithFlag(leftFlags_, kOpen, open);
-}
+void OValueSetImp::SetOpenLeft(bool open) { leftFlags_ = WithFlag(leftFlags_, kOpen, open); }
 
-void OValueSetImp::SetOpenRight(bool open) {
-  rightFlags_ = WithFlag(rightFlags_, kOpen, open);
-}
+void OValueSetImp::SetOpenRight(bool open) { rightFlags_ = WithFlag(rightFlags_, kOpen, open); }
 
 void OValueSetImp::SetBoundedLeft(bool bounded) {
   leftFlags_ = WithFlag(leftFlags_, kBounded, bounded);
@@ -114,76 +108,40 @@ OValueSet& OValueSet::operator=(OValueSet const& other) {
 
 OValueSet::~OValueSet() = default;
 
-bool OValueSet::Contains(double value) const {
-  return imp_->Contains(value);
-}
+bool OValueSet::Contains(double value) const { return imp_->Contains(value); }
 
-bool OValueSet::IsNominalValueSet() const {
-  return false;
-}
+bool OValueSet::IsNominalValueSet() const { return false; }
 
-bool OValueSet::operator<(OValueSet const& other) const {
-  return *imp_ < *other.imp_;
-}
+bool OValueSet::operator<(OValueSet const& other) const { return *imp_ < *other.imp_; }
 
-bool OValueSet::operator==(OValueSet const& other) const {
-  return *imp_ == *other.imp_;
-}
+bool OValueSet::operator==(OValueSet const& other) const { return *imp_ == *other.imp_; }
 
-double OValueSet::GetLeftEnd() const {
-  return imp_->GetLeftEnd();
-}
+double OValueSet::GetLeftEnd() const { return imp_->GetLeftEnd(); }
 
-double OValueSet::GetRightEnd() const {
-  return imp_->GetRightEnd();
-}
+double OValueSet::GetRightEnd() const { return imp_->GetRightEnd(); }
 
-bool OValueSet::IsOpenLeft() const {
-  return imp_->IsOpenLeft();
-}
+bool OValueSet::IsOpenLeft() const { return imp_->IsOpenLeft(); }
 
-bool OValueSet::IsOpenRight() const {
-  return imp_->IsOpenRight();
-}
+bool OValueSet::IsOpenRight() const { return imp_->IsOpenRight(); }
 
-bool OValueSet::IsBoundedLeft() const {
-  return imp_->IsBoundedLeft();
-}
+bool OValueSet::IsBoundedLeft() const { return imp_->IsBoundedLeft(); }
 
-bool OValueSet::IsBoundedRight() const {
-  return imp_->IsBoundedRight();
-}
+bool OValueSet::IsBoundedRight() const { return imp_->IsBoundedRight(); }
 
-bool OValueSet::IsEmpty() const {
-  return imp_->IsEmpty();
-}
+bool OValueSet::IsEmpty() const { return imp_->IsEmpty(); }
 
-void OValueSet::SetLeftEnd(double value) {
-  imp_->SetLeftEnd(value);
-}
+void OValueSet::SetLeftEnd(double value) { imp_->SetLeftEnd(value); }
 
-void OValueSet::SetRightEnd(double value) {
-  imp_->SetRightEnd(value);
-}
+void OValueSet::SetRightEnd(double value) { imp_->SetRightEnd(value); }
 
-void OValueSet::SetOpenLeft(bool open) {
-  imp_->SetOpenLeft(open);
-}
+void OValueSet::SetOpenLeft(bool open) { imp_->SetOpenLeft(open); }
 
-void OValueSet::SetOpenRight(bool open) {
-  imp_->SetOpenRight(open);
-}
+void OValueSet::SetOpenRight(bool open) { imp_->SetOpenRight(open); }
 
-void OValueSet::SetBoundedLeft(bool bounded) {
-  imp_->SetBoundedLeft(bounded);
-}
+void OValueSet::SetBoundedLeft(bool bounded) { imp_->SetBoundedLeft(bounded); }
 
-void OValueSet::SetBoundedRight(bool bounded) {
-  imp_->SetBoundedRight(bounded);
-}
+void OValueSet::SetBoundedRight(bool bounded) { imp_->SetBoundedRight(bounded); }
 
-void OValueSet::Empty() {
-  imp_->Empty();
-}
+void OValueSet::Empty() { imp_->Empty(); }
 
 }  // namespace tree
