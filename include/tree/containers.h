@@ -24,7 +24,7 @@
 #include "tree/export.h"
 
 namespace tree {
-class VariableSettings;
+class TREE_API VariableSettings;
 }
 
 /// A growable one-dimensional array of plain values, indexed from 0.
@@ -43,6 +43,10 @@ class TREE_API TArray {
 
   /// Copies the elements and the capacity, not the flag. Empty when the allocation fails.
   TArray& operator=(TArray const& other);
+
+  /// Takes over the storage; `other` is left empty. An assignment keeps its own flag.
+  TArray(TArray&& other) noexcept;
+  TArray& operator=(TArray&& other) noexcept;
 
   ~TArray();
 
@@ -117,6 +121,10 @@ class TREE_API TMatrix {
   /// As the copy constructor, but keeps its own flag.
   TMatrix& operator=(TMatrix const& other);
 
+  /// Takes over the storage; `other` is left empty. An assignment keeps its own flag.
+  TMatrix(TMatrix&& other) noexcept;
+  TMatrix& operator=(TMatrix&& other) noexcept;
+
   ~TMatrix();
 
   /// Number of used rows.
@@ -151,6 +159,10 @@ class TREE_API TMatrix {
   }
   bool IsAllocated(int row, int column) const {
     return row >= 0 && row < allocatedRows_ && column >= 0 && column < allocatedColumns_;
+  }
+  void RequireAllocated(char const* operation, int row, int column) const {
+    tree::internal::RequireIndex(row >= 0 && row < allocatedRows_, operation, row);
+    tree::internal::RequireIndex(column >= 0 && column < allocatedColumns_, operation, column);
   }
   void CopyFrom(TMatrix const& other);
 
@@ -241,6 +253,20 @@ TArray<T>& TArray<T>::operator=(TArray const& other) {
     size_ = other.size_;
     CopyElements(other.data_.get(), size_);
   }
+  return *this;
+}
+
+template <class T>
+TArray<T>::TArray(TArray&& other) noexcept : TArray(other.zeroFill_) {
+  *this = std::move(other);
+}
+
+template <class T>
+TArray<T>& TArray<T>::operator=(TArray&& other) noexcept {
+  if (this == &other) return *this;
+  data_ = std::move(other.data_);
+  capacity_ = std::exchange(other.capacity_, 0);
+  size_ = std::exchange(other.size_, 0);
   return *this;
 }
 
@@ -366,13 +392,29 @@ TMatrix<T>& TMatrix<T>::operator=(TMatrix const& other) {
 }
 
 template <class T>
+TMatrix<T>::TMatrix(TMatrix&& other) noexcept : TMatrix(other.zeroFill_) {
+  *this = std::move(other);
+}
+
+template <class T>
+TMatrix<T>& TMatrix<T>::operator=(TMatrix&& other) noexcept {
+  if (this == &other) return *this;
+  data_ = std::move(other.data_);
+  allocatedRows_ = std::exchange(other.allocatedRows_, 0);
+  allocatedColumns_ = std::exchange(other.allocatedColumns_, 0);
+  usedRows_ = std::exchange(other.usedRows_, 0);
+  usedColumns_ = std::exchange(other.usedColumns_, 0);
+  return *this;
+}
+
+template <class T>
 TMatrix<T>::~TMatrix() {
   Clear();
 }
 
 template <class T>
 T const& TMatrix<T>::GetAt(int row, int column) const {
-  tree::internal::RequireIndex(IsAllocated(row, column), "TMatrix::GetAt (row)", row);
+  RequireAllocated("TMatrix::GetAt", row, column);
   return data_[Position(row, column)];
 }
 
@@ -408,15 +450,15 @@ bool TMatrix<T>::Grow(int rows, int columns) {
     std::copy_n(data_.get() + Position(row, 0), allocatedColumns_,
                 grown.data_.get() + grown.Position(row, 0));
   }
-  data_ = std::move(grown.data_);
-  allocatedRows_ = grown.allocatedRows_;
-  allocatedColumns_ = grown.allocatedColumns_;
+  grown.usedRows_ = usedRows_;
+  grown.usedColumns_ = usedColumns_;
+  *this = std::move(grown);
   return true;
 }
 
 template <class T>
 void TMatrix<T>::SetAt(int row, int column, T const& value) {
-  tree::internal::RequireIndex(IsAllocated(row, column), "TMatrix::SetAt (row)", row);
+  RequireAllocated("TMatrix::SetAt", row, column);
   data_[Position(row, column)] = value;
   usedRows_ = std::max(usedRows_, row + 1);
   usedColumns_ = std::max(usedColumns_, column + 1);
@@ -424,6 +466,9 @@ void TMatrix<T>::SetAt(int row, int column, T const& value) {
 
 template <class T>
 void TMatrix<T>::SetAtGrow(int row, int column, T const& value) {
+  constexpr int kLimit = std::numeric_limits<int>::max();
+  tree::internal::RequireIndex(row >= 0 && row < kLimit, "TMatrix::SetAtGrow", row);
+  tree::internal::RequireIndex(column >= 0 && column < kLimit, "TMatrix::SetAtGrow", column);
   T const kept = value;  // the value may lie in the block that growth frees
   if (!IsAllocated(row, column)) Grow(row + 1, column + 1);
   SetAt(row, column, kept);

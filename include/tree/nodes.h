@@ -185,7 +185,7 @@ class TREE_API RegInfoImp : public RegInfo {
   bool operator==(RegInfoImp const& other) const;
 
  private:
-  double BinBoundary(int index) const;
+  double BinBoundary(double index) const;
 
   double count_ = 0.0;
   double mean_ = 0.0;

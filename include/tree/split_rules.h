@@ -238,7 +238,7 @@ class TREE_API NSplitRule : public SplitRuleImp {
   bool AddMappedValues(ValueSet const& values) override;
 
   /// Maps `category` to `child`; the table grows as needed, new codes in between unmapped. Ignores
-  /// a negative category and one whose table cannot be allocated.
+  /// a negative category.
   void SetCatMapping(int category, int child);
   /// The child of `category`; -1 when it is not mapped, negative or beyond the table.
   int GetCatMapping(int category) const;

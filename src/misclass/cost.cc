@@ -2,6 +2,7 @@
 #include <cmath>
 #include <limits>
 #include <new>
+#include <utility>
 
 #include "foundation/allocation_checks.h"
 #include "tree/misclassification.h"
@@ -38,11 +39,10 @@ CostImp::CostImp(CostImp const& other)
 }
 
 CostImp& CostImp::operator=(CostImp const& other) {
-  main_ = other.main_;
-  secondary_ = other.secondary_;
-  type_ = other.type_;
-  RequireCopied(other.main_, main_);
-  RequireCopied(other.secondary_, secondary_);
+  CostImp copy(other);
+  main_ = std::move(copy.main_);
+  secondary_ = std::move(copy.secondary_);
+  type_ = copy.type_;
   return *this;
 }
 
@@ -95,10 +95,11 @@ bool CostImp::SetImp(int row, int column, double cost) {
 void CostImp::SetDefault(CostMatrix matrix, int count) {
   if (count >= 0) {
     TMatrix<double>& target = matrix == CostMatrixSecondary ? secondary_ : main_;
-    int const oldCount = target.GetNumRows();
-    if (count != oldCount) target.Clear();
-    bool const isNew = count != oldCount && count > 0;
-    if (isNew && !target.Init(count, count)) throw std::bad_alloc();
+    if (count != target.GetNumRows()) {
+      TMatrix<double> resized(true);
+      if (count > 0 && !resized.Init(count, count)) throw std::bad_alloc();
+      target = std::move(resized);
+    }
     for (int i = 0; i < count; ++i) {
       for (int j = 0; j < count; ++j) target.SetAt(i, j, DefaultCost(i, j));
     }
@@ -133,8 +134,7 @@ void CostImp::Resize(int count) {
     for (int i = 0; i < count; ++i) {
       for (int j = 0; j < count; ++j) kept.SetAt(i, j, main_.GetAt(i, j));
     }
-    main_ = kept;
-    RequireCopied(kept, main_);
+    main_ = std::move(kept);
   }
 }
 

@@ -71,10 +71,10 @@ void PriorsImp::Init(PriorsImp const& other) {
   OptionalVector altered = CopyOf(other.altered_.get());
   OptionalVector auxiliary = CopyOf(other.auxiliary_.get());
   OptionalVector auxiliaryFixed = CopyOf(other.auxiliaryFixed_.get());
-  specified_ = other.specified_;
-  RequireCopied(other.specified_, specified_);
+  OptionalVector specified = CopyOf(&other.specified_);
   type_ = other.GetType();
   alterFlag_ = other.alterFlag_;
+  specified_ = std::move(*specified);
   altered_ = std::move(altered);
   auxiliary_ = std::move(auxiliary);
   auxiliaryFixed_ = std::move(auxiliaryFixed);

@@ -21,6 +21,7 @@ int NodeImp::Classify(double const* values) const {
   int position = ClassifyBy(primary, values);
   if (position >= 0) return position;
   for (std::unique_ptr<SplitRuleImp> const& surrogate : surrogates_) {
+    internal::Require(surrogate != nullptr, "NodeImp::Classify", "a surrogate is not set");
     position = ClassifyBy(*surrogate, values);
     if (position >= 0) return position;
   }

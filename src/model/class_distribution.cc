@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <new>
+#include <utility>
 
 #include "foundation/allocation_checks.h"
 #include "tree/assertions.h"
@@ -17,12 +19,17 @@ ClsInfoImp::ClsInfoImp(ClsInfoImp const& other) : ClsInfoImp() { *this = other; 
 ClsInfoImp& ClsInfoImp::operator=(ClsInfoImp const& other) {
   if (this == &other) return *this;
   int const numClasses = other.GetNumClasses();
-  SetNumClasses(numClasses);
-  prediction_ = other.GetPrediction();
+  TArray<double> counts(true);
+  TArray<double> probabilities(true);
+  ResizeOrThrow(counts, numClasses);
+  ResizeOrThrow(probabilities, numClasses);
   for (int index = 0; index < numClasses; ++index) {
-    classCounts_[index] = other.GetClassCount(index);
-    classProbabilities_[index] = other.GetClassProbability(index);
+    counts[index] = other.GetClassCount(index);
+    probabilities[index] = other.GetClassProbability(index);
   }
+  prediction_ = other.GetPrediction();
+  classCounts_ = std::move(counts);
+  classProbabilities_ = std::move(probabilities);
   SetPercentSize(other.GetPercentSize());
   SetUnweightedCount(other.GetUnweightedCount());
   return *this;
@@ -32,7 +39,10 @@ ClsInfoImp::~ClsInfoImp() = default;
 
 int ClsInfoImp::GetPrediction() const { return prediction_; }
 
-double ClsInfoImp::GetClassCount(int index) const { return classCounts_[index]; }
+double ClsInfoImp::GetClassCount(int index) const {
+  internal::RequireIndex(index >= 0 && index < GetNumClasses(), "ClsInfoImp::GetClassCount", index);
+  return classCounts_[index];
+}
 
 double ClsInfoImp::GetClassPercent(int index) const {
   double const count = GetCount();
@@ -71,8 +81,14 @@ void ClsInfoImp::SetClassProbability(int index, double probability) {
 }
 
 void ClsInfoImp::SetNumClasses(int count) {
+  int const oldCount = GetNumClasses();
   ResizeOrThrow(classCounts_, count);
-  ResizeOrThrow(classProbabilities_, count);
+  try {
+    ResizeOrThrow(classProbabilities_, count);
+  } catch (std::bad_alloc const&) {
+    classCounts_.Resize(oldCount);  // back to fewer classes, which cannot fail
+    throw;
+  }
 }
 
 ClsInfoImp* ClsInfoImp::Clone() const { return new ClsInfoImp(*this); }

@@ -306,7 +306,8 @@ void NodeImp::ReorderSiblings(std::vector<int> const& order) {
     internal::RequireIndex(old < order.size(), "NodeImp::ReorderSiblings",
                            static_cast<long long>(old));
     auto const position = static_cast<std::size_t>(order[old]);
-    internal::RequireIndex(position < reordered.size(), "NodeImp::ReorderSiblings", order[old]);
+    internal::RequireIndex(position < reordered.size() && reordered[position] == nullptr,
+                           "NodeImp::ReorderSiblings", order[old]);
     reordered[position] = std::move(children_[old]);
   }
   children_.swap(reordered);

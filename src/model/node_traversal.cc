@@ -1,3 +1,4 @@
+#include "tree/assertions.h"
 #include "tree/nodes.h"
 
 template class MCTree::AIterator<tree::Node>;
@@ -11,6 +12,8 @@ Node const* PrefixFindNext(Node const* root, Node const* current) {
   if (current->GetNumChildren() >= 1) return current->GetChild(0);
   for (Node const* node = current; node != root; node = node->GetParent()) {
     Node const* const parent = node->GetParent();
+    internal::Require(parent != nullptr, "PrefixFindNext",
+                      "the current node does not belong to the subtree of the root");
     unsigned int position = 0;
     while (parent->GetChild(position) != node) ++position;
     if (static_cast<int>(position) != parent->GetNumChildren() - 1) {

@@ -47,8 +47,7 @@ void PredictorImp::SetNumValues(int count) {
 }
 
 void PredictorImp::SetValues(double const* values, int count) {
-  SetNumValues(count);
-  std::copy_n(values, count, values_.begin());
+  values_.assign(values, values + std::max(count, 0));
 }
 
 void PredictorImp::SetHasMissingValues(bool flag) { hasMissingValues_ = flag; }

@@ -62,7 +62,7 @@ double RegInfoImp::GetBinSize(int index) const {
 
 double RegInfoImp::GetBinLeftEndPoint(int index) const { return BinBoundary(index); }
 
-double RegInfoImp::GetBinRightEndPoint(int index) const { return BinBoundary(index + 1); }
+double RegInfoImp::GetBinRightEndPoint(int index) const { return BinBoundary(index + 1.0); }
 
 double RegInfoImp::GetCount() const { return count_; }
 
@@ -159,7 +159,7 @@ bool RegInfoImp::operator==(RegInfoImp const& other) const {
          count_ == other.count_;
 }
 
-double RegInfoImp::BinBoundary(int index) const {
+double RegInfoImp::BinBoundary(double index) const {
   return (maximum_ - minimum_) * index / GetNumBins() + minimum_;
 }
 

@@ -1,7 +1,10 @@
 #include <algorithm>
 #include <limits>
+#include <new>
+#include <utility>
 
 #include "foundation/allocation_checks.h"
+#include "split/child_count.h"
 #include "tree/assertions.h"
 #include "tree/split_rules.h"
 
@@ -21,7 +24,7 @@ void ForEachCode(NValueSet const& set, Visit visit) {
 
 NSplitRule::NSplitRule(int predictorIndex, int numCategories)
     : SplitRuleImp(predictorIndex), categoryMapping_(true) {
-  if (numCategories > 0) GrowToHold(numCategories - 1);
+  if (numCategories > 0 && !GrowToHold(numCategories - 1)) throw std::bad_alloc();
 }
 
 NSplitRule::NSplitRule(NSplitRule const& other)
@@ -30,9 +33,10 @@ NSplitRule::NSplitRule(NSplitRule const& other)
 }
 
 NSplitRule& NSplitRule::operator=(NSplitRule const& other) {
+  TArray<int> mapping(other.categoryMapping_);
+  RequireCopied(other.categoryMapping_, mapping);
   SplitRuleImp::operator=(other);
-  categoryMapping_ = other.categoryMapping_;
-  RequireCopied(other.categoryMapping_, categoryMapping_);
+  categoryMapping_ = std::move(mapping);
   return *this;
 }
 
@@ -43,7 +47,7 @@ int NSplitRule::GetNumChildren() const {
   for (int category = 0; category < categoryMapping_.GetSize(); ++category) {
     highest = std::max(highest, GetCatMapping(category));
   }
-  return highest + 1;
+  return CountChildren(highest);
 }
 
 ValueSet* NSplitRule::GetMappedValues(int child) const {
@@ -63,9 +67,10 @@ SplitRuleImp* NSplitRule::EmptyClone() const { return new NSplitRule(GetPredicto
 bool NSplitRule::CopyMappings(SplitRuleImp const& other) {
   auto const* nominal = dynamic_cast<NSplitRule const*>(&other);
   if (nominal == nullptr) return false;
+  TArray<int> mapping(nominal->categoryMapping_);
+  RequireCopied(nominal->categoryMapping_, mapping);
   SplitRuleImp::CopyMappings(other);
-  categoryMapping_ = nominal->categoryMapping_;
-  RequireCopied(nominal->categoryMapping_, categoryMapping_);
+  categoryMapping_ = std::move(mapping);
   return true;
 }
 
@@ -127,7 +132,9 @@ bool NSplitRule::AddMappedValues(ValueSet const& values) {
 }
 
 void NSplitRule::SetCatMapping(int category, int child) {
-  if (category >= 0 && GrowToHold(category)) categoryMapping_.SetAt(category, child);
+  if (category < 0) return;
+  if (!GrowToHold(category)) throw std::bad_alloc();
+  categoryMapping_.SetAt(category, child);
 }
 
 int NSplitRule::GetCatMapping(int category) const {

@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
+#include "split/child_count.h"
 #include "tree/assertions.h"
 #include "tree/split_rules.h"
 #include "tree/support.h"
@@ -42,7 +44,7 @@ OSplitRule::~OSplitRule() = default;
 int OSplitRule::GetNumChildren() const {
   int highest = std::max(upperChild_, GetMissingValueMapping());
   for (OSplitRuleItem const& item : items_) highest = std::max(highest, item.child);
-  return highest + 1;
+  return CountChildren(highest);
 }
 
 ValueSet* OSplitRule::GetMappedValues(int child) const {
