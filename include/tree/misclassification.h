@@ -172,7 +172,8 @@ class TREE_API PriorsImp : public Priors {
   double Get(int index, PriorVector vector) const;
   /// The values of the vector, or of the one that stands in for it. **Borrowed** until it changes.
   double const* GetValues(PriorVector vector) const;
-  /// Hands over an array (**taken** in every case; null removes an auxiliary vector). The auxiliary
+  /// Hands over an array (**taken** in every case; null removes an auxiliary vector; an array that
+  /// this object holds already stays where it is). The auxiliary
   /// vector is replaced. Deliberate: an altered or an auxiliary fixed vector that exists stays, and
   /// the array is released; so it is for the specified vector, which always exists.
   void SetVector(PriorVector vector, TArray<double>* values);
@@ -183,7 +184,8 @@ class TREE_API PriorsImp : public Priors {
   bool Resize(int count);
   /// Computes the altered priors, and alters the auxiliary vector if it exists; does nothing, which
   /// is fine, if they are not wanted. Deliberate: altered priors are computed once per definition
-  /// of the priors, so a second call leaves them as they are. False when no costs weigh in.
+  /// of the priors, so a second call leaves them as they are; the auxiliary vector is altered by
+  /// every call that finds costs. False when no costs weigh in.
   /// Source: Breiman, Friedman, Olshen and Stone 1984, section 4.4, altered priors.
   bool ComputeAltered(Cost const& costs);
   /// Puts into `destination` the vector p of `source`, weighted by the costs and normed to sum 1:

@@ -244,8 +244,8 @@ class TREE_API Node {
   virtual Node const* GetChild(unsigned int position) const = 0;
   /// Number of competing split rules; the first is the primary split of the node.
   virtual int GetNumCompetitors() const = 0;
-  /// The child taken by cases that no rule can place, as the primary split records it; -1 when
-  /// there is none.
+  /// The child taken by cases that no rule can place; -1 when there is none. The builder records it
+  /// in the primary split (`SplitRuleImp::SetDumbRule`), nothing is counted here.
   virtual int GetBiggestChildPos() const = 0;
   /// A copy of the rule at `position`; null beyond the end. **New**: the caller deletes it.
   virtual SplitRule* GetCompetitor(unsigned int position) const = 0;
@@ -281,7 +281,8 @@ class TREE_API Node {
 
 /// A node that can be built and changed; it owns its children with all below them.
 /// Expected of the builder and not verified: a node with children has a primary split rule (at
-/// competitor position 0) that tells apart as many children as there are.
+/// competitor position 0) that tells apart as many children as there are. Give that rule its dumb
+/// rule before routing cases: without one, a case that no rule can place ends at the inner node.
 class TREE_API NodeImp : public Node {
  public:
   /// A classification node with id 0 and nothing else.

@@ -29,8 +29,9 @@ enum NodeSelection : int {
 
 /// Answers questions about the tree that an algorithm has grown, as programs that show trees ask
 /// them. Implemented by the growing algorithms.
-/// Rules for all operations, here and in `TreeAlgorithm`: none throws, and none stops the program;
-/// what can fail says so by its result, and leaves everything as it was. Borrowed pointers are good
+/// Rules for all operations, here and in `TreeAlgorithm`: none throws (each is `noexcept`, and so
+/// is every override), and none stops the program; what can fail says so by its result, and leaves
+/// everything as it was. Borrowed pointers are good
 /// until the next operation that changes the tree. Nodes are named by their id, which no other node
 /// of the tree shares.
 class TREE_API TreeAlgorithmBase {
@@ -101,9 +102,9 @@ class TREE_API TreeAlgorithm : public TreeAlgorithmBase {
   /// Grows a whole new tree in place of the present one: splits until the stopping rule ends every
   /// branch. Does not prune or validate.
   virtual bool Grow() noexcept = 0;
-  /// Grows the subtree of a node anew, by at most `numLevels` levels (at least 1) and by the
-  /// stopping rule, whose tree depth does not count here. Without a tree, node 0 is the new root,
-  /// and 0 levels make it and no more.
+  /// Grows the subtree of a node anew, by at most `numLevels` levels and by the stopping rule,
+  /// whose tree depth does not count here. At least 1 level; 0 only without a tree, to make a root
+  /// and no more. Without a tree, node 0 is the new root.
   virtual bool GrowNode(unsigned int nodeId, int numLevels) noexcept = 0;
   /// Fills `candidates` (**borrowed**, emptied first) with the splits that the node could have,
   /// best first, each with its statistics and its dumb rule; at most as many as the settings keep
@@ -198,7 +199,9 @@ class TREE_API TreeStatisticsImp : public TreeStatisticsIntf {
                   ValidationType validation);
 
  private:
-  bool HasCell(int predicted, int observed) const;
+  // Whether the matrix, which has as many rows as columns, has the class.
+  bool HasClass(int index) const;
+  void RequireCell(char const* operation, int predicted, int observed) const;
 
   std::vector<std::vector<double>> matrix_;  // [predicted class][observed class]
   double risk_ = 0.0;

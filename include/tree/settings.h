@@ -8,8 +8,8 @@
 // pointer that a caller gave them.
 //
 // Getters of parts hand out **borrowed** pointers, good until the part is replaced by `CopyFrom`,
-// `Init`, `Clear` or an assignment. Every `Init` stores what it is given without looking at it; the
-// setters look.
+// `Init`, `Clear` or an assignment. An `Init` refuses nothing: it stores what it is given, clamped
+// where it says so. The setters refuse.
 // Threads: concurrent const operations on unchanged settings are safe.
 
 #include <memory>
@@ -355,6 +355,7 @@ class TREE_API ChaidSettings : public AlgSettings {
   /// Whether p-values are adjusted for multiple comparisons by Bonferroni's inequality.
   bool GetUseBonferroniAdj() const { return useBonferroniAdj_; }
   void SetUseBonferroniAdj(bool flag);
+  using AlgSettings::Init;
   /// Stores all six as they are; no level is derived from another.
   void Init(double alphaOfSplitNode, double alphaOfMerge, double alphaOfMergeSplit,
             SplitMergeMethod splitMergeMethod, bool allowSplitMerge, bool useBonferroniAdj);
@@ -401,7 +402,7 @@ class TREE_API CChaidSettingsImp : public CChaidSettings {
   ~CChaidSettingsImp() override;
   AlgorithmType GetType() const override;
   AlgSettings* Clone() const override;
-  /// From settings of this class, everything.
+  /// From settings of this very class or one derived from it, everything.
   void CopyFrom(AlgSettings const& other) override;
   double GetConvergenceEpsilon() const override;
   int GetMaxNumIterations() const override;
@@ -416,6 +417,7 @@ class TREE_API CChaidSettingsImp : public CChaidSettings {
 
   Priors const* GetPriors() const { return priors_.get(); }
   Priors* GetPriors() { return priors_.get(); }
+  using ChaidSettings::Init;
   /// Stores the numbers as they are, and clones of the objects (**copied**); an object that is held
   /// already stays as it is.
   void Init(double convergenceEpsilon, ChiSquareMethod chiSquareMethod, int maxNumIterations,
@@ -466,6 +468,7 @@ class TREE_API CartSettings : public AlgSettings {
   /// Stores the number, **clamped** as `ValidateNumSurrogates` does.
   virtual void SetMaxNumSurrogates(int count);
 
+  using AlgSettings::Init;
   /// Stores a clone of `pruning` (**copied**; a default one for null) and the number of surrogates,
   /// clamped.
   void Init(PruningSpec const* pruning, int maxNumSurrogates);
@@ -515,6 +518,7 @@ class TREE_API CCartSettingsImp : public CCartSettings {
   CartSplitCriteria GetSplitCriteria() const override;
   void SetSplitCriteria(CartSplitCriteria criteria) override;
 
+  using CartSettings::Init;
   /// Stores clones of the objects (**copied**; this object's own will do) and the criterion.
   void Init(Priors const& priors, Cost const& cost, CartSplitCriteria splitCriteria);
 
@@ -595,6 +599,7 @@ class TREE_API QuestSettingsImp : public QuestSettings {
 
   /// Whether `SetMaxNumSurrogates` accepts `count`.
   bool ValidateNumSurrogates(int count) const;
+  using AlgSettings::Init;
   /// Stores the numbers as they are, and clones of the objects (**copied**; a default one for null,
   /// and this object's own will do).
   void Init(double alphaOfVariableSelection, int maxNumSurrogates, int maxNumNomCatsSurr,

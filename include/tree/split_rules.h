@@ -96,8 +96,9 @@ class TREE_API SplitRuleImp {
   /// The child that missing values are sent to; negative when they are not mapped.
   int GetMissingValueMapping() const { return missingValueMapping_; }
   /// Sends missing values to a new child, one past the highest in use (`ownChild`), or to the
-  /// highest child in use. Computed from the children present at each call, a child of the missing
-  /// values included.
+  /// highest child in use; to send them elsewhere, renumber the children (`ReorderMappings`,
+  /// `OSplitRule::SetReverse`) so that theirs is the last. Computed from the children present at
+  /// each call, a child of the missing values included.
   void AddMissingValueMapping(bool ownChild);
 
   /// Whether all bits of `flag` are present.
@@ -263,7 +264,8 @@ class TREE_API SplitRule {
   SplitRule& operator=(SplitRule const& other);
   virtual ~SplitRule();
 
-  /// The rule, for reading. **Borrowed** until the handle is assigned to or destroyed.
+  /// The rule, for reading all that the handle does not forward (cut points, dumb rule, how it
+  /// classifies). **Borrowed** until the handle is assigned to or destroyed.
   operator SplitRuleImp const*() const { return rule_.get(); }
 
   /// 0 without a rule.

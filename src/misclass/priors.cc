@@ -50,9 +50,9 @@ double PriorsImp::GetAltered(int index) const { return Get(index, PriorVectorAlt
 void PriorsImp::AlterValues(bool flag) { alterFlag_ = flag; }
 
 bool PriorsImp::Set(int index, double value) {
-  if (index < 0 || !(value >= 0.0)) return false;
+  if (!Set(index, value, PriorVectorSpecified)) return false;
   type_ = PriorTypeCustom;
-  return Set(index, value, PriorVectorSpecified);
+  return true;
 }
 
 bool PriorsImp::Set(PriorType type) {

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <limits>
 #include <numeric>
 
 #include "tree/assertions.h"
@@ -39,7 +40,7 @@ bool ScoresImp::Set(ScoreType type) {
 }
 
 bool ScoresImp::Set(int index, double score) {
-  if (index < 0) return false;
+  if (index < 0 || index == std::numeric_limits<int>::max()) return false;
   auto const position = static_cast<std::size_t>(index);
   if (position >= scores_.size()) scores_.resize(position + 1);
   scores_[position] = score;

@@ -1,5 +1,6 @@
 #include <algorithm>
 
+#include "model/readable_classes.h"
 #include "tree/nodes.h"
 #include "tree/support.h"
 
@@ -64,8 +65,7 @@ ClsInfoImp const* CumulativeNode::GetClsInfo(DataSample sample) {
     auto const* const own = dynamic_cast<ClsInfoImp const*>(info);
     unweightedCount +=
         own != nullptr ? own->GetUnweightedCount() : node->GetUnweightedNodeSize(sample);
-    int const numReadable =
-        own != nullptr ? std::min(numClasses, own->GetNumClasses()) : numClasses;
+    int const numReadable = CountReadableClasses(*info, numClasses);
     for (int k = 0; k < numReadable; ++k) AddAt(classSums, k, info->GetClassCount(k));
   }
   classSums.resize(static_cast<std::size_t>(std::max(numClasses, 0)));

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "model/readable_classes.h"
 #include "tree/assertions.h"
 #include "tree/results.h"
 #include "tree/support.h"
@@ -32,8 +33,7 @@ TreeStatisticsImp::~TreeStatisticsImp() = default;
 
 double TreeStatisticsImp::GetMisclassificationCount(int predicted, int observed) const {
   if (!isCls_ || matrix_.empty()) return systemMissingValue();
-  internal::RequireIndex(HasCell(predicted, observed),
-                         "TreeStatisticsImp::GetMisclassificationCount (predicted)", predicted);
+  RequireCell("TreeStatisticsImp::GetMisclassificationCount", predicted, observed);
   return matrix_[static_cast<std::size_t>(predicted)][static_cast<std::size_t>(observed)];
 }
 
@@ -64,8 +64,7 @@ void TreeStatisticsImp::InitMatrix(int count) {
 }
 
 void TreeStatisticsImp::SetMisclassificationCount(int predicted, int observed, double count) {
-  internal::RequireIndex(HasCell(predicted, observed),
-                         "TreeStatisticsImp::SetMisclassificationCount (predicted)", predicted);
+  RequireCell("TreeStatisticsImp::SetMisclassificationCount", predicted, observed);
   matrix_[static_cast<std::size_t>(predicted)][static_cast<std::size_t>(observed)] = count;
 }
 
@@ -83,9 +82,9 @@ void TreeStatisticsImp::AddMisclassificationInfo(Node const* node, DataSample sa
     ClsInfo const* const info = numChildren > 0 ? nullptr : current->GetClsInfo(sample);
     if (info == nullptr) continue;
     int const predicted = info->GetPrediction();
-    int const numClasses = std::min(numClasses_, info->GetNumClasses());
-    for (int observed = 0; observed < numClasses; ++observed) {
-      if (!HasCell(predicted, observed)) break;
+    if (!HasClass(predicted)) continue;
+    int const numClasses = CountReadableClasses(*info, numClasses_);
+    for (int observed = 0; observed < numClasses && HasClass(observed); ++observed) {
       matrix_[static_cast<std::size_t>(predicted)][static_cast<std::size_t>(observed)] +=
           info->GetClassCount(observed);
     }
@@ -110,9 +109,13 @@ void TreeStatisticsImp::Initialize(TreeAlgorithm const& algorithm, double risk, 
   AddMisclassificationInfo(root, validation == ValidationSplitSample ? TestSample : TrainingSample);
 }
 
-bool TreeStatisticsImp::HasCell(int predicted, int observed) const {
-  auto const size = static_cast<int>(matrix_.size());  // rows and columns are as many
-  return predicted >= 0 && predicted < size && observed >= 0 && observed < size;
+bool TreeStatisticsImp::HasClass(int index) const {
+  return index >= 0 && static_cast<std::size_t>(index) < matrix_.size();
+}
+
+void TreeStatisticsImp::RequireCell(char const* operation, int predicted, int observed) const {
+  internal::RequireIndex(HasClass(predicted), operation, predicted);
+  internal::RequireIndex(HasClass(observed), operation, observed);
 }
 
 std::ostream& operator<<(std::ostream& stream, TreeStatisticsImp const& statistics) {

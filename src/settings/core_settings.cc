@@ -1,4 +1,7 @@
+#include <utility>
+
 #include "settings/cloning.h"
+#include "tree/assertions.h"
 #include "tree/settings.h"
 
 namespace tree {
@@ -40,7 +43,9 @@ CoreSettingsImp& CoreSettingsImp::operator=(CoreSettingsImp const& other) {
   return *this = static_cast<CoreSettings const&>(other);
 }
 
-CoreSettingsImp::~CoreSettingsImp() = default;
+CoreSettingsImp::~CoreSettingsImp() {
+  target_.reset();  // the target goes before the predictors
+}
 
 VariableSettings* CoreSettingsImp::AddPredictor() {
   Append(*predictors_, std::make_unique<VariableSettingsImp>());
@@ -58,10 +63,14 @@ int CoreSettingsImp::GetNumPredictors() const {
 }
 
 VariableSettings const* CoreSettingsImp::GetPredictor(int index) const {
+  internal::RequireIndex(index >= 0 && index < GetNumPredictors(), "CoreSettingsImp::GetPredictor",
+                         index);
   return (*predictors_)[index];
 }
 
-VariableSettings* CoreSettingsImp::GetPredictor(int index) { return (*predictors_)[index]; }
+VariableSettings* CoreSettingsImp::GetPredictor(int index) {
+  return const_cast<VariableSettings*>(std::as_const(*this).GetPredictor(index));
+}
 
 VariableSettings const* CoreSettingsImp::GetTarget() const { return target_.get(); }
 
