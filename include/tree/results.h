@@ -19,7 +19,7 @@ namespace tree {
 
 class GainsIntf;
 class GainsSettings;
-class TreeStatisticsIntf;
+class TreeStatisticsImp;
 
 /// Which nodes of a tree are meant.
 enum NodeSelection : int {
@@ -29,32 +29,41 @@ enum NodeSelection : int {
 
 /// Answers questions about the tree that an algorithm has grown, as programs that show trees ask
 /// them. Implemented by the growing algorithms.
-/// Rules for all operations, here and in `TreeAlgorithm`: none throws (each is `noexcept`, and so
-/// is every override), and none stops the program; what can fail says so by its result, and leaves
-/// everything as it was. Borrowed pointers are good
-/// until the next operation that changes the tree. Nodes are named by their id, which no other node
-/// of the tree shares.
+///
+/// Rules for all operations, here and in `TreeAlgorithm`:
+/// - None throws (each is `noexcept`, and so is every override, which therefore catches
+///   `std::bad_alloc` where it fills what the caller gave), and none stops the program.
+/// - What can fail says so by its result, and leaves the tree as it was.
+/// - Borrowed pointers are good until the next operation that changes the tree.
+/// - Nodes are named by their id. The root has id 0; an id stays with its node for the node's life
+///   and is not given to another node of the tree later.
 class TREE_API TreeAlgorithmBase {
  public:
   virtual ~TreeAlgorithmBase();
 
   /// The root of the tree, null when there is none. **Borrowed**.
   virtual Node const* GetRootNode() const noexcept = 0;
-  /// The settings with which the tree is grown. **Borrowed** for the algorithm's life.
+  /// The settings with which the tree is grown. **Borrowed** for the algorithm's life. Their
+  /// `GetType` names the class that holds what is the algorithm's own.
   virtual AlgSettings const* GetSettings() const noexcept = 0;
   /// Whether the target is categorical. Known before there is a tree.
   virtual bool IsClassificationTree() const noexcept = 0;
   /// Risk, standard error and misclassification matrix of the tree, null as long as it has not been
   /// validated since it last changed. **Borrowed**.
-  virtual TreeStatisticsIntf const* GetStatistics() const noexcept = 0;
+  virtual TreeStatisticsImp const* GetStatistics() const noexcept = 0;
   /// The node with this id; null when there is none. **Borrowed**. At worst linear in the tree.
   virtual Node const* FindNode(unsigned int id) const noexcept = 0;
   /// The number of nodes selected; 0 without a tree. At worst linear in the tree.
   virtual int GetNumNodes(NodeSelection selection) const noexcept = 0;
-  /// A gains table of the tree by these settings; null without a tree, or when the tree cannot
-  /// give what they ask for (a target category or a test sample that it does not have). **New**:
-  /// the caller deletes it. It does not outlive the tree whose nodes it names.
+  /// A gains table of the tree by these settings; null without a tree, without memory, or when the
+  /// tree cannot give what they ask for (a target category or a test sample that it does not have).
+  /// **New**: the caller deletes it. It does not outlive the tree whose nodes it names.
   virtual GainsIntf* MakeGains(GainsSettings const& settings) const noexcept = 0;
+
+ protected:
+  TreeAlgorithmBase() = default;
+  TreeAlgorithmBase(TreeAlgorithmBase const&) = default;
+  TreeAlgorithmBase& operator=(TreeAlgorithmBase const&) = default;
 };
 
 /// Why an operation of a growing algorithm failed.
@@ -65,10 +74,11 @@ enum AlgorithmFailure : int {
   FailureNoTree = 3,           ///< there is no tree to work on
   FailureUnknownNode = 4,      ///< no node has the id given
   FailureInvalidSplit = 5,     ///< the split rule does not fit the node or the data
-  FailureNothingToDo = 6,      ///< no split was found, or there was nothing to prune
+  FailureNoSplit = 6,          ///< the node has no split that the settings allow
   FailureCancelled = 7,        ///< the progress listener asked to stop
   FailureOutOfMemory = 8,
-  FailureInternal = 9,  ///< a defect of the algorithm; its message says more
+  FailureInternal = 9,          ///< a defect of the algorithm; its message says more
+  FailureInvalidArgument = 10,  ///< a number or a pointer given makes no sense
 };
 
 /// Hears how far a long operation has come, and may end it.
@@ -76,8 +86,9 @@ class TREE_API ProgressListener {
  public:
   virtual ~ProgressListener();
 
-  /// Called now and then by a long operation, in the thread that runs it. Returns whether to go on;
-  /// false ends the operation with `FailureCancelled`, and the tree is as it was before.
+  /// Called now and then by an operation that can take more than a moment (growing, finding splits,
+  /// pruning, validating), in the thread that runs it. Returns whether to go on; false ends the
+  /// operation with `FailureCancelled`. Does not call the algorithm back.
   /// `fraction`: the work done, in [0, 1], never less than at the call before within one operation.
   /// `activity`: what is being done, a few words for people. **Borrowed** for the call.
   virtual bool Report(double fraction, char const* activity) noexcept = 0;
@@ -90,53 +101,61 @@ struct PruningStep {
   double complexity = 0.0;  ///< cost per terminal node from which on the subtree is the best one
   double risk = 0.0;        ///< risk estimate, by the validation that the settings ask for
   double stdError = 0.0;    ///< its standard error
+  /// Ids of the nodes at which `PruneNode` makes the present tree this subtree.
+  std::vector<unsigned int> nodesToPrune;
 };
 
 /// Grows and changes a tree: what every growing algorithm implements. The rules of
 /// `TreeAlgorithmBase` hold. Every operation that returns bool says by true that it did its work;
-/// false, and `GetFailure` says why.
+/// false, and `GetFailure` says why. A changed tree has no statistics until it is validated.
+/// Growing makes the new nodes beside the present ones and replaces those at the end, so that a
+/// failure can leave the tree as it was; for that time both take up memory.
 class TREE_API TreeAlgorithm : public TreeAlgorithmBase {
  public:
   ~TreeAlgorithm() override;
 
   /// Grows a whole new tree in place of the present one: splits until the stopping rule ends every
-  /// branch. Does not prune or validate.
+  /// branch, be it at the root. Does not prune or validate.
   virtual bool Grow() noexcept = 0;
   /// Grows the subtree of a node anew, by at most `numLevels` levels and by the stopping rule,
   /// whose tree depth does not count here. At least 1 level; 0 only without a tree, to make a root
   /// and no more. Without a tree, node 0 is the new root.
   virtual bool GrowNode(unsigned int nodeId, int numLevels) noexcept = 0;
-  /// Fills `candidates` (**borrowed**, emptied first) with the splits that the node could have,
-  /// best first, each with its statistics and its dumb rule; at most as many as the settings keep
-  /// competitors. The tree stays as it is.
+  /// Fills `candidates` (**borrowed**, emptied first, and empty after a failure) with the splits
+  /// that the node could have, best first, each with its statistics and its dumb rule; at most as
+  /// many as the settings keep competitors. The tree stays as it is.
   virtual bool FindCandidateSplits(unsigned int nodeId,
                                    std::vector<SplitRule>* candidates) noexcept = 0;
-  /// Splits a node by a rule that the user chose (**copied**), in place of what is below it.
+  /// Splits a node by a rule that the user chose (**copied**), in place of what is below it. The
+  /// rule becomes the primary split; competitors and surrogates are found anew for it.
   /// `rule`: a candidate of the node, or any rule that sends cases of the node to at least two
   /// children; the stopping rule is not asked.
   virtual bool ApplySplit(unsigned int nodeId, SplitRule const& rule) noexcept = 0;
-  /// Makes a node terminal by removing all that is below it; its competing splits stay.
+  /// Makes a node terminal by removing all that is below it, with its surrogates; its competing
+  /// splits stay. True for a terminal node, too.
   virtual bool PruneNode(unsigned int nodeId) noexcept = 0;
-  /// Prunes the tree back as the settings' pruning part says; does nothing, which is fine, for
-  /// algorithms without one.
+  /// Prunes the tree back as the settings' pruning part says. True, too, when there is nothing to
+  /// prune, and for algorithms that do not prune.
   virtual bool Prune() noexcept = 0;
-  /// Fills `steps` (**borrowed**, emptied first) with the subtrees that pruning chooses from, from
-  /// the whole tree to the root alone.
-  virtual bool GetPruningSequence(std::vector<PruningStep>* steps) const noexcept = 0;
+  /// Fills `steps` (**borrowed**, emptied first, and empty after a failure) with the subtrees that
+  /// pruning chooses from, from the whole tree to the root alone. The tree stays as it is.
+  virtual bool GetPruningSequence(std::vector<PruningStep>* steps) noexcept = 0;
   /// Measures the risk of the tree as the settings' validation part says, and keeps it, with the
   /// misclassification matrix of a classification tree, for `GetStatistics`.
   virtual bool Validate() noexcept = 0;
-  /// Drops the tree and its statistics; the settings and the data stay.
-  virtual void Clear() noexcept = 0;
-  /// Hands the tree over and forgets it; null when there is none. **New**: the caller deletes it.
-  virtual NodeImp* TakeTree() noexcept = 0;
+  /// Puts a tree in place of the present one: one stored earlier, one to go back to, or null for
+  /// none. **Taken** in every case. `root`: a tree over the predictors of the settings.
+  virtual bool SetTree(NodeImp* root) noexcept = 0;
+  /// The tree, for routing cases through it; null when there is none. **Borrowed**; clone it to
+  /// keep it.
+  virtual NodeImp const* GetTree() const noexcept = 0;
   /// Names who hears of the progress of long operations; null for nobody. **Borrowed** until
   /// another one is named.
   virtual void SetProgressListener(ProgressListener* listener) noexcept = 0;
-  /// Why the last operation that can fail did so; `FailureNone` if it did not.
+  /// Why the last operation that returned bool failed; `FailureNone` if it did not.
   virtual AlgorithmFailure GetFailure() const noexcept = 0;
   /// The same as a sentence for people, with the names and numbers that matter; empty if it did not
-  /// fail. **Borrowed** until the next operation that can fail.
+  /// fail. **Borrowed** until the next operation that returns bool.
   virtual char const* GetFailureMessage() const noexcept = 0;
 };
 
