@@ -18,7 +18,8 @@ install(
   RUNTIME COMPONENT runtime
   LIBRARY COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE COMPONENT development
-  FILE_SET HEADERS COMPONENT development)
+          FILE_SET HEADERS
+          COMPONENT development)
 install(
   EXPORT treeTargets
   NAMESPACE tree::
@@ -27,7 +28,8 @@ install(
 
 configure_package_config_file(
   packaging/treeConfig.cmake.in ${PROJECT_BINARY_DIR}/packaging/treeConfig.cmake
-  INSTALL_DESTINATION ${package_dir} NO_SET_AND_CHECK_MACRO)
+  INSTALL_DESTINATION ${package_dir}
+  NO_SET_AND_CHECK_MACRO)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/packaging/treeConfigVersion.cmake
                                  COMPATIBILITY SameMinorVersion)
 install(

@@ -23,10 +23,6 @@
 #include "tree/assertions.h"
 #include "tree/export.h"
 
-namespace tree {
-class TREE_API VariableSettings;
-}
-
 /// A growable one-dimensional array of plain values, indexed from 0.
 /// Invariant: 0 <= size <= capacity, as long as callers keep to the capacity.
 template <class T>
@@ -221,10 +217,12 @@ class TREE_API ArrayRW : public AArrayRW<T> {
   void Add(T const& element) override { elements_.push_back(element); }
   void Clear() override { elements_.clear(); }
   T& operator[](int index) override;
-  void SetAt(int index, T& element) override { (*this)[index] = element; }
+  void SetAt(int index, T& element) override {
+    elements_[Checked("ArrayRW::SetAt", index)] = element;
+  }
 
   /// Element `index`. Requires 0 <= index < GetNumElements().
-  virtual T const& GetAt(int index) const { return (*this)[index]; }
+  virtual T const& GetAt(int index) const { return elements_[Checked("ArrayRW::GetAt", index)]; }
 
  private:
   std::size_t Checked(char const* operation, int index) const;
@@ -506,8 +504,5 @@ std::size_t ArrayRW<T>::Checked(char const* operation, int index) const {
 extern template class TArray<double>;
 extern template class TArray<int>;
 extern template class TMatrix<double>;
-extern template class MCTree::AArrayRO<tree::VariableSettings*>;
-extern template class MCTree::AArrayRW<tree::VariableSettings*>;
-extern template class MCTree::ArrayRW<tree::VariableSettings*>;
 
 #endif  // TREE_CONTAINERS_H_

@@ -32,7 +32,9 @@ class TREE_API Cost {
   /// A deep copy. **New**: the caller deletes it.
   virtual Cost* Clone() const = 0;
   virtual int GetNumClasses() const = 0;
-  /// The cost in cell (row, column); -1.0, which no valid cost can be, outside the matrix.
+  /// The cost in cell (row, column); -1.0, which no valid cost can be, outside the matrix. A matrix
+  /// is as large as it has been made: new costs have no cells, and setting cell (0, 1) makes 2 x 2
+  /// of them, so size it to the classes of the target before weighing anything by it.
   virtual double Get(int row, int column) const = 0;
   /// The same as `Get`.
   virtual double GetAt(int row, int column) const;
@@ -106,7 +108,8 @@ enum PriorType : int {
   PriorTypeCustom = 2,  ///< set by setting a single prior, and in no other way
 };
 
-/// Prior probabilities of the classes, with a version altered by misclassification costs.
+/// Prior probabilities of the classes, with a version altered by misclassification costs, which
+/// `PriorsImp::ComputeAltered` computes.
 class TREE_API Priors {
  public:
   virtual ~Priors();
@@ -185,8 +188,9 @@ class TREE_API PriorsImp : public Priors {
   /// Computes the altered priors, and alters the auxiliary vector if it exists; does nothing, which
   /// is fine, if they are not wanted. Deliberate: altered priors are computed once per definition
   /// of the priors, so a second call leaves them as they are; the auxiliary vector is altered by
-  /// every call that finds costs. False when no costs weigh in.
-  /// Source: Breiman, Friedman, Olshen and Stone 1984, section 4.4, altered priors.
+  /// every call that finds costs. False when no costs weigh in. `costs`: for as many classes as
+  /// there are priors; a cell that it lacks weighs -1. Source: Breiman, Friedman, Olshen and Stone
+  /// 1984, section 4.4, altered priors.
   bool ComputeAltered(Cost const& costs);
   /// Puts into `destination` the vector p of `source`, weighted by the costs and normed to sum 1:
   /// a[j] is proportional to p[j] times the sum of column j. Refuses a total that is not positive.

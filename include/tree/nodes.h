@@ -53,8 +53,8 @@ class TREE_API ClsInfoImp : public ClsInfo {
   ClsInfoImp();
   /// A copy as `operator=` makes it.
   ClsInfoImp(ClsInfoImp const& other);
-  /// Copies everything. Deliberate: a source without probabilities gives the copy a probability of
-  /// -1.0 per class, so that it does not equal its source.
+  /// Copies everything. Deliberate: classes of the source without a probability have one of -1.0 in
+  /// the copy, so that it does not equal its source.
   ClsInfoImp& operator=(ClsInfoImp const& other);
 
   ~ClsInfoImp() override;

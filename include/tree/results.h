@@ -140,8 +140,9 @@ class TREE_API TreeAlgorithm : public TreeAlgorithmBase {
   /// Fills `steps` (**borrowed**, emptied first, and empty after a failure) with the subtrees that
   /// pruning chooses from, from the whole tree to the root alone. The tree stays as it is.
   virtual bool GetPruningSequence(std::vector<PruningStep>* steps) noexcept = 0;
-  /// Measures the risk of the tree as the settings' validation part says, and keeps it, with the
-  /// misclassification matrix of a classification tree, for `GetStatistics`.
+  /// Measures the risk of the tree as the settings' validation part says, by their costs and priors
+  /// where they have any, and keeps it, with the misclassification matrix of a classification tree,
+  /// for `GetStatistics`.
   virtual bool Validate() noexcept = 0;
   /// Puts a tree in place of the present one: one stored earlier, one to go back to, or null for
   /// none. **Taken** in every case. `root`: a tree over the predictors of the settings.
@@ -206,7 +207,8 @@ class TREE_API TreeStatisticsImp : public TreeStatisticsIntf {
   void InitMatrix(int count);
   /// Requires a matrix with this cell.
   void SetMisclassificationCount(int predicted, int observed, double count);
-  /// Adds the class counts of all terminal nodes from `node` on, by predicted class. Nodes without
+  /// Adds the class counts of all terminal nodes from `node` on, by the class that the distribution
+  /// of this sample predicts: store the same prediction in both samples of a node. Nodes without
   /// a class distribution for the sample, or that predict no class of the matrix, add nothing; so
   /// does null. Called twice, the counts double. Linear in the subtree.
   void AddMisclassificationInfo(Node const* node, DataSample sample);
@@ -375,7 +377,8 @@ class TREE_API GainsSettings {
 
 /// A gains table: rows made of one or more nodes of a tree each, with a value per column. Made by
 /// growing algorithms. Rows, positions in a row and columns are numbered from 0; which columns
-/// there are, and what indexes out of range give, is for the implementation to say.
+/// there are and what they mean, and what indexes out of range give, is for the implementation to
+/// say.
 class TREE_API GainsIntf {
  public:
   virtual ~GainsIntf();

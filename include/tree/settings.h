@@ -19,6 +19,11 @@
 #include "tree/misclassification.h"
 #include "tree/values.h"
 
+// The lists of variables that settings keep.
+extern template class MCTree::AArrayRO<tree::VariableSettings*>;
+extern template class MCTree::AArrayRW<tree::VariableSettings*>;
+extern template class MCTree::ArrayRW<tree::VariableSettings*>;
+
 namespace tree {
 
 /// The variables of a tree: one target, an ordered list of predictors (indexed from 0), and whether
@@ -459,7 +464,9 @@ class TREE_API CartSettings : public AlgSettings {
   CartSettings& operator=(CartSettings const& other);
 
   ~CartSettings() override;
-  /// From settings of either variant of CART, pruning and surrogates too.
+  /// From settings of either variant of CART, pruning and surrogates too. From another kind, the
+  /// surrogates stay as they are, even if there are fewer predictors now: see
+  /// `ValidateNumSurrogates`.
   void CopyFrom(AlgSettings const& other) override;
   virtual PruningSpec* GetPruningSpec();
   virtual PruningSpec const* GetPruningSpec() const;

@@ -73,9 +73,13 @@ void ClsInfoImp::SetUnweightedCount(double count) { unweightedCount_ = count; }
 
 void ClsInfoImp::SetPercentSize(double size) { percentSize_ = size; }
 
-void ClsInfoImp::SetClassCount(int index, double count) { classCounts_[index] = count; }
+void ClsInfoImp::SetClassCount(int index, double count) {
+  internal::RequireIndex(index >= 0, "ClsInfoImp::SetClassCount", index);
+  classCounts_[index] = count;
+}
 
 void ClsInfoImp::SetClassProbability(int index, double probability) {
+  internal::RequireIndex(index >= 0, "ClsInfoImp::SetClassProbability", index);
   if (classProbabilities_.GetSize() == 0) ResizeOrThrow(classProbabilities_, GetNumClasses());
   classProbabilities_[index] = probability;
 }

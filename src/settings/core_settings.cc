@@ -4,6 +4,10 @@
 #include "tree/assertions.h"
 #include "tree/settings.h"
 
+template class MCTree::AArrayRO<tree::VariableSettings*>;
+template class MCTree::AArrayRW<tree::VariableSettings*>;
+template class MCTree::ArrayRW<tree::VariableSettings*>;
+
 namespace tree {
 
 namespace {

@@ -1,6 +1,7 @@
 #include "testing/failing_allocator.h"
 
 #include <atomic>
+#include <cstdint>
 #include <cstdlib>
 
 namespace {
@@ -20,7 +21,9 @@ bool IsToFail() {
 }
 
 void* Allocate(std::size_t size) {
-  void* const block = IsToFail() ? nullptr : std::malloc(size == 0 ? 1 : size);
+  // Sanitizers end a program that asks malloc for more than a pointer can span.
+  bool const fails = IsToFail() || size > PTRDIFF_MAX;
+  void* const block = fails ? nullptr : std::malloc(size == 0 ? 1 : size);
   if (block == nullptr) throw std::bad_alloc();
   ++liveAllocations;
   return block;
@@ -34,24 +37,12 @@ void Deallocate(void* block) noexcept {
 
 }  // namespace
 
-void* operator new(std::size_t size) {
-  return Allocate(size);
-}
-void* operator new[](std::size_t size) {
-  return Allocate(size);
-}
-void operator delete(void* block) noexcept {
-  Deallocate(block);
-}
-void operator delete[](void* block) noexcept {
-  Deallocate(block);
-}
-void operator delete(void* block, std::size_t /*size*/) noexcept {
-  Deallocate(block);
-}
-void operator delete[](void* block, std::size_t /*size*/) noexcept {
-  Deallocate(block);
-}
+void* operator new(std::size_t size) { return Allocate(size); }
+void* operator new[](std::size_t size) { return Allocate(size); }
+void operator delete(void* block) noexcept { Deallocate(block); }
+void operator delete[](void* block) noexcept { Deallocate(block); }
+void operator delete(void* block, std::size_t /*size*/) noexcept { Deallocate(block); }
+void operator delete[](void* block, std::size_t /*size*/) noexcept { Deallocate(block); }
 
 namespace tree::testing {
 
@@ -66,16 +57,10 @@ FailingAllocator::~FailingAllocator() {
   hasFailed = false;
 }
 
-bool FailingAllocator::HasFailed() const {
-  return hasFailed;
-}
+bool FailingAllocator::HasFailed() const { return hasFailed; }
 
-long CountLiveAllocations() {
-  return liveAllocations;
-}
+long CountLiveAllocations() { return liveAllocations; }
 
-long CountAllocations() {
-  return allocations;
-}
+long CountAllocations() { return allocations; }
 
 }  // namespace tree::testing

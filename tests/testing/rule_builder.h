@@ -30,7 +30,7 @@ inline OSplitRule OrdinalRule(std::initializer_list<OValueSet> intervals) {
 
 /// (-inf, 2], (2, 7] and (7, inf) for children 0, 1 and 2 of predictor 0.
 inline OSplitRule ThreeWayRule() {
-  return OrdinalRule({UpTo(2.0), OpenClosed(2.0, 7.0), Above(7.0)});
+  return OrdinalRule({AtMost(2.0), OpenClosed(2.0, 7.0), Above(7.0)});
 }
 
 /// A nominal rule on predictor 0, to which the sets were added in this order.

@@ -53,7 +53,7 @@ Interval ClosedOpen(double left, double right) {
 
 /// (-inf, right]
 template <class Interval = OValueSet>
-Interval UpTo(double right) {
+Interval AtMost(double right) {
   Interval interval;
   interval.SetRightEnd(right);
   interval.SetOpenRight(false);
@@ -64,7 +64,7 @@ Interval UpTo(double right) {
 /// (-inf, right)
 template <class Interval = OValueSet>
 Interval Below(double right) {
-  Interval interval = UpTo<Interval>(right);
+  Interval interval = AtMost<Interval>(right);
   interval.SetOpenRight(true);
   return interval;
 }

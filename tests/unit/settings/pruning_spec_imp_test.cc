@@ -1,0 +1,120 @@
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <memory>
+#include <type_traits>
+#include <utility>
+
+#include "testing/failing_allocator.h"
+#include "testing/virtual_slot.h"
+#include "tree/settings.h"
+
+namespace tree::testing {
+namespace {
+
+static_assert(std::is_abstract_v<PruningSpec>);
+static_assert(std::has_virtual_destructor_v<PruningSpec>);
+static_assert(sizeof(PruningSpec) == sizeof(void*));  // no fields
+static_assert(std::is_base_of_v<PruningSpec, PruningSpecImp>);
+static_assert(std::is_copy_constructible_v<PruningSpecImp>);
+static_assert(std::is_copy_assignable_v<PruningSpecImp>);
+static_assert(
+    std::is_convertible_v<decltype(std::declval<PruningSpecImp const&>().Clone()), PruningSpec*>);
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+void ExpectValues(PruningSpec const& spec, double factor, bool pickMinRiskTree) {
+  EXPECT_EQ(spec.GetSERuleFactor(), factor);
+  EXPECT_EQ(spec.GetPickMinRiskTree(), pickMinRiskTree);
+}
+
+TEST(PruningSpecImp, BeginsWithItsDefaults) {
+  PruningSpecImp const spec;
+
+  ExpectValues(spec, 1.0, false);
+}
+
+TEST(PruningSpecImp, StoresWhetherTheTreeOfLeastRiskIsPicked) {
+  PruningSpecImp spec;
+
+  spec.SetPickMinRiskTree(true);
+  ExpectValues(spec, 1.0, true);
+  spec.SetPickMinRiskTree(false);
+  ExpectValues(spec, 1.0, false);
+}
+
+TEST(PruningSpecImp, IgnoresNegativeFactors) {
+  struct Case {
+    double factor;
+    bool stored;
+  };
+  for (auto const& [factor, stored] :
+       {Case{0.0, true}, Case{0.5, true}, Case{2.0, true}, Case{1e300, true}, Case{kInfinity, true},
+        Case{-0.5, false}, Case{-std::numeric_limits<double>::denorm_min(), false},
+        Case{-kInfinity, false}, Case{kNaN, false}}) {
+    SCOPED_TRACE(factor);
+    PruningSpecImp spec;
+    spec.SetPickMinRiskTree(true);
+
+    spec.SetSERuleFactor(factor);
+
+    ExpectValues(spec, stored ? factor : 1.0, true);
+  }
+}
+
+TEST(PruningSpecImp, CopiesAllFields) {
+  PruningSpecImp source;
+  source.SetPickMinRiskTree(true);
+  source.SetSERuleFactor(2.5);
+
+  PruningSpecImp const copy(source);
+  std::unique_ptr<PruningSpec> const clone(source.Clone());
+  PruningSpecImp assigned;
+  PruningSpecImp const& result = assigned = source;
+  source = PruningSpecImp();
+
+  EXPECT_EQ(&result, &assigned);
+  EXPECT_NE(dynamic_cast<PruningSpecImp*>(clone.get()), nullptr);
+  ExpectValues(copy, 2.5, true);
+  ExpectValues(*clone, 2.5, true);
+  ExpectValues(assigned, 2.5, true);
+  ExpectValues(source, 1.0, false);
+}
+
+TEST(PruningSpecImp, SurvivesAssignmentToItself) {
+  PruningSpecImp spec;
+  spec.SetSERuleFactor(2.5);
+  PruningSpecImp const& same = spec;
+
+  spec = same;
+
+  ExpectValues(spec, 2.5, false);
+}
+
+TEST(PruningSpecImp, LosesNothingWhenACloneRunsOutOfMemory) {
+  PruningSpecImp const spec;
+  long const live = CountLiveAllocations();
+
+  EXPECT_EQ(WithEveryAllocationFailing([&spec] { delete spec.Clone(); }), 1);
+
+  EXPECT_EQ(CountLiveAllocations(), live);
+}
+
+#if TREE_HAS_SLOTS
+TEST(PruningSpecImp, KeepsTheOrderOfItsVirtualOperations) {
+  using Spec = PruningSpec;
+  EXPECT_EQ(VirtualSlot(static_cast<Spec* (Spec::*)() const>(&Spec::Clone)), kFirstSlot + 0);
+  EXPECT_EQ(VirtualSlot(static_cast<bool (Spec::*)() const>(&Spec::GetPickMinRiskTree)),
+            kFirstSlot + 1);
+  EXPECT_EQ(VirtualSlot(static_cast<double (Spec::*)() const>(&Spec::GetSERuleFactor)),
+            kFirstSlot + 2);
+  EXPECT_EQ(VirtualSlot(static_cast<void (Spec::*)(bool)>(&Spec::SetPickMinRiskTree)),
+            kFirstSlot + 3);
+  EXPECT_EQ(VirtualSlot(static_cast<void (Spec::*)(double)>(&Spec::SetSERuleFactor)),
+            kFirstSlot + 4);
+}
+#endif
+
+}  // namespace
+}  // namespace tree::testing
