@@ -1,0 +1,20 @@
+// Bytes to operations on containers, value sets and statistics: the first byte chooses which class,
+// the others what happens to its objects.
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+
+#include "fuzz/fuzz_target.h"
+#include "property/models/sequences.h"
+
+extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
+  using namespace tree::testing;
+  static constexpr std::array kSequences = {RunArraysOfDoubles,    RunArraysOfInts,
+                                            RunMatrices,           RunPointerLists,
+                                            RunIntervals,          RunCodeSets,
+                                            RunVariableSettings,   RunClassDistributions,
+                                            RunPredictorSummaries, RunRegressionStatistics};
+  if (size > 0) kSequences[data[0] % kSequences.size()](Choices({data + 1, size - 1}));
+  return 0;
+}
