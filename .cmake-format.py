@@ -3,6 +3,10 @@ with section("format"):
 
 with section("parse"):
     additional_commands = {
+        "tree_add_example_test": {
+            "pargs": 1,
+            "kwargs": {"COMMAND": "+", "EXIT": 1, "STDOUT": 1, "STDERR": "+", "DIRECTORY": 1},
+        },
         "tree_add_unit_test": {"pargs": 1, "kwargs": {"SOURCES": "*", "LABELS": "*"}},
     }
 
