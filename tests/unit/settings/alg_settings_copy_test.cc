@@ -222,31 +222,33 @@ TEST(AlgSettings, LoseNothingWhenMemoryRunsOut) {
   }
 }
 
+// A copy into `target` whose `nth` allocation fails. Returns whether there was one.
+bool CopyWithFailure(AlgSettings& target, AlgSettings const& source, long nth) {
+  FailingAllocator const failing(nth);
+  try {
+    target.CopyFrom(source);
+  } catch (std::bad_alloc const&) {
+    return true;
+  }
+  return false;
+}
+
 TEST(AlgSettings, StayWholeWhenACopyRunsOutOfMemory) {
   for (Pair const& pair : kPairs) {
+    SCOPED_TRACE(::testing::Message() << "into " << pair.target << " from " << pair.source);
     std::unique_ptr<AlgSettings> const source = FilledSettings(pair.source, 2);
     std::unique_ptr<AlgSettings> const before = FilledSettings(pair.target, 1);
     Fields const complete = ExpectedCopy(pair, Describe(*before), Describe(*source));
     long const live = CountLiveAllocations();
-    for (long nth = 1;; ++nth) {
-      SCOPED_TRACE(::testing::Message()
-                   << "into " << pair.target << " from " << pair.source << ", allocation " << nth);
+    bool failed = true;
+    for (long nth = 1; failed; ++nth) {
       std::unique_ptr<AlgSettings> const target(before->Clone());
-      bool failed = false;
-      {
-        FailingAllocator const failing(nth);
-        try {
-          target->CopyFrom(*source);
-        } catch (std::bad_alloc const&) {
-          failed = true;
-        }
-      }
+      failed = CopyWithFailure(*target, *source, nth);
+
       // Every part is there, of the old settings or of the new ones, and can be used.
-      std::size_t const parts = OwnedParts(*before).size();
-      EXPECT_GE(OwnedParts(*target).size(), parts);
+      EXPECT_GE(OwnedParts(*target).size(), OwnedParts(*before).size()) << "allocation " << nth;
       target->CopyFrom(*source);
-      EXPECT_EQ(Describe(*target), complete);
-      if (!failed) break;
+      EXPECT_EQ(Describe(*target), complete) << "allocation " << nth;
     }
     EXPECT_EQ(CountLiveAllocations(), live);
   }

@@ -481,37 +481,46 @@ TEST(AlgSettings, DeletesItsPartsWhenDeletedThroughTheBase) {
 }
 
 TEST(AlgSettings, StaysAsItWasWhenInitRunsOutOfMemory) {
-  PlainSettings target(FilledCore(1, global::MeasurementNominal));
-  Fill(*target.GetStopRule(), 1);
-  Fields const expected = Describe(target);
+  PlainSettings const before(FilledCore(1, global::MeasurementNominal));
+  Fields const expected = Describe(before);
   PlainSettings const source(FilledCore(2, global::MeasurementContinuous));
   long const live = CountLiveAllocations();
+  {
+    PlainSettings target(before);
+    long const failures = WithEveryAllocationFailing([&] {
+      try {
+        target.CopyFrom(source);
+      } catch (std::bad_alloc const&) {
+        EXPECT_EQ(Describe(target), expected);
+        throw;
+      }
+    });
 
-  for (bool const byNull : {false, true}) {
-    for (long nth = 1;; ++nth) {
-      SCOPED_TRACE(nth);
-      PlainSettings assigned(target);
-      bool failed = false;
-      {
-        FailingAllocator const failing(nth);
-        try {
-          if (byNull) {
-            assigned.Init(1, 1, nullptr, nullptr, nullptr);
-          } else {
-            assigned.CopyFrom(source);
-          }
-        } catch (std::bad_alloc const&) {
-          failed = true;
-        }
-      }
-      if (!failed) {
-        EXPECT_GT(nth, 3);
-        break;
-      }
-      EXPECT_EQ(Describe(assigned), expected);
-    }
-    EXPECT_EQ(CountLiveAllocations(), live);
+    EXPECT_GT(failures, 10);
+    EXPECT_EQ(target.GetCoreSettings()->GetNumPredictors(), 10);
   }
+  EXPECT_EQ(CountLiveAllocations(), live);
+}
+
+TEST(AlgSettings, StaysAsItWasWhenDefaultPartsRunOutOfMemory) {
+  PlainSettings const before(FilledCore(1, global::MeasurementNominal));
+  Fields const expected = Describe(before);
+  long const live = CountLiveAllocations();
+  {
+    PlainSettings target(before);
+    long const failures = WithEveryAllocationFailing([&] {
+      try {
+        target.Init(1, 1, nullptr, nullptr, nullptr);
+      } catch (std::bad_alloc const&) {
+        EXPECT_EQ(Describe(target), expected);
+        throw;
+      }
+    });
+
+    EXPECT_GT(failures, 3);
+    EXPECT_EQ(target.GetCoreSettings()->GetNumPredictors(), 0);
+  }
+  EXPECT_EQ(CountLiveAllocations(), live);
 }
 
 #if TREE_HAS_SLOTS

@@ -383,7 +383,6 @@ TEST(CoreSettingsImp, LeavesNothingBehind) {
 
 TEST(CoreSettingsImp, LosesNothingWhenMemoryRunsOut) {
   CoreSettingsImp const source = Filled();
-  long const live = CountLiveAllocations();
   struct Operation {
     char const* name;
     void (*run)(CoreSettingsImp const& source);
@@ -396,6 +395,8 @@ TEST(CoreSettingsImp, LosesNothingWhenMemoryRunsOut) {
 
   for (auto const& operation : table) {
     SCOPED_TRACE(operation.name);
+    long const live = CountLiveAllocations();
+
     EXPECT_GT(WithEveryAllocationFailing([&] { operation.run(source); }), 1);
     EXPECT_EQ(CountLiveAllocations(), live);
   }
