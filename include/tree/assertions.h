@@ -12,12 +12,13 @@
 
 namespace tree::internal {
 
-/// Stops a debug build when `holds` is false; release builds do nothing.
-/// `operation`: the public operation that was called, as `Class::Operation`. `index`: the offender.
-inline void RequireIndex([[maybe_unused]] bool holds, [[maybe_unused]] char const* operation,
-                         [[maybe_unused]] long long index) noexcept {
+/// Stops a debug build when `index` is not in [0, `count`); release builds do nothing.
+/// `operation`: the public operation that was called, as `Class::Operation`.
+template <class Count>
+inline void RequireIndex([[maybe_unused]] long long index, [[maybe_unused]] Count count,
+                         [[maybe_unused]] char const* operation) noexcept {
 #ifndef NDEBUG
-  if (!holds) {
+  if (index < 0 || index >= static_cast<long long>(count)) {
     std::fprintf(stderr, "tree: %s: index %lld is out of range\n", operation, index);
     std::abort();
   }

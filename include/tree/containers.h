@@ -157,8 +157,8 @@ class TREE_API TMatrix {
     return row >= 0 && row < allocatedRows_ && column >= 0 && column < allocatedColumns_;
   }
   void RequireAllocated(char const* operation, int row, int column) const {
-    tree::internal::RequireIndex(row >= 0 && row < allocatedRows_, operation, row);
-    tree::internal::RequireIndex(column >= 0 && column < allocatedColumns_, operation, column);
+    tree::internal::RequireIndex(row, allocatedRows_, operation);
+    tree::internal::RequireIndex(column, allocatedColumns_, operation);
   }
   void CopyFrom(TMatrix const& other);
 
@@ -275,13 +275,13 @@ TArray<T>::~TArray() {
 
 template <class T>
 T const& TArray<T>::operator[](int index) const {
-  tree::internal::RequireIndex(index >= 0 && index < capacity_, "TArray::operator[]", index);
+  tree::internal::RequireIndex(index, capacity_, "TArray::operator[]");
   return data_[static_cast<std::size_t>(index)];
 }
 
 template <class T>
 T& TArray<T>::operator[](int index) {
-  tree::internal::RequireIndex(index >= 0 && index < capacity_, "TArray::operator[]", index);
+  tree::internal::RequireIndex(index, capacity_, "TArray::operator[]");
   if (index >= size_) size_ = index + 1;
   return data_[static_cast<std::size_t>(index)];
 }
@@ -336,15 +336,14 @@ bool TArray<T>::Resize(int count) {
 
 template <class T>
 void TArray<T>::SetAt(int index, T const& value) {
-  tree::internal::RequireIndex(index >= 0 && index < capacity_, "TArray::SetAt", index);
+  tree::internal::RequireIndex(index, capacity_, "TArray::SetAt");
   if (index >= size_) size_ = index + 1;
   data_[static_cast<std::size_t>(index)] = value;
 }
 
 template <class T>
 void TArray<T>::SetAtGrow(int index, T const& value) {
-  tree::internal::RequireIndex(index >= 0 && index < std::numeric_limits<int>::max(),
-                               "TArray::SetAtGrow", index);
+  tree::internal::RequireIndex(index, std::numeric_limits<int>::max(), "TArray::SetAtGrow");
   T const kept = value;  // the value may lie in the block that growth frees
   if (index >= capacity_) Grow(index + 1);
   data_[static_cast<std::size_t>(index)] = kept;
@@ -353,8 +352,7 @@ void TArray<T>::SetAtGrow(int index, T const& value) {
 
 template <class T>
 void TArray<T>::AddAtGrow(int index, T const& value) {
-  tree::internal::RequireIndex(index >= 0 && index < std::numeric_limits<int>::max(),
-                               "TArray::AddAtGrow", index);
+  tree::internal::RequireIndex(index, std::numeric_limits<int>::max(), "TArray::AddAtGrow");
   T const kept = value;  // the value may lie in the block that growth frees
   if (index >= capacity_) Grow(index + 1);
   data_[static_cast<std::size_t>(index)] += kept;
@@ -465,8 +463,8 @@ void TMatrix<T>::SetAt(int row, int column, T const& value) {
 template <class T>
 void TMatrix<T>::SetAtGrow(int row, int column, T const& value) {
   constexpr int kLimit = std::numeric_limits<int>::max();
-  tree::internal::RequireIndex(row >= 0 && row < kLimit, "TMatrix::SetAtGrow", row);
-  tree::internal::RequireIndex(column >= 0 && column < kLimit, "TMatrix::SetAtGrow", column);
+  tree::internal::RequireIndex(row, kLimit, "TMatrix::SetAtGrow");
+  tree::internal::RequireIndex(column, kLimit, "TMatrix::SetAtGrow");
   T const kept = value;  // the value may lie in the block that growth frees
   if (!IsAllocated(row, column)) Grow(row + 1, column + 1);
   SetAt(row, column, kept);
@@ -495,7 +493,7 @@ T& ArrayRW<T>::operator[](int index) {
 
 template <class T>
 std::size_t ArrayRW<T>::Checked(char const* operation, int index) const {
-  tree::internal::RequireIndex(index >= 0 && index < GetNumElements(), operation, index);
+  tree::internal::RequireIndex(index, GetNumElements(), operation);
   return static_cast<std::size_t>(index);
 }
 

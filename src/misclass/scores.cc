@@ -54,7 +54,7 @@ void ScoresImp::SetDefault() {
 }
 
 void ScoresImp::Resize(int count) {
-  internal::RequireIndex(count >= 0, "ScoresImp::Resize", count);
+  internal::RequireIndex(count, std::numeric_limits<int>::max(), "ScoresImp::Resize");
   scores_.resize(static_cast<std::size_t>(std::max(count, 0)));
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <limits>
 #include <new>
 #include <utility>
 
@@ -40,7 +41,7 @@ ClsInfoImp::~ClsInfoImp() = default;
 int ClsInfoImp::GetPrediction() const { return prediction_; }
 
 double ClsInfoImp::GetClassCount(int index) const {
-  internal::RequireIndex(index >= 0 && index < GetNumClasses(), "ClsInfoImp::GetClassCount", index);
+  internal::RequireIndex(index, GetNumClasses(), "ClsInfoImp::GetClassCount");
   return classCounts_[index];
 }
 
@@ -74,12 +75,12 @@ void ClsInfoImp::SetUnweightedCount(double count) { unweightedCount_ = count; }
 void ClsInfoImp::SetPercentSize(double size) { percentSize_ = size; }
 
 void ClsInfoImp::SetClassCount(int index, double count) {
-  internal::RequireIndex(index >= 0, "ClsInfoImp::SetClassCount", index);
+  internal::RequireIndex(index, std::numeric_limits<int>::max(), "ClsInfoImp::SetClassCount");
   classCounts_[index] = count;
 }
 
 void ClsInfoImp::SetClassProbability(int index, double probability) {
-  internal::RequireIndex(index >= 0, "ClsInfoImp::SetClassProbability", index);
+  internal::RequireIndex(index, std::numeric_limits<int>::max(), "ClsInfoImp::SetClassProbability");
   if (classProbabilities_.GetSize() == 0) ResizeOrThrow(classProbabilities_, GetNumClasses());
   classProbabilities_[index] = probability;
 }

@@ -12,7 +12,7 @@ std::size_t Slot(DataSample sample) { return sample == TrainingSample ? 0 : 1; }
 
 template <class T>
 T* At(std::vector<std::unique_ptr<T>> const& owned, unsigned int position, char const* operation) {
-  internal::RequireIndex(position < owned.size(), operation, position);
+  internal::RequireIndex(position, owned.size(), operation);
   return owned[position].get();
 }
 
@@ -237,7 +237,7 @@ void NodeImp::SetChild(unsigned int position, Node* child) {
   auto* const node = dynamic_cast<NodeImp*>(child);
   internal::Require(node != nullptr || child == nullptr, "NodeImp::SetChild",
                     "the child is not a NodeImp");
-  internal::RequireIndex(position < children_.size(), "NodeImp::SetChild", position);
+  internal::RequireIndex(position, children_.size(), "NodeImp::SetChild");
   // Deliberate: the entry's old object lives on, in the hands of the caller.
   static_cast<void>(children_[position].release());
   children_[position].reset(node);
@@ -267,26 +267,22 @@ SplitRuleImp* NodeImp::GetSurrogateImp(unsigned int position) const {
 void NodeImp::SetNumPredictors(unsigned int count) { predictors_.resize(count); }
 
 void NodeImp::SetPredictorRange(int index, double minimum, double maximum) {
-  internal::RequireIndex(index >= 0 && index < GetNumPredictors(), "NodeImp::SetPredictorRange",
-                         index);
+  internal::RequireIndex(index, GetNumPredictors(), "NodeImp::SetPredictorRange");
   predictors_[static_cast<std::size_t>(index)].SetValueRange(minimum, maximum);
 }
 
 void NodeImp::SetNumPredictorValues(int index, int count) {
-  internal::RequireIndex(index >= 0 && index < GetNumPredictors(), "NodeImp::SetNumPredictorValues",
-                         index);
+  internal::RequireIndex(index, GetNumPredictors(), "NodeImp::SetNumPredictorValues");
   predictors_[static_cast<std::size_t>(index)].SetNumValues(count);
 }
 
 void NodeImp::SetPredictorValues(int index, double const* values, int count) {
-  internal::RequireIndex(index >= 0 && index < GetNumPredictors(), "NodeImp::SetPredictorValues",
-                         index);
+  internal::RequireIndex(index, GetNumPredictors(), "NodeImp::SetPredictorValues");
   predictors_[static_cast<std::size_t>(index)].SetValues(values, count);
 }
 
 void NodeImp::SetPredictorMissingValueFlag(int index, bool flag) {
-  internal::RequireIndex(index >= 0 && index < GetNumPredictors(),
-                         "NodeImp::SetPredictorMissingValueFlag", index);
+  internal::RequireIndex(index, GetNumPredictors(), "NodeImp::SetPredictorMissingValueFlag");
   predictors_[static_cast<std::size_t>(index)].SetHasMissingValues(flag);
 }
 
@@ -303,11 +299,11 @@ void NodeImp::ReorderSiblings(std::vector<int> const& order) {
     if (surrogate != nullptr) surrogate->ReorderMappings(order);
   }
   for (std::size_t old = 0; old < children_.size(); ++old) {
-    internal::RequireIndex(old < order.size(), "NodeImp::ReorderSiblings",
-                           static_cast<long long>(old));
+    internal::RequireIndex(static_cast<long long>(old), order.size(), "NodeImp::ReorderSiblings");
+    internal::RequireIndex(order[old], reordered.size(), "NodeImp::ReorderSiblings");
     auto const position = static_cast<std::size_t>(order[old]);
-    internal::RequireIndex(position < reordered.size() && reordered[position] == nullptr,
-                           "NodeImp::ReorderSiblings", order[old]);
+    internal::Require(reordered[position] == nullptr, "NodeImp::ReorderSiblings",
+                      "two children are sent to one position");
     reordered[position] = std::move(children_[old]);
   }
   children_.swap(reordered);

@@ -56,7 +56,7 @@ double RegInfoImp::GetPrediction() const {
 int RegInfoImp::GetNumBins() const { return static_cast<int>(binSizes_.size()); }
 
 double RegInfoImp::GetBinSize(int index) const {
-  internal::RequireIndex(index >= 0 && index < GetNumBins(), "RegInfoImp::GetBinSize", index);
+  internal::RequireIndex(index, GetNumBins(), "RegInfoImp::GetBinSize");
   return binSizes_[static_cast<std::size_t>(index)];
 }
 
@@ -85,7 +85,7 @@ void RegInfoImp::SetNumBins(int count) {
 }
 
 void RegInfoImp::SetBinSize(int index, double size) {
-  internal::RequireIndex(index >= 0 && index < GetNumBins(), "RegInfoImp::SetBinSize", index);
+  internal::RequireIndex(index, GetNumBins(), "RegInfoImp::SetBinSize");
   binSizes_[static_cast<std::size_t>(index)] = size;
 }
 
@@ -126,7 +126,7 @@ bool RegInfoImp::GetExtendedStatistic(StatisticStorageFlags flag, double* value)
 
 double RegInfoImp::GetExtendedStatistic(StatisticStorageFlags flag) const {
   int const position = GetExtendedStatisticPos(flag);
-  internal::RequireIndex(position >= 0, "RegInfoImp::GetExtendedStatistic", flag);
+  internal::Require(position >= 0, "RegInfoImp::GetExtendedStatistic", "the statistic is not set");
   return extendedStatistics_[static_cast<std::size_t>(position)];
 }
 

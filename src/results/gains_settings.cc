@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <limits>
 
 #include "tree/assertions.h"
 #include "tree/results.h"
@@ -13,7 +14,7 @@ double ValueAt(std::vector<double> const& values, int category) {
 }
 
 void SetValueAt(std::vector<double>& values, int category, double value, char const* operation) {
-  internal::RequireIndex(category >= 0, operation, category);
+  internal::RequireIndex(category, std::numeric_limits<int>::max(), operation);
   auto const position = static_cast<std::size_t>(category);
   if (position >= values.size()) values.resize(position + 1);
   values[position] = value;

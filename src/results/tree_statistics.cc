@@ -114,8 +114,8 @@ bool TreeStatisticsImp::HasClass(int index) const {
 }
 
 void TreeStatisticsImp::RequireCell(char const* operation, int predicted, int observed) const {
-  internal::RequireIndex(HasClass(predicted), operation, predicted);
-  internal::RequireIndex(HasClass(observed), operation, observed);
+  internal::RequireIndex(predicted, matrix_.size(), operation);
+  internal::RequireIndex(observed, matrix_.size(), operation);
 }
 
 std::ostream& operator<<(std::ostream& stream, TreeStatisticsImp const& statistics) {

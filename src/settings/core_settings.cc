@@ -67,8 +67,7 @@ int CoreSettingsImp::GetNumPredictors() const {
 }
 
 VariableSettings const* CoreSettingsImp::GetPredictor(int index) const {
-  internal::RequireIndex(index >= 0 && index < GetNumPredictors(), "CoreSettingsImp::GetPredictor",
-                         index);
+  internal::RequireIndex(index, GetNumPredictors(), "CoreSettingsImp::GetPredictor");
   return (*predictors_)[index];
 }
 

@@ -113,7 +113,7 @@ void NSplitRule::ReorderMappings(std::vector<int> const& newPositions) {
     int const child = GetCatMapping(category);
     if (child < 0) continue;
     auto const old = static_cast<std::size_t>(child);
-    internal::RequireIndex(old < newPositions.size(), "NSplitRule::ReorderMappings", child);
+    internal::RequireIndex(child, newPositions.size(), "NSplitRule::ReorderMappings");
     categoryMapping_.SetAt(category, newPositions[old]);
   }
 }

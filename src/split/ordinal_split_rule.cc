@@ -113,8 +113,7 @@ bool OSplitRule::IsOrdered() const { return true; }
 void OSplitRule::ReorderMappings(std::vector<int> const& newPositions) {
   SplitRuleImp::ReorderMappings(newPositions);
   auto const renumber = [&newPositions](int& child) {
-    internal::RequireIndex(child >= 0 && static_cast<std::size_t>(child) < newPositions.size(),
-                           "OSplitRule::ReorderMappings", child);
+    internal::RequireIndex(child, newPositions.size(), "OSplitRule::ReorderMappings");
     child = newPositions[static_cast<std::size_t>(child)];
   };
   for (OSplitRuleItem& item : items_) renumber(item.child);

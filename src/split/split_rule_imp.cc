@@ -37,7 +37,7 @@ void SplitRuleImp::ReorderMappings(std::vector<int> const& newPositions) {
   auto const renumber = [&newPositions](int& child) {
     if (child < 0) return;
     auto const old = static_cast<std::size_t>(child);
-    internal::RequireIndex(old < newPositions.size(), "SplitRuleImp::ReorderMappings", child);
+    internal::RequireIndex(child, newPositions.size(), "SplitRuleImp::ReorderMappings");
     child = newPositions[old];
   };
   renumber(missingValueMapping_);

@@ -549,7 +549,7 @@ TEST(RegInfoImpDeathTest, StopsAtBinOrStatisticItDoesNotHave) {
                "RegInfoImp::GetBinSize: index 2 is out of range");
   EXPECT_DEATH(info.SetBinSize(-1, 0.0), "RegInfoImp::SetBinSize: index -1 is out of range");
   EXPECT_DEATH(static_cast<void>(info.GetExtendedStatistic(RegInfoImp::StoreReserved1)),
-               "RegInfoImp::GetExtendedStatistic: index 8 is out of range");
+               "RegInfoImp::GetExtendedStatistic: the statistic is not set");
 }
 #endif
 
