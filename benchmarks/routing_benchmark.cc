@@ -2,7 +2,7 @@
 // case, cases per second, and the time per level (`per_level`, in seconds).
 //
 // In cache, few enough cases go round that what they touch stays in the second level cache. Out of
-// cache, every case goes through a tree of a forest with about a million nodes, chosen at random.
+// cache, every case goes through a tree of a forest with about two million nodes, chosen at random.
 
 #include <memory>
 #include <random>
