@@ -24,24 +24,24 @@ static_assert(
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
-void ExpectValues(PruningSpec const& spec, double factor, bool pickMinRiskTree) {
-  EXPECT_EQ(spec.GetSERuleFactor(), factor);
-  EXPECT_EQ(spec.GetPickMinRiskTree(), pickMinRiskTree);
+void ExpectValues(PruningSpec const& plan, double factor, bool pickMinRiskTree) {
+  EXPECT_EQ(plan.GetSERuleFactor(), factor);
+  EXPECT_EQ(plan.GetPickMinRiskTree(), pickMinRiskTree);
 }
 
 TEST(PruningSpecImp, BeginsWithItsDefaults) {
-  PruningSpecImp const spec;
+  PruningSpecImp const plan;
 
-  ExpectValues(spec, 1.0, false);
+  ExpectValues(plan, 1.0, false);
 }
 
 TEST(PruningSpecImp, StoresWhetherTheTreeOfLeastRiskIsPicked) {
-  PruningSpecImp spec;
+  PruningSpecImp plan;
 
-  spec.SetPickMinRiskTree(true);
-  ExpectValues(spec, 1.0, true);
-  spec.SetPickMinRiskTree(false);
-  ExpectValues(spec, 1.0, false);
+  plan.SetPickMinRiskTree(true);
+  ExpectValues(plan, 1.0, true);
+  plan.SetPickMinRiskTree(false);
+  ExpectValues(plan, 1.0, false);
 }
 
 TEST(PruningSpecImp, IgnoresNegativeFactors) {
@@ -54,12 +54,12 @@ TEST(PruningSpecImp, IgnoresNegativeFactors) {
         Case{-0.5, false}, Case{-std::numeric_limits<double>::denorm_min(), false},
         Case{-kInfinity, false}, Case{kNaN, false}}) {
     SCOPED_TRACE(factor);
-    PruningSpecImp spec;
-    spec.SetPickMinRiskTree(true);
+    PruningSpecImp plan;
+    plan.SetPickMinRiskTree(true);
 
-    spec.SetSERuleFactor(factor);
+    plan.SetSERuleFactor(factor);
 
-    ExpectValues(spec, stored ? factor : 1.0, true);
+    ExpectValues(plan, stored ? factor : 1.0, true);
   }
 }
 
@@ -83,20 +83,20 @@ TEST(PruningSpecImp, CopiesAllFields) {
 }
 
 TEST(PruningSpecImp, SurvivesAssignmentToItself) {
-  PruningSpecImp spec;
-  spec.SetSERuleFactor(2.5);
-  PruningSpecImp const& same = spec;
+  PruningSpecImp plan;
+  plan.SetSERuleFactor(2.5);
+  PruningSpecImp const& same = plan;
 
-  spec = same;
+  plan = same;
 
-  ExpectValues(spec, 2.5, false);
+  ExpectValues(plan, 2.5, false);
 }
 
 TEST(PruningSpecImp, LosesNothingWhenACloneRunsOutOfMemory) {
-  PruningSpecImp const spec;
+  PruningSpecImp const plan;
   long const live = CountLiveAllocations();
 
-  EXPECT_EQ(WithEveryAllocationFailing([&spec] { delete spec.Clone(); }), 1);
+  EXPECT_EQ(WithEveryAllocationFailing([&plan] { delete plan.Clone(); }), 1);
 
   EXPECT_EQ(CountLiveAllocations(), live);
 }

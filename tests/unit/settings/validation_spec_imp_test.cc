@@ -31,52 +31,52 @@ constexpr int kMinInt = std::numeric_limits<int>::min();
 constexpr long kMaxLong = std::numeric_limits<long>::max();
 constexpr long kMinLong = std::numeric_limits<long>::min();
 
-void ExpectValues(ValidationSpec const& spec, ValidationType type, int folds, long seed) {
-  EXPECT_EQ(spec.GetType(), type);
-  EXPECT_EQ(spec.GetNumCVFolds(), folds);
-  EXPECT_EQ(spec.GetRandomSeed(), seed);
+void ExpectValues(ValidationSpec const& plan, ValidationType type, int folds, long seed) {
+  EXPECT_EQ(plan.GetType(), type);
+  EXPECT_EQ(plan.GetNumCVFolds(), folds);
+  EXPECT_EQ(plan.GetRandomSeed(), seed);
 }
 
 TEST(ValidationSpecImp, BeginsWithItsDefaults) {
-  ValidationSpecImp const spec;
+  ValidationSpecImp const plan;
 
-  ExpectValues(spec, ValidationNone, 10, 2000000L);
+  ExpectValues(plan, ValidationNone, 10, 2000000L);
 }
 
 TEST(ValidationSpecImp, AcceptsTheSplitSampleAndCrossValidation) {
-  ValidationSpecImp spec;
+  ValidationSpecImp plan;
 
-  EXPECT_TRUE(spec.Set(ValidationSplitSample));
-  ExpectValues(spec, ValidationSplitSample, 10, 2000000L);
-  EXPECT_TRUE(spec.Set(ValidationCrossValidation));
-  ExpectValues(spec, ValidationCrossValidation, 10, 2000000L);
-  EXPECT_TRUE(spec.Set(ValidationCrossValidation));
-  EXPECT_TRUE(spec.Set(ValidationSplitSample));
-  ExpectValues(spec, ValidationSplitSample, 10, 2000000L);
+  EXPECT_TRUE(plan.Set(ValidationSplitSample));
+  ExpectValues(plan, ValidationSplitSample, 10, 2000000L);
+  EXPECT_TRUE(plan.Set(ValidationCrossValidation));
+  ExpectValues(plan, ValidationCrossValidation, 10, 2000000L);
+  EXPECT_TRUE(plan.Set(ValidationCrossValidation));
+  EXPECT_TRUE(plan.Set(ValidationSplitSample));
+  ExpectValues(plan, ValidationSplitSample, 10, 2000000L);
 }
 
 TEST(ValidationSpecImp, RefusesNoValidationAndUnknownTypes) {
   for (int const type : {0, 3, -1, kMaxInt, kMinInt}) {
     SCOPED_TRACE(type);
     ValidationSpecImp fresh;
-    ValidationSpecImp spec;
-    spec.Set(ValidationCrossValidation);
+    ValidationSpecImp plan;
+    plan.Set(ValidationCrossValidation);
 
     EXPECT_FALSE(fresh.Set(static_cast<ValidationType>(type)));
-    EXPECT_FALSE(spec.Set(static_cast<ValidationType>(type)));
+    EXPECT_FALSE(plan.Set(static_cast<ValidationType>(type)));
 
     ExpectValues(fresh, ValidationNone, 10, 2000000L);
-    ExpectValues(spec, ValidationCrossValidation, 10, 2000000L);
+    ExpectValues(plan, ValidationCrossValidation, 10, 2000000L);
   }
 }
 
 TEST(ValidationSpecImp, GoesBackToNoValidationByACopyOfOneThatNeverHadAny) {
-  ValidationSpecImp spec;
-  spec.Set(ValidationSplitSample);
+  ValidationSpecImp plan;
+  plan.Set(ValidationSplitSample);
 
-  spec = ValidationSpecImp();
+  plan = ValidationSpecImp();
 
-  EXPECT_EQ(spec.GetType(), ValidationNone);
+  EXPECT_EQ(plan.GetType(), ValidationNone);
 }
 
 TEST(ValidationSpecImp, RefusesLessThanTwoFolds) {
@@ -89,12 +89,12 @@ TEST(ValidationSpecImp, RefusesLessThanTwoFolds) {
         Case{0, false}, Case{-1, false}, Case{kMinInt, false}}) {
     SCOPED_TRACE(count);
     for (int const type : {0, 1, 2}) {  // stored whatever the type is
-      ValidationSpecImp spec;
-      spec.Set(static_cast<ValidationType>(type));
+      ValidationSpecImp plan;
+      plan.Set(static_cast<ValidationType>(type));
 
-      EXPECT_EQ(spec.SetNumCVFolds(count), accepted);
+      EXPECT_EQ(plan.SetNumCVFolds(count), accepted);
 
-      ExpectValues(spec, static_cast<ValidationType>(type), accepted ? count : 10, 2000000L);
+      ExpectValues(plan, static_cast<ValidationType>(type), accepted ? count : 10, 2000000L);
     }
   }
 }
@@ -108,11 +108,11 @@ TEST(ValidationSpecImp, RefusesSeedsBelowOne) {
        {Case{1L, true}, Case{2L, true}, Case{5000000000L, true}, Case{kMaxLong, true},
         Case{0L, false}, Case{-1L, false}, Case{kMinLong, false}}) {
     SCOPED_TRACE(seed);
-    ValidationSpecImp spec;
+    ValidationSpecImp plan;
 
-    EXPECT_EQ(spec.SetRandomSeed(seed), accepted);
+    EXPECT_EQ(plan.SetRandomSeed(seed), accepted);
 
-    ExpectValues(spec, ValidationNone, 10, accepted ? seed : 2000000L);
+    ExpectValues(plan, ValidationNone, 10, accepted ? seed : 2000000L);
   }
 }
 
@@ -142,20 +142,20 @@ TEST(ValidationSpecImp, ClonesNoValidationToo) {
 }
 
 TEST(ValidationSpecImp, SurvivesAssignmentToItself) {
-  ValidationSpecImp spec;
-  spec.SetNumCVFolds(7);
-  ValidationSpecImp const& same = spec;
+  ValidationSpecImp plan;
+  plan.SetNumCVFolds(7);
+  ValidationSpecImp const& same = plan;
 
-  spec = same;
+  plan = same;
 
-  ExpectValues(spec, ValidationNone, 7, 2000000L);
+  ExpectValues(plan, ValidationNone, 7, 2000000L);
 }
 
 TEST(ValidationSpecImp, LosesNothingWhenACloneRunsOutOfMemory) {
-  ValidationSpecImp const spec;
+  ValidationSpecImp const plan;
   long const live = CountLiveAllocations();
 
-  EXPECT_EQ(WithEveryAllocationFailing([&spec] { delete spec.Clone(); }), 1);
+  EXPECT_EQ(WithEveryAllocationFailing([&plan] { delete plan.Clone(); }), 1);
 
   EXPECT_EQ(CountLiveAllocations(), live);
 }
