@@ -310,7 +310,8 @@ void NodeImp::ReorderSiblings(std::vector<int> const& order) {
 }
 
 void NodeImp::Clean() {
-  RemoveChildren(false);
+  // Virtual on purpose; from the destructor, this class's own operation is the one that is meant.
+  RemoveChildren(false);  // NOLINT(clang-analyzer-optin.cplusplus.VirtualCall)
   for (std::unique_ptr<ClsInfoImp>& info : clsInfo_) info.reset();
   for (std::unique_ptr<RegInfoImp>& info : regInfo_) info.reset();
   competitors_.clear();
