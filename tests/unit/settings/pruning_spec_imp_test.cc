@@ -103,15 +103,15 @@ TEST(PruningSpecImp, LosesNothingWhenACloneRunsOutOfMemory) {
 
 #if TREE_HAS_SLOTS
 TEST(PruningSpecImp, KeepsTheOrderOfItsVirtualOperations) {
-  using Spec = PruningSpec;
-  EXPECT_EQ(VirtualSlot(static_cast<Spec* (Spec::*)() const>(&Spec::Clone)), kFirstSlot + 0);
-  EXPECT_EQ(VirtualSlot(static_cast<bool (Spec::*)() const>(&Spec::GetPickMinRiskTree)),
+  using Plan = PruningSpec;
+  EXPECT_EQ(VirtualSlot(static_cast<Plan* (Plan::*)() const>(&Plan::Clone)), kFirstSlot + 0);
+  EXPECT_EQ(VirtualSlot(static_cast<bool (Plan::*)() const>(&Plan::GetPickMinRiskTree)),
             kFirstSlot + 1);
-  EXPECT_EQ(VirtualSlot(static_cast<double (Spec::*)() const>(&Spec::GetSERuleFactor)),
+  EXPECT_EQ(VirtualSlot(static_cast<double (Plan::*)() const>(&Plan::GetSERuleFactor)),
             kFirstSlot + 2);
-  EXPECT_EQ(VirtualSlot(static_cast<void (Spec::*)(bool)>(&Spec::SetPickMinRiskTree)),
+  EXPECT_EQ(VirtualSlot(static_cast<void (Plan::*)(bool)>(&Plan::SetPickMinRiskTree)),
             kFirstSlot + 3);
-  EXPECT_EQ(VirtualSlot(static_cast<void (Spec::*)(double)>(&Spec::SetSERuleFactor)),
+  EXPECT_EQ(VirtualSlot(static_cast<void (Plan::*)(double)>(&Plan::SetSERuleFactor)),
             kFirstSlot + 4);
 }
 #endif

@@ -162,15 +162,15 @@ TEST(ValidationSpecImp, LosesNothingWhenACloneRunsOutOfMemory) {
 
 #if TREE_HAS_SLOTS
 TEST(ValidationSpecImp, KeepsTheOrderOfItsVirtualOperations) {
-  using Spec = ValidationSpec;
-  EXPECT_EQ(VirtualSlot(static_cast<Spec* (Spec::*)() const>(&Spec::Clone)), kFirstSlot + 0);
-  EXPECT_EQ(VirtualSlot(static_cast<ValidationType (Spec::*)() const>(&Spec::GetType)),
+  using Plan = ValidationSpec;
+  EXPECT_EQ(VirtualSlot(static_cast<Plan* (Plan::*)() const>(&Plan::Clone)), kFirstSlot + 0);
+  EXPECT_EQ(VirtualSlot(static_cast<ValidationType (Plan::*)() const>(&Plan::GetType)),
             kFirstSlot + 1);
-  EXPECT_EQ(VirtualSlot(static_cast<int (Spec::*)() const>(&Spec::GetNumCVFolds)), kFirstSlot + 2);
-  EXPECT_EQ(VirtualSlot(static_cast<long (Spec::*)() const>(&Spec::GetRandomSeed)), kFirstSlot + 3);
-  EXPECT_EQ(VirtualSlot(static_cast<bool (Spec::*)(ValidationType)>(&Spec::Set)), kFirstSlot + 4);
-  EXPECT_EQ(VirtualSlot(static_cast<bool (Spec::*)(int)>(&Spec::SetNumCVFolds)), kFirstSlot + 5);
-  EXPECT_EQ(VirtualSlot(static_cast<bool (Spec::*)(long)>(&Spec::SetRandomSeed)), kFirstSlot + 6);
+  EXPECT_EQ(VirtualSlot(static_cast<int (Plan::*)() const>(&Plan::GetNumCVFolds)), kFirstSlot + 2);
+  EXPECT_EQ(VirtualSlot(static_cast<long (Plan::*)() const>(&Plan::GetRandomSeed)), kFirstSlot + 3);
+  EXPECT_EQ(VirtualSlot(static_cast<bool (Plan::*)(ValidationType)>(&Plan::Set)), kFirstSlot + 4);
+  EXPECT_EQ(VirtualSlot(static_cast<bool (Plan::*)(int)>(&Plan::SetNumCVFolds)), kFirstSlot + 5);
+  EXPECT_EQ(VirtualSlot(static_cast<bool (Plan::*)(long)>(&Plan::SetRandomSeed)), kFirstSlot + 6);
 }
 #endif
 
