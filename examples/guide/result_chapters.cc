@@ -4,9 +4,9 @@
 #include <vector>
 
 #include "guide/chapters.h"
-#include "guide/gains_table.h"
-#include "guide/hand_built_tree.h"
 #include "guide/penguin_tree.h"
+#include "hand_built/gains_table.h"
+#include "hand_built/hand_built_tree.h"
 #include "tree/misclassification.h"
 #include "tree/nodes.h"
 #include "tree/results.h"
@@ -41,7 +41,7 @@ void PrintGains(tree::Gains const& gains) {
     // [read gains]
     tree::Node const* const last = gains.GetNode(row, gains.GetNumNodes(row) - 1);
     std::cout << std::setw(6) << last->GetId();
-    for (int column = kCases; column < kNumColumns; ++column) {
+    for (int column = hand_built::kCases; column < hand_built::kNumColumns; ++column) {
       if (gains.HasColumn(column)) std::cout << "  " << std::setw(5) << gains.GetValue(row, column);
     }
     // [read gains]
@@ -54,7 +54,7 @@ void PrintGains(tree::Gains const& gains) {
 void ShowAlgorithm() {
   std::cout << "\nAn algorithm, and tree statistics\n\n";
   // [use an algorithm]
-  HandBuiltTree handBuilt(PenguinSettings(), BuildPenguinTree());
+  hand_built::HandBuiltTree handBuilt(PenguinSettings(), BuildPenguinTree());
   tree::TreeAlgorithm& algorithm = handBuilt;
   if (!algorithm.Grow()) PrintFailure(algorithm);
 
@@ -118,7 +118,7 @@ void ShowAlteredPriors() {
 
 void ShowGains() {
   std::cout << "\nGains\n\n";
-  HandBuiltTree const algorithm(PenguinSettings(), BuildPenguinTree());
+  hand_built::HandBuiltTree const algorithm(PenguinSettings(), BuildPenguinTree());
   // [gains settings]
   tree::GainsSettings settings;
   settings.SetTargetCategory(kChinstrap);

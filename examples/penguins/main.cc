@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "penguins/handmade_tree_algorithm.h"
+#include "hand_built/hand_built_tree.h"
 #include "penguins/penguin_settings.h"
 #include "penguins/penguin_table.h"
 #include "penguins/penguin_tree.h"
@@ -39,7 +39,7 @@ void Run(std::string const& file) {
   penguins::PenguinTable const table = penguins::ReadPenguins(file);
   for (std::string const& remark : table.remarks) std::cerr << remark << '\n';
   tree::CCartSettingsImp const settings = penguins::MakeSettings(table.penguins);
-  penguins::HandmadeTreeAlgorithm algorithm(CountedTree(table.penguins), settings);
+  hand_built::HandBuiltTree algorithm(settings, CountedTree(table.penguins));
   tree::NodeImp const& root = *algorithm.GetTree();
 
   penguins::PrintData(std::cout, file, table.penguins);

@@ -8,7 +8,7 @@
 #include <string_view>
 #include <vector>
 
-#include "penguins/gains_table.h"
+#include "hand_built/gains_table.h"
 #include "penguins/number_text.h"
 #include "penguins/penguin_table.h"
 #include "tree/misclassification.h"
@@ -143,8 +143,8 @@ void PrintGains(std::ostream& out, tree::TreeAlgorithmBase const& algorithm, int
     for (int other = 0; other < kNumSpecies; ++other) {
       out << std::setw(kNameWidth) << Percent(100.0 * classes.GetClassPercent(other));
     }
-    out << std::setw(6) << Short(table->GetValue(row, kGain)) << std::setw(9)
-        << Percent(table->GetValue(row, kGainPercent)) << '\n';
+    out << std::setw(6) << Short(table->GetValue(row, hand_built::kGain)) << std::setw(9)
+        << Percent(table->GetValue(row, hand_built::kGainPercent)) << '\n';
   }
 }
 

@@ -1,5 +1,5 @@
-#ifndef TREE_EXAMPLES_GUIDE_GAINS_TABLE_H_
-#define TREE_EXAMPLES_GUIDE_GAINS_TABLE_H_
+#ifndef TREE_EXAMPLES_HAND_BUILT_GAINS_TABLE_H_
+#define TREE_EXAMPLES_HAND_BUILT_GAINS_TABLE_H_
 
 #include <array>
 #include <memory>
@@ -7,7 +7,7 @@
 
 #include "tree/results.h"
 
-namespace guide {
+namespace hand_built {
 
 /// The columns of the table.
 enum Column : int {
@@ -51,6 +51,6 @@ class NodeGains final : public tree::GainsIntf {
   std::vector<Row> rows_;
 };
 
-}  // namespace guide
+}  // namespace hand_built
 
-#endif  // TREE_EXAMPLES_GUIDE_GAINS_TABLE_H_
+#endif  // TREE_EXAMPLES_HAND_BUILT_GAINS_TABLE_H_

@@ -1,5 +1,5 @@
-#ifndef TREE_EXAMPLES_GUIDE_HAND_BUILT_TREE_H_
-#define TREE_EXAMPLES_GUIDE_HAND_BUILT_TREE_H_
+#ifndef TREE_EXAMPLES_HAND_BUILT_HAND_BUILT_TREE_H_
+#define TREE_EXAMPLES_HAND_BUILT_HAND_BUILT_TREE_H_
 
 #include <array>
 #include <memory>
@@ -8,7 +8,7 @@
 
 #include "tree/results.h"
 
-namespace guide {
+namespace hand_built {
 
 /// A classification tree that somebody built, behind the interface of growing algorithms: it can be
 /// looked at, validated, pruned by hand and routed through. There are no cases behind it, so
@@ -35,8 +35,8 @@ class HandBuiltTree final : public tree::TreeAlgorithm {
   bool PruneNode(unsigned int nodeId) noexcept override;
   bool Prune() noexcept override;
   bool GetPruningSequence(std::vector<tree::PruningStep>* steps) noexcept override;
-  /// By the training or the test sample, with the settings' costs, the priors being those of the
-  /// sample.
+  /// By the training or the test sample, with the settings' costs, and the settings' priors where
+  /// they are custom; else those of the sample.
   bool Validate() noexcept override;
   bool SetTree(tree::NodeImp* root) noexcept override;
   tree::NodeImp const* GetTree() const noexcept override;
@@ -55,6 +55,7 @@ class HandBuiltTree final : public tree::TreeAlgorithm {
 
   tree::NodeImp* NodeToChange(unsigned int id);
   double CostOf(int predicted, int observed) const;
+  std::vector<double> WeightsOfClasses(tree::ClsInfo const& sample) const;
   bool MeasureRisk(tree::DataSample sample, tree::ValidationType validation);
 
   tree::CCartSettingsImp settings_;
@@ -65,6 +66,6 @@ class HandBuiltTree final : public tree::TreeAlgorithm {
   std::array<char, 200> message_ = {};  // of fixed size: a failure never needs memory
 };
 
-}  // namespace guide
+}  // namespace hand_built
 
-#endif  // TREE_EXAMPLES_GUIDE_HAND_BUILT_TREE_H_
+#endif  // TREE_EXAMPLES_HAND_BUILT_HAND_BUILT_TREE_H_

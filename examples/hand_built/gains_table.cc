@@ -1,4 +1,4 @@
-#include "guide/gains_table.h"
+#include "hand_built/gains_table.h"
 
 #include <algorithm>
 #include <cstddef>
@@ -6,7 +6,7 @@
 #include "tree/nodes.h"
 #include "tree/support.h"
 
-namespace guide {
+namespace hand_built {
 namespace {
 
 using Nodes = std::vector<tree::Node const*>;
@@ -124,4 +124,4 @@ double NodeGains::GetValue(int row, int column) const {
 
 tree::GainsIntf* NodeGains::Clone() const { return new NodeGains(*this); }
 
-}  // namespace guide
+}  // namespace hand_built

@@ -1,16 +1,17 @@
-#include "guide/hand_built_tree.h"
+#include "hand_built/hand_built_tree.h"
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <cstdio>
 #include <new>
 #include <utility>
 
-#include "guide/gains_table.h"
+#include "hand_built/gains_table.h"
 #include "tree/nodes.h"
 #include "tree/settings.h"
 
-namespace guide {
+namespace hand_built {
 
 HandBuiltTree::HandBuiltTree(tree::CCartSettingsImp const& settings,
                              std::unique_ptr<tree::NodeImp> root)
@@ -185,9 +186,6 @@ bool HandBuiltTree::Validate() noexcept {
   if (validation == tree::ValidationCrossValidation) {
     return Fail(tree::FailureNoData, "cross-validation grows trees, and there are no cases");
   }
-  if (settings_.GetPriors()->GetType() == tree::PriorTypeCustom) {
-    return Fail(tree::FailureInvalidSettings, "priors other than the sample's are not supported");
-  }
   auto const sample =
       validation == tree::ValidationSplitSample ? tree::TestSample : tree::TrainingSample;
   if (root_->GetClsInfo(sample) == nullptr || root_->GetNodeSize(sample) == 0.0) {
@@ -211,10 +209,30 @@ bool HandBuiltTree::GoOn(double fraction) noexcept {
 }
 // [progress]
 
-/// The risk is the mean cost of a case, and its standard error that of a mean.
+/// How much a case of each class weighs. Where the settings define priors it is the prior of the
+/// class over its share of the sample, else 1.
+std::vector<double> HandBuiltTree::WeightsOfClasses(tree::ClsInfo const& sample) const {
+  tree::Priors const& priors = *settings_.GetPriors();
+  std::vector<double> weights(static_cast<std::size_t>(sample.GetNumClasses()), 1.0);
+  if (priors.GetType() != tree::PriorTypeCustom) return weights;
+  double sum = 0.0;
+  for (int index = 0; index < sample.GetNumClasses(); ++index) sum += priors.Get(index);
+  for (int index = 0; index < sample.GetNumClasses(); ++index) {
+    double const share = sample.GetClassPercent(index);
+    weights[static_cast<std::size_t>(index)] =
+        share > 0.0 && sum > 0.0 ? priors.Get(index) / sum / share : 0.0;
+  }
+  return weights;
+}
+
+/// The risk is the mean cost of a weighted case, and its standard error that of a mean. If all
+/// cases weigh 1 and all mistakes cost 1 it is sqrt(r (1 - r) / n), as given for a test sample by
+/// Breiman, Friedman, Olshen and Stone 1984; on the cases that the tree was made from, both are too
+/// small.
 // [validate]
 bool HandBuiltTree::MeasureRisk(tree::DataSample sample, tree::ValidationType validation) {
   double const size = root_->GetNodeSize(sample);
+  std::vector<double> const weights = WeightsOfClasses(*root_->GetClsInfo(sample));
   double sum = 0.0;
   double sumOfSquares = 0.0;
   double done = 0.0;
@@ -225,7 +243,8 @@ bool HandBuiltTree::MeasureRisk(tree::DataSample sample, tree::ValidationType va
     tree::ClsInfo const* const classes = node->GetClsInfo(sample);
     if (classes == nullptr) return FailAt(node->GetId(), tree::FailureNoData, "has no counts");
     for (int observed = 0; observed < classes->GetNumClasses(); ++observed) {
-      double const cost = CostOf(classes->GetPrediction(), observed);
+      double const cost =
+          weights[static_cast<std::size_t>(observed)] * CostOf(classes->GetPrediction(), observed);
       sum += cost * classes->GetClassCount(observed);
       sumOfSquares += cost * cost * classes->GetClassCount(observed);
     }
@@ -240,6 +259,7 @@ bool HandBuiltTree::MeasureRisk(tree::DataSample sample, tree::ValidationType va
 // [validate]
 
 bool HandBuiltTree::SetTree(tree::NodeImp* root) noexcept {
+  if (root == root_.get()) return Succeed();
   std::unique_ptr<tree::NodeImp> taken(root);
   if (taken != nullptr && taken->GetClsInfo(tree::TrainingSample) == nullptr) {
     return Fail(tree::FailureInvalidArgument, "this is no classification tree");
@@ -255,4 +275,4 @@ void HandBuiltTree::SetProgressListener(tree::ProgressListener* listener) noexce
   listener_ = listener;
 }
 
-}  // namespace guide
+}  // namespace hand_built
