@@ -34,7 +34,15 @@ std::array const kAwkward = {Limits::quiet_NaN(),
                              4e9,
                              0x1p53};
 
+// The bytes below twice this number stand for numbers of a grid around 0, those after them for the
+// awkward ones.
+constexpr int kGrid = 32;
 constexpr int kRawBytes = 255;
+
+using IntLimits = std::numeric_limits<int>;
+
+std::array const kAwkwardIntegers = {IntLimits::min(),     IntLimits::max(), IntLimits::min() + 1,
+                                     IntLimits::max() - 1, -1000000,         1000000};
 
 }  // namespace
 
@@ -48,7 +56,6 @@ std::uint8_t Choices::Next() {
 int Choices::Below(int count) { return count < 2 ? 0 : Next() % count; }
 
 double Choices::Value() {
-  constexpr int kGrid = 32;
   int const choice = Next();
   if (choice == kRawBytes) {
     std::uint64_t bits = 0;
@@ -65,6 +72,15 @@ double Choices::Value() {
 double Choices::Number() {
   double const value = Value();
   return std::isnan(value) ? 0.0 : value;
+}
+
+int Choices::Integer() {
+  int const choice = Next();
+  int const awkward = choice - 2 * kGrid;
+  if (awkward >= 0 && static_cast<std::size_t>(awkward) < kAwkwardIntegers.size()) {
+    return kAwkwardIntegers[static_cast<std::size_t>(awkward)];
+  }
+  return choice % kGrid - kGrid / 4;
 }
 
 std::vector<int> Choices::Permutation(int count) {

@@ -25,6 +25,8 @@ class Choices {
   double Value();
   /// As `Value()`, but never NaN.
   double Number();
+  /// An int that tends to be awkward: the limits, or one of a few around 0.
+  int Integer();
   /// A permutation of 0 to `count` - 1.
   std::vector<int> Permutation(int count);
 

@@ -22,6 +22,18 @@ void RunClassDistributions(Choices choices);
 void RunRegressionStatistics(Choices choices);
 void RunPredictorSummaries(Choices choices);
 void RunTree(Choices choices);
+void RunCosts(Choices choices);
+void RunPriors(Choices choices);
+void RunScores(Choices choices);
+void RunCoreSettings(Choices choices);
+void RunStopRules(Choices choices);
+void RunValidationSpecs(Choices choices);
+void RunPruningSpecs(Choices choices);
+void RunSettings(Choices choices);
+void RunTreeStatistics(Choices choices);
+void RunCumulativeNodes(Choices choices);
+void RunGainsSettings(Choices choices);
+void RunGainsSettingsHandles(Choices choices);
 
 }  // namespace tree::testing
 

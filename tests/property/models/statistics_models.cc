@@ -1,9 +1,9 @@
 #include "property/models/statistics_models.h"
 
 #include <iterator>
-#include <memory>
 
 #include "property/models/agree.h"
+#include "property/models/pair_sequence.h"
 #include "property/models/sequences.h"
 
 namespace tree::testing {
@@ -20,33 +20,6 @@ bool IsSingleFlag(unsigned int flag) {
     if (flag == single) return true;
   }
   return false;
-}
-
-/// Two objects of one class, changed, copied and compared in turn.
-template <class Imp, class Model, class Copy, class Equals>
-void RunPair(Choices& choices, Copy copied, Equals equals) {
-  std::vector<std::unique_ptr<Imp>> objects;
-  objects.push_back(std::make_unique<Imp>());
-  objects.push_back(std::make_unique<Imp>());
-  std::vector<Model> models(2);
-  while (choices.Any()) {
-    auto const which = static_cast<std::size_t>(choices.Below(2));
-    auto const from = static_cast<std::size_t>(choices.Below(2));
-    int const operation = choices.Below(12);
-    if (operation == 1) {
-      *objects[which] = *objects[from];
-      if (which != from) models[which] = copied(models[from]);
-    } else if (operation == 2) {
-      objects[which] = std::make_unique<Imp>(*objects[from]);
-      models[which] = copied(models[from]);
-    } else {
-      Change(*objects[which], models[which], choices);
-    }
-    for (std::size_t each : {0U, 1U}) {
-      Check(*objects[each], models[each]);
-      Agree("operator==", *objects[0] == *objects[each], equals(models[0], models[each]));
-    }
-  }
 }
 
 }  // namespace
@@ -254,22 +227,10 @@ void Check(PredictorImp const& summary, PredictorModel const& model) {
   }
 }
 
-void RunClassDistributions(Choices choices) {
-  RunPair<ClsInfoImp, ClassModel>(
-      choices, [](ClassModel const& model) { return model; },
-      [](ClassModel const& a, ClassModel const& b) { return a == b; });
-}
+void RunClassDistributions(Choices choices) { RunPair<ClsInfoImp, ClassModel>(choices); }
 
-void RunRegressionStatistics(Choices choices) {
-  RunPair<RegInfoImp, RegressionModel>(
-      choices, [](RegressionModel const& model) { return model.Copy(); },
-      [](RegressionModel const& a, RegressionModel const& b) { return a.Equals(b); });
-}
+void RunRegressionStatistics(Choices choices) { RunPair<RegInfoImp, RegressionModel>(choices); }
 
-void RunPredictorSummaries(Choices choices) {
-  RunPair<PredictorImp, PredictorModel>(
-      choices, [](PredictorModel const& model) { return model; },
-      [](PredictorModel const& a, PredictorModel const& b) { return a == b; });
-}
+void RunPredictorSummaries(Choices choices) { RunPair<PredictorImp, PredictorModel>(choices); }
 
 }  // namespace tree::testing

@@ -211,6 +211,16 @@ std::vector<double> ChooseCase(Choices& choices) {
   return values;
 }
 
+void AddChildren(NodePair place, int numChildren) {
+  auto const [node, model] = place;
+  node->SetNumChildren(numChildren);
+  for (int position = 0; position < numChildren; ++position) {
+    node->SetChild(static_cast<unsigned int>(position), new NodeImp);
+    model->children.push_back(std::make_unique<NodeModel>());
+    model->children.back()->parent = model;
+  }
+}
+
 void Split(NodePair place, int numChildren, bool withDumbChild, Choices& choices) {
   auto const [node, model] = place;
   node->RemoveChildren(true);
@@ -232,12 +242,13 @@ void Split(NodePair place, int numChildren, bool withDumbChild, Choices& choices
     model->surrogates.push_back(ChooseRule(choices, kNumPredictors, numChildren, false));
     node->SetSurrogate(position, model->surrogates.back()->Build().release());
   }
-  node->SetNumChildren(numChildren);
-  for (int position = 0; position < numChildren; ++position) {
-    node->SetChild(static_cast<unsigned int>(position), new NodeImp);
-    model->children.push_back(std::make_unique<NodeModel>());
-    model->children.back()->parent = model;
-  }
+  AddChildren(place, numChildren);
+}
+
+NodePair ChooseTerminal(TreePair const& tree, Choices& choices) {
+  std::vector<NodePair> terminals = tree.Nodes();
+  std::erase_if(terminals, [](NodePair const& pair) { return !pair.model->children.empty(); });
+  return Choose(terminals, choices);
 }
 
 TreePair ChooseTree(Choices& choices, int maxNodes, bool withDumbChild) {
@@ -245,9 +256,7 @@ TreePair ChooseTree(Choices& choices, int maxNodes, bool withDumbChild) {
   do {
     int const numChildren = 1 + choices.Below(4);
     if (tree.model->Size() + numChildren > maxNodes) break;
-    std::vector<NodePair> terminals = tree.Nodes();
-    std::erase_if(terminals, [](NodePair const& pair) { return !pair.model->children.empty(); });
-    Split(Choose(terminals, choices), numChildren, withDumbChild, choices);
+    Split(ChooseTerminal(tree, choices), numChildren, withDumbChild, choices);
   } while (choices.Below(8) != 0);
   unsigned int id = 0;
   for (NodePair const& pair : tree.Nodes()) {

@@ -64,9 +64,15 @@ struct TreePair {
 /// A case: one value per predictor.
 std::vector<double> ChooseCase(Choices& choices);
 
+/// Gives the terminal node `place` terminal children, but no rules to tell them apart.
+void AddChildren(NodePair place, int numChildren);
+
 /// Makes `place` a node with `numChildren` terminal children, with a chosen primary rule and chosen
 /// surrogates. What it had below it before is deleted.
 void Split(NodePair place, int numChildren, bool withDumbChild, Choices& choices);
+
+/// One of the terminal nodes.
+NodePair ChooseTerminal(TreePair const& tree, Choices& choices);
 
 /// A tree of at most `maxNodes` nodes, ids in order of creation.
 TreePair ChooseTree(Choices& choices, int maxNodes, bool withDumbChild);

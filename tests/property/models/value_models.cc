@@ -15,6 +15,34 @@ constexpr double kTolerance = 1e-12;
 
 }  // namespace
 
+void Change(VariableSettings& variable, VariableModel& model, Choices& choices) {
+  switch (choices.Below(4)) {
+    case 0:
+      model.missingValue = choices.Value();
+      variable.SetMissingValue(model.missingValue);
+      break;
+    case 1:
+      model.numValues = choices.Integer();
+      variable.SetNumValues(model.numValues);
+      break;
+    case 2:
+      model.level = choices.Flag() ? choices.Below(3) : choices.Integer();
+      variable.SetMeasurementLevel(static_cast<global::MeasurementLevel>(model.level));
+      break;
+    default:
+      model.mergeFlag = choices.Flag();
+      variable.SetValueMergeFlag(model.mergeFlag);
+      break;
+  }
+}
+
+void Check(VariableSettings const& variable, VariableModel const& model) {
+  Agree("GetMissingValue", variable.GetMissingValue(), model.missingValue);
+  Agree("GetNumValues", variable.GetNumValues(), model.numValues);
+  Agree("GetMeasurementLevel", static_cast<int>(variable.GetMeasurementLevel()), model.level);
+  Agree("GetValueMergeFlag", variable.GetValueMergeFlag(), model.mergeFlag);
+}
+
 std::int64_t Truncated(double value) {
   constexpr std::int64_t kLowest = std::numeric_limits<std::int32_t>::min();
   constexpr std::int64_t kHighest = std::numeric_limits<std::int32_t>::max();

@@ -1,16 +1,31 @@
 #ifndef TREE_TESTS_PROPERTY_MODELS_VALUE_MODELS_H_
 #define TREE_TESTS_PROPERTY_MODELS_VALUE_MODELS_H_
 
-// Slow, obvious counterparts of the value sets.
+// Slow, obvious counterparts of variables and value sets.
 
 #include <cstdint>
 #include <set>
 #include <vector>
 
 #include "property/models/choices.h"
+#include "tree/support.h"
 #include "tree/values.h"
 
 namespace tree::testing {
+
+/// A variable as four plain fields.
+struct VariableModel {
+  double missingValue = systemMissingValue();
+  int numValues = 0;
+  int level = global::MeasurementContinuous;
+  bool mergeFlag = true;
+};
+
+/// Applies one chosen operation to both.
+void Change(VariableSettings& variable, VariableModel& model, Choices& choices);
+
+/// Throws unless everything that can be read is as in `model`.
+void Check(VariableSettings const& variable, VariableModel const& model);
 
 /// `value` truncated toward zero, by wide arithmetic; the most negative 32-bit integer for NaN and
 /// whatever does not fit.

@@ -1,77 +1,14 @@
-#include <memory>
 #include <vector>
 
 #include "property/models/agree.h"
+#include "property/models/pair_sequence.h"
 #include "property/models/sequences.h"
 #include "property/models/value_models.h"
-#include "tree/support.h"
 #include "tree/values.h"
 
 namespace tree::testing {
 
-namespace {
-
-struct VariableModel {
-  double missingValue = systemMissingValue();
-  int numValues = 0;
-  int level = global::MeasurementContinuous;
-  bool mergeFlag = true;
-};
-
-void Check(VariableSettings const& variable, VariableModel const& model) {
-  Agree("GetMissingValue", variable.GetMissingValue(), model.missingValue);
-  Agree("GetNumValues", variable.GetNumValues(), model.numValues);
-  Agree("GetMeasurementLevel", static_cast<int>(variable.GetMeasurementLevel()), model.level);
-  Agree("GetValueMergeFlag", variable.GetValueMergeFlag(), model.mergeFlag);
-}
-
-}  // namespace
-
-void RunVariableSettings(Choices choices) {
-  auto variable = std::make_unique<VariableSettingsImp>();
-  VariableSettingsImp other;
-  VariableModel model, otherModel;
-
-  while (choices.Any()) {
-    int const operation = choices.Below(7);
-    double const value = choices.Value();
-    int const number = choices.Below(20) - 10;
-    switch (operation) {
-      case 0:
-        variable->SetMissingValue(value);
-        model.missingValue = value;
-        break;
-      case 1:
-        variable->SetNumValues(number);
-        model.numValues = number;
-        break;
-      case 2:
-        variable->SetMeasurementLevel(static_cast<global::MeasurementLevel>(number));
-        model.level = number;
-        break;
-      case 3:
-        variable->SetValueMergeFlag(number > 0);
-        model.mergeFlag = number > 0;
-        break;
-      case 4: {
-        std::unique_ptr<VariableSettings> const clone(variable->Clone());
-        Check(*clone, model);
-        clone->SetNumValues(model.numValues + 1);
-        break;
-      }
-      case 5:
-        other = *variable;
-        otherModel = model;
-        break;
-      default:
-        variable = std::make_unique<VariableSettingsImp>(other);
-        model = otherModel;
-        break;
-    }
-    Check(*variable, model);
-    Check(other, otherModel);
-  }
-}
+void RunVariableSettings(Choices choices) { RunPair<VariableSettingsImp, VariableModel>(choices); }
 
 void RunIntervals(Choices choices) {
   std::vector<OValueSet> intervals(2);
