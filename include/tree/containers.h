@@ -1,14 +1,15 @@
 #ifndef TREE_CONTAINERS_H_
 #define TREE_CONTAINERS_H_
 
-// The containers on which the data model keeps its numbers and lists: `TArray` and `TMatrix`, which
-// own plain values, and the `MCTree` array interfaces, through which settings hand out lists of
-// pointers that they own elsewhere. They are thin on purpose: no bounds checks in release builds,
-// growth to exactly the size asked for, and allocation failures reported as `bool`.
-//
-// Storage is never read before it is written: every new element is zero, spare capacity included.
-// Threads: concurrent reads of an unchanged container are safe; the writable index operator of
-// `TArray` is a write.
+/// @file
+/// The containers on which the data model keeps its numbers and lists: `TArray` and `TMatrix`,
+/// which own plain values, and the `MCTree` array interfaces, through which settings hand out lists
+/// of pointers that they own elsewhere. They are thin on purpose: no bounds checks in release
+/// builds, growth to exactly the size asked for, and allocation failures reported as `bool`.
+///
+/// Storage is never read before it is written: every new element is zero, spare capacity included.
+/// Threads: concurrent reads of an unchanged container are safe; the writable index operator of
+/// `TArray` is a write.
 
 #include <algorithm>
 #include <cstddef>
@@ -23,7 +24,8 @@
 #include "tree/assertions.h"
 #include "tree/export.h"
 
-/// A growable one-dimensional array of plain values, indexed from 0.
+/// A growable one-dimensional array of plain values, indexed from 0. References to elements are
+/// **borrowed** until the array grows, is cleared or destroyed.
 /// Invariant: 0 <= size <= capacity, as long as callers keep to the capacity.
 template <class T>
 class TREE_API TArray {
@@ -41,9 +43,12 @@ class TREE_API TArray {
   TArray& operator=(TArray const& other);
 
   /// Takes over the storage; `other` is left empty. An assignment keeps its own flag.
+  ///@{
   TArray(TArray&& other) noexcept;
   TArray& operator=(TArray&& other) noexcept;
+  ///@}
 
+  /// Frees the storage.
   ~TArray();
 
   /// Number of elements in use: one more than the highest index written or reached for writing.
@@ -74,7 +79,8 @@ class TREE_API TArray {
   bool Init(int count);
 
   /// Moves the elements to a new block of exactly `count`, the rest of it zero; false, changing
-  /// nothing, when the allocation fails. Linear in the capacity.
+  /// nothing, when the allocation fails or `count` is negative. A block below the old capacity
+  /// keeps what fits, and its size becomes `count`. Linear in the capacity.
   bool Grow(int count);
 
   /// Sets the size to `count`: dropped elements become zero and the capacity stays, new elements
@@ -103,6 +109,7 @@ class TREE_API TArray {
 };
 
 /// A growable two-dimensional array of plain values, row-major, rows and columns indexed from 0.
+/// References to cells are **borrowed** until the matrix grows, is cleared or destroyed.
 /// Rows and columns count as used once a cell in them, or beyond them, has been set.
 template <class T>
 class TREE_API TMatrix {
@@ -118,9 +125,12 @@ class TREE_API TMatrix {
   TMatrix& operator=(TMatrix const& other);
 
   /// Takes over the storage; `other` is left empty. An assignment keeps its own flag.
+  ///@{
   TMatrix(TMatrix&& other) noexcept;
   TMatrix& operator=(TMatrix&& other) noexcept;
+  ///@}
 
+  /// Frees the storage.
   ~TMatrix();
 
   /// Number of used rows.
@@ -170,6 +180,7 @@ class TREE_API TMatrix {
   bool zeroFill_;
 };
 
+/// Interfaces of lists and iterators, and a list over a standard vector.
 namespace MCTree {
 
 /// A list that can be read, indexed from 0.
@@ -178,9 +189,10 @@ class TREE_API AArrayRO {
  public:
   virtual ~AArrayRO() = default;
 
+  /// Number of elements.
   virtual int GetNumElements() const = 0;
 
-  /// Element `index`. Requires 0 <= index < GetNumElements().
+  /// Element `index`. **Borrowed** until the list changes. Requires 0 <= index < GetNumElements().
   virtual T const& operator[](int index) const = 0;
 };
 
@@ -196,10 +208,12 @@ class TREE_API AArrayRW : public AArrayRO<T> {
   /// Drops all elements. Pointers are dropped, not deleted: their owner deletes the objects.
   virtual void Clear() = 0;
 
-  /// Element `index` for writing. Requires 0 <= index < GetNumElements().
+  /// Element `index` for writing. **Borrowed** until the list changes. Requires 0 <= index <
+  /// GetNumElements().
   virtual T& operator[](int index) = 0;
 
-  /// Replaces element `index`. Requires 0 <= index < GetNumElements().
+  /// Replaces element `index` by a copy of `element`; a pointer that was there is dropped, not
+  /// deleted. Requires 0 <= index < GetNumElements().
   virtual void SetAt(int index, T& element) = 0;
 };
 
@@ -207,9 +221,14 @@ class TREE_API AArrayRW : public AArrayRO<T> {
 template <class T>
 class TREE_API ArrayRW : public AArrayRW<T> {
  public:
+  /// An empty list.
   ArrayRW() = default;
+  /// Copies the elements; of pointers, not the objects that they point to.
+  ///@{
   ArrayRW(ArrayRW const& other) = default;
   ArrayRW& operator=(ArrayRW const& other) = default;
+  ///@}
+  /// Drops all elements, as `Clear` does.
   ~ArrayRW() override { elements_.clear(); }
 
   int GetNumElements() const override { return static_cast<int>(elements_.size()); }
@@ -221,7 +240,7 @@ class TREE_API ArrayRW : public AArrayRW<T> {
     elements_[Checked("ArrayRW::SetAt", index)] = element;
   }
 
-  /// Element `index`. Requires 0 <= index < GetNumElements().
+  /// Element `index`, as the read operator gives it. Requires 0 <= index < GetNumElements().
   virtual T const& GetAt(int index) const { return elements_[Checked("ArrayRW::GetAt", index)]; }
 
  private:

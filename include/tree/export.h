@@ -1,9 +1,11 @@
 #ifndef TREE_EXPORT_H_
 #define TREE_EXPORT_H_
 
-// TREE_API marks what the shared library exports: whole public classes, whose virtual tables and
-// type information travel with them, and free functions. Everything else is hidden.
+/// @file
+/// TREE_API marks what the shared library exports: whole public classes, whose virtual tables and
+/// type information travel with them, and free functions. Everything else is hidden.
 
+/// Exports a class or a free function from the shared library.
 #if defined(__GNUC__)
 #define TREE_API __attribute__((visibility("default")))
 #else

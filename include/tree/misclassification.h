@@ -1,11 +1,12 @@
 #ifndef TREE_MISCLASSIFICATION_H_
 #define TREE_MISCLASSIFICATION_H_
 
-// The misclassification model of classification trees: prior probabilities of the target's classes
-// (`Priors`), the costs of taking one class for another (`Cost`), and scores of the categories of
-// an ordinal target (`Scores`). Each is an interface with one implementation; settings own one of
-// each and hand it out. Classes are indexed from 0.
-// Threads: concurrent const operations on an unchanged object are safe.
+/// @file
+/// The misclassification model of classification trees: prior probabilities of the target's classes
+/// (`Priors`), the costs of taking one class for another (`Cost`), and scores of the categories of
+/// an ordinal target (`Scores`). Each is an interface with one implementation; settings own one of
+/// each and hand it out. Classes are indexed from 0.
+/// Threads: concurrent const operations on an unchanged object are safe.
 
 #include <memory>
 #include <vector>
@@ -21,16 +22,20 @@ enum CostType : int {
   CostTypeCustom = 1,   ///< at least one cell was set
 };
 
-/// A square matrix of misclassification costs between classes. Priors sum its columns, so the
-/// column is the class whose prior a cost raises.
+/// A square matrix of misclassification costs between classes, both indexed from 0, in any one
+/// unit. Priors sum its columns, so the column is the class whose prior a cost raises.
 class TREE_API Cost {
  public:
+  /// An interface holds no data: nothing is copied.
+  ///@{
   Cost();
   Cost(Cost const& other);
+  ///@}
 
   virtual ~Cost();
   /// A deep copy. **New**: the caller deletes it.
   virtual Cost* Clone() const = 0;
+  /// Number of classes that have costs: the rows, and the columns, of the matrix.
   virtual int GetNumClasses() const = 0;
   /// The cost in cell (row, column); -1.0, which no valid cost can be, outside the matrix. A matrix
   /// is as large as it has been made: new costs have no cells, and setting cell (0, 1) makes 2 x 2
@@ -41,18 +46,20 @@ class TREE_API Cost {
   /// Whether every cost off the diagonal is 1, with an absolute tolerance of 1e-12. An empty matrix
   /// is default.
   virtual bool IsDefault() const = 0;
+  /// How the costs came about.
   virtual CostType GetType() const = 0;
-  /// Goes back to the default matrix of the same size. Refuses every type but `CostTypeDefault`,
-  /// and that too when it is the present type.
+  /// Goes back to the default matrix of the same size, and returns true. Refuses every type but
+  /// `CostTypeDefault`, and that too when it is the present type.
   virtual bool Set(CostType type) = 0;
-  /// Sets a cell and makes the costs custom; the matrix grows as needed, by the default pattern.
-  /// Refuses a negative index, a cost that is negative or NaN, and one other than 0 on the
-  /// diagonal.
+  /// Sets a cell, makes the costs custom, and returns true; the matrix grows as needed, by the
+  /// default pattern. Refuses a negative index, a cost that is negative or NaN, one other than 0 on
+  /// the diagonal, and growth that cannot be allocated.
   virtual bool Set(int row, int column, double cost) = 0;
   /// The same as `Set`.
   virtual bool SetAt(int row, int column, double cost);
 
  protected:
+  /// For derived classes; copies nothing.
   Cost& operator=(Cost const& other) = default;
 };
 
@@ -61,14 +68,17 @@ class TREE_API CostImp : public Cost {
  public:
   /// Selects one of the two matrices.
   enum CostMatrix : int {
-    CostMatrixMain = 0,
+    CostMatrixMain = 0,       ///< the costs that every other operation means
     CostMatrixSecondary = 1,  ///< filled by `SetDefault` alone
   };
 
   /// Both matrices empty, type default.
   CostImp();
+  /// Copies both matrices and the type.
+  ///@{
   CostImp(CostImp const& other);
   CostImp& operator=(CostImp const& other);
+  ///@}
 
   ~CostImp() override;
   Cost* Clone() const override;
@@ -79,7 +89,8 @@ class TREE_API CostImp : public Cost {
   bool Set(CostType type) override;
   bool Set(int row, int column, double cost) override;
 
-  /// As `Set` of a cell, but leaves the type alone.
+  /// Sets a cell and returns true, with the growth and the refusals of `Set`, but leaves the type
+  /// alone.
   bool SetImp(int row, int column, double cost);
   /// Makes the selected matrix the default one for `count` classes; a negative count leaves it as
   /// it is. Selecting the main one makes the type default, whatever the count.
@@ -103,21 +114,23 @@ class TREE_API CostImp : public Cost {
 /// How prior probabilities are obtained; what the first two stand for is the growing algorithm's
 /// convention.
 enum PriorType : int {
-  PriorTypeDefault = 0,
-  PriorTypeAlternate = 1,
-  PriorTypeCustom = 2,  ///< set by setting a single prior, and in no other way
+  PriorTypeDefault = 0,    ///< type of new priors
+  PriorTypeAlternate = 1,  ///< the other type that can be chosen
+  PriorTypeCustom = 2,     ///< set by setting a single prior, and in no other way
 };
 
-/// Prior probabilities of the classes, with a version altered by misclassification costs, which
-/// `PriorsImp::ComputeAltered` computes.
+/// Prior probabilities of the classes, indexed from 0, with a version altered by misclassification
+/// costs, which `PriorsImp::ComputeAltered` computes.
 class TREE_API Priors {
  public:
   virtual ~Priors();
   /// A deep copy. **New**: the caller deletes it.
   virtual Priors* Clone() const = 0;
+  /// How the priors are obtained.
   virtual PriorType GetType() const = 0;
   /// Whether altered priors are wanted.
   virtual bool HasAlteredValues() const = 0;
+  /// Number of classes that have priors.
   virtual int GetNumClasses() const = 0;
   /// The prior of a class; 0.0 for an index out of range.
   virtual double Get(int index) const = 0;
@@ -126,10 +139,12 @@ class TREE_API Priors {
   virtual double GetAltered(int index) const = 0;
   /// Says whether altered priors are wanted; computes nothing.
   virtual void AlterValues(bool flag) = 0;
-  /// Sets one prior and makes the priors custom. Refuses a negative index and a value that is
-  /// negative or NaN.
+  /// Sets one prior, makes the priors custom, and returns true; new ones below it are 0, and
+  /// nothing is normed. Refuses a negative index, a value that is negative or NaN, and growth that
+  /// cannot be allocated.
   virtual bool Set(int index, double value) = 0;
-  /// Changes the type and drops all values. Refuses `PriorTypeCustom` and the present type.
+  /// Changes the type, drops all values, and returns true. Refuses `PriorTypeCustom` and the
+  /// present type.
   virtual bool Set(PriorType type) = 0;
 };
 
@@ -140,8 +155,8 @@ class TREE_API PriorsImp : public Priors {
  public:
   /// Selects one of the four vectors.
   enum PriorVector : int {
-    PriorVectorSpecified = 0,
-    PriorVectorAltered = 1,
+    PriorVectorSpecified = 0,       ///< the priors as they were set
+    PriorVectorAltered = 1,         ///< made by `ComputeAltered`
     PriorVectorAuxiliary = 2,       ///< altered in place along with the specified one
     PriorVectorAuxiliaryFixed = 3,  ///< never altered
   };
@@ -149,8 +164,10 @@ class TREE_API PriorsImp : public Priors {
   /// No values, type default, altered priors not wanted.
   PriorsImp();
   /// Copies as `Init` does.
+  ///@{
   PriorsImp(PriorsImp const& other);
   PriorsImp& operator=(PriorsImp const& other);
+  ///@}
 
   ~PriorsImp() override;
   Priors* Clone() const override;
@@ -163,27 +180,31 @@ class TREE_API PriorsImp : public Priors {
   bool Set(int index, double value) override;
   bool Set(PriorType type) override;
 
-  /// Takes over type, flag and all vectors of `other`.
+  /// Takes over type and flag of `other`, and copies of all its vectors.
   void Init(PriorsImp const& other);
   /// The highest vector up to `vector` that exists.
   PriorVector FindValidId(PriorVector vector) const;
   /// The vector; null when it does not exist or `vector` is none of the four. With `fallBack`, the
-  /// one that stands in for it. **Borrowed** until it is replaced.
+  /// one that stands in for it. **Borrowed** until it is replaced, or dropped by a change of type.
+  ///@{
   TArray<double>* GetVector(PriorVector vector, bool fallBack);
   TArray<double> const* GetVector(PriorVector vector, bool fallBack) const;
+  ///@}
   /// The value in the vector, or in the one that stands in for it; 0.0 for an index out of range.
   double Get(int index, PriorVector vector) const;
-  /// The values of the vector, or of the one that stands in for it. **Borrowed** until it changes.
+  /// The values of the vector, or of the one that stands in for it, by class index; null when it
+  /// holds none. **Borrowed** until it changes.
   double const* GetValues(PriorVector vector) const;
   /// Hands over an array (**taken** in every case; null removes an auxiliary vector; an array that
-  /// this object holds already stays where it is). The auxiliary
-  /// vector is replaced. Deliberate: an altered or an auxiliary fixed vector that exists stays, and
-  /// the array is released; so it is for the specified vector, which always exists.
+  /// this object holds already stays where it is). The auxiliary vector is replaced. Deliberate: an
+  /// altered or an auxiliary fixed vector that exists stays, and the array is deleted; so it is for
+  /// the specified vector, which always exists.
   void SetVector(PriorVector vector, TArray<double>* values);
-  /// Sets one value of a vector, which comes into being where needed. Refuses a negative index, a
-  /// value that is negative or NaN, and growth that cannot be allocated.
+  /// Sets one value of a vector, which comes into being where needed, and returns true. Refuses a
+  /// negative index, a value that is negative or NaN, and growth that cannot be allocated.
   bool Set(int index, double value, PriorVector vector);
-  /// Sets the number of specified priors; new ones are 0. Refuses the present number.
+  /// Sets the number of specified priors and returns true; new ones are 0, the other vectors stay.
+  /// Refuses the present number, a negative one, and growth that cannot be allocated.
   bool Resize(int count);
   /// Computes the altered priors, and alters the auxiliary vector if it exists; does nothing, which
   /// is fine, if they are not wanted. Deliberate: altered priors are computed once per definition
@@ -192,9 +213,10 @@ class TREE_API PriorsImp : public Priors {
   /// there are priors; a cell that it lacks weighs -1. Source: Breiman, Friedman, Olshen and Stone
   /// 1984, section 4.4, altered priors.
   bool ComputeAltered(Cost const& costs);
-  /// Puts into `destination` the vector p of `source`, weighted by the costs and normed to sum 1:
-  /// a[j] is proportional to p[j] times the sum of column j. Refuses a total that is not positive.
-  /// Costs the square of the number of classes.
+  /// Hands to `destination` (`SetVector`) the vector p of `source`, weighted by the costs and
+  /// normed to sum 1, and returns true: a[j] is proportional to p[j] times the sum of column j.
+  /// Refuses a total that is not positive, as that of a vector that does not exist. Costs the
+  /// square of the number of classes.
   bool AlterPriorVector(PriorVector destination, PriorVector source, Cost const& costs);
 
  private:
@@ -216,27 +238,33 @@ enum ScoreType : int {
   ScoreTypeCustom = 1,   ///< at least one score was set
 };
 
-/// One score per category of an ordinal target.
+/// One score per category of an ordinal target, indexed from 0.
 class TREE_API Scores {
  public:
+  /// An interface holds no data: nothing is copied.
+  ///@{
   Scores();
   Scores(Scores const& other);
+  ///@}
 
   virtual ~Scores();
   /// A deep copy. **New**: the caller deletes it.
   virtual Scores* Clone() const = 0;
+  /// Number of categories that have scores.
   virtual int GetNumClasses() const = 0;
+  /// How the scores came about.
   virtual ScoreType GetType() const = 0;
   /// The score of a category; `systemMissingValue()` for an index out of range.
   virtual double Get(int index) const = 0;
-  /// Gives every category its default score. Refuses every type but `ScoreTypeDefault`, which may
-  /// be repeated.
+  /// Gives every category its default score and returns true. Refuses every type but
+  /// `ScoreTypeDefault`, which may be repeated.
   virtual bool Set(ScoreType type) = 0;
-  /// Sets one score, any value, and makes the scores custom; missing ones below it become 0.
-  /// Refuses a negative index.
+  /// Sets one score, any value, makes the scores custom, and returns true; missing ones below it
+  /// become 0. Refuses a negative index.
   virtual bool Set(int index, double score) = 0;
 
  protected:
+  /// For derived classes; copies nothing.
   Scores& operator=(Scores const& other) = default;
 };
 
@@ -245,8 +273,11 @@ class TREE_API ScoresImp : public Scores {
  public:
   /// No scores, type default.
   ScoresImp();
+  /// Copies the scores and the type.
+  ///@{
   ScoresImp(ScoresImp const& other);
   ScoresImp& operator=(ScoresImp const& other);
+  ///@}
 
   ~ScoresImp() override;
   Scores* Clone() const override;

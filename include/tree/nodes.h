@@ -1,15 +1,17 @@
 #ifndef TREE_NODES_H_
 #define TREE_NODES_H_
 
-// The tree: nodes that own their children, split rules, statistics and predictor summaries. Readers
-// see a node through `Node`, builders fill a `NodeImp`; a class distribution (`ClsInfo`) or
-// regression statistics (`RegInfo`) per data sample say what the cases of a node look like.
-// `NodeImp::DropObservationThroughTree` routes a case to its terminal node, `PrefixNodeIterator`
-// walks a tree, and `CumulativeNode` merges the statistics of several nodes.
-//
-// A node deletes everything it owns; a tree may be as deep as memory allows.
-// Threads: concurrent const operations on an unchanged tree are safe, so any number of threads may
-// route cases through one tree. `CumulativeNode` is for one thread at a time.
+/// @file
+/// The tree: nodes that own their children, split rules, statistics and predictor summaries.
+/// Readers see a node through `Node`, builders fill a `NodeImp`; a class distribution (`ClsInfo`)
+/// or regression statistics (`RegInfo`) per data sample say what the cases of a node look like.
+/// `NodeImp::DropObservationThroughTree` routes a case to its terminal node, `PrefixNodeIterator`
+/// walks a tree, and `CumulativeNode` merges the statistics of several nodes.
+///
+/// A node deletes everything it owns; a tree may be as deep as memory allows. Outputs are written
+/// through pointers that must not be null.
+/// Threads: concurrent const operations on an unchanged tree are safe, so any number of threads may
+/// route cases through one tree. `CumulativeNode` is for one thread at a time.
 
 #include <array>
 #include <cstddef>
@@ -25,8 +27,8 @@ namespace tree {
 /// Selects one of the two sets of statistics of a node. Only zero or not matters: every value other
 /// than 0 selects the second set.
 enum DataSample : int {
-  TrainingSample = 0,
-  TestSample = 1,
+  TrainingSample = 0,  ///< the cases that the tree is grown on
+  TestSample = 1,      ///< cases put aside to test the tree on
 };
 
 /// The class distribution of a node of a classification tree, for reading. Classes are indexed from
@@ -39,10 +41,12 @@ class TREE_API ClsInfo {
   virtual int GetPrediction() const = 0;
   /// Weighted number of cases of the class. Requires a valid index.
   virtual double GetClassCount(int index) const = 0;
-  /// The class's share of the weighted cases, a fraction in [0, 1]; 0.0 in a node without cases.
+  /// The class's share of the weighted cases, a fraction in [0, 1]. Requires a valid index, except
+  /// in a node without cases, where every class has 0.0.
   virtual double GetClassPercent(int index) const = 0;
   /// The class's probability; -1.0 for an index out of range.
   virtual double GetClassProbability(int index) const = 0;
+  /// Number of target classes.
   virtual int GetNumClasses() const = 0;
 };
 
@@ -64,21 +68,27 @@ class TREE_API ClsInfoImp : public ClsInfo {
   double GetClassProbability(int index) const override;
   int GetNumClasses() const override;
   /// The node's size relative to the root, as the growing algorithm set it; nothing is computed.
+  /// `systemMissingValue()` until it is set.
   virtual double GetPercentSize() const;
   /// Number of cases, unweighted.
   virtual double GetUnweightedCount() const;
   /// Weighted number of cases: the class counts added in index order.
   virtual double GetCount() const;
+  /// Sets the index of the predicted class; any value.
   virtual void SetPrediction(int index);
+  /// Sets the number of cases, unweighted; any value.
   virtual void SetUnweightedCount(double count);
+  /// Sets the node's size relative to the root, in whatever unit; any value.
   virtual void SetPercentSize(double size);
 
-  /// Requires an index below the number of classes set before.
+  /// Sets the weighted number of cases of the class. Requires an index below the number of classes
+  /// set before.
   void SetClassCount(int index, double count);
-  /// Gives every class a probability (0.0) at the first call, then stores this one. Requires an
-  /// index below the number of classes set before.
+  /// Sets the class's probability, any value; where no class has one yet, the others get 0.0.
+  /// Requires an index below the number of classes set before.
   void SetClassProbability(int index, double probability);
-  /// Sets the number of counts and probabilities; dropped ones become 0, new ones are 0.
+  /// Sets the number of counts and probabilities; dropped ones become 0, new ones are 0. Ignores a
+  /// negative number.
   void SetNumClasses(int count);
   /// A copy as `operator=` makes it. **New**: the caller deletes it.
   ClsInfoImp* Clone() const;
@@ -99,18 +109,24 @@ class TREE_API RegInfo {
  public:
   virtual ~RegInfo();
 
-  /// Mean of the target, as are the next three its minimum, maximum and standard deviation.
+  /// Mean of the target.
   virtual double GetMean() const = 0;
+  /// Smallest value of the target; +infinity in an empty range.
   virtual double GetMinimum() const = 0;
+  /// Largest value of the target; -infinity in an empty range.
   virtual double GetMaximum() const = 0;
+  /// Standard deviation of the target.
   virtual double GetStdDev() const = 0;
   /// The predicted value of the target.
   virtual double GetPrediction() const = 0;
+  /// Number of bins of the histogram; 0 without one.
   virtual int GetNumBins() const = 0;
   /// Weighted number of cases in the bin. Requires a valid index.
   virtual double GetBinSize(int index) const = 0;
-  /// Where the bin begins and ends, in units of the target. Not finite when there are no bins.
+  /// Where the bin begins, in units of the target. Not finite without bins or without a range; an
+  /// index out of range counts on in steps of a bin's width.
   virtual double GetBinLeftEndPoint(int index) const = 0;
+  /// Where the bin ends, in units of the target; otherwise as `GetBinLeftEndPoint`.
   virtual double GetBinRightEndPoint(int index) const = 0;
 };
 
@@ -124,26 +140,28 @@ class TREE_API RegInfoImp : public RegInfo {
     StorePrediction = 2,       ///< predicted value, where it is not the mean
     StoreUnweightedCount = 4,  ///< number of cases, unweighted
     StoreReserved1 = 8,        ///< reserved, as are all that follow: stored, but read by no getter
-    StoreReserved2 = 16,
-    StoreReserved3 = 32,
-    StoreReserved4 = 64,
-    StoreReserved5 = 128,
+    StoreReserved2 = 16,       ///< reserved
+    StoreReserved3 = 32,       ///< reserved
+    StoreReserved4 = 64,       ///< reserved
+    StoreReserved5 = 128,      ///< reserved
   };
 
   /// No cases, no bins, no optional statistics, an empty range (minimum +infinity, maximum
   /// -infinity).
   RegInfoImp();
   /// A copy as `CopyData` makes it.
+  ///@{
   RegInfoImp(RegInfoImp const& other);
   RegInfoImp& operator=(RegInfoImp const& other);
+  ///@}
 
   ~RegInfoImp() override;
   double GetMean() const override;
   double GetMinimum() const override;
   double GetMaximum() const override;
-  /// 0.0 when not set.
+  /// Standard deviation of the target; 0.0 when not set.
   double GetStdDev() const override;
-  /// The mean when not set.
+  /// The predicted value of the target; the mean when not set.
   double GetPrediction() const override;
   int GetNumBins() const override;
   double GetBinSize(int index) const override;
@@ -153,14 +171,18 @@ class TREE_API RegInfoImp : public RegInfo {
   virtual double GetCount() const;
   /// Number of cases, unweighted; the weighted number when not set.
   virtual double GetUnweightedCount() const;
+  /// Sets the weighted number of cases; any value.
   virtual void SetCount(double count);
 
+  /// Sets the mean of the target; any value.
   void SetMean(double mean);
+  /// Sets the smallest value of the target; any value, not compared with the maximum.
   void SetMinimum(double minimum);
+  /// Sets the largest value of the target; any value, not compared with the minimum.
   void SetMaximum(double maximum);
   /// Sets the number of bins; new ones are 0.0. **Clamps** a negative number to 0.
   void SetNumBins(int count);
-  /// Requires a valid index.
+  /// Sets the weighted number of cases in the bin. Requires a valid index.
   void SetBinSize(int index, double size);
   /// Back to the state of a new object.
   void Clear();
@@ -199,27 +221,32 @@ class TREE_API RegInfoImp : public RegInfo {
 /// Summary of the values that the cases of one node have in one predictor.
 class TREE_API PredictorImp {
  public:
+  /// A range from 0.0 to 0.0, no values, none missing.
   PredictorImp();
+  /// Copies all fields.
+  ///@{
   PredictorImp(PredictorImp const& other);
   PredictorImp& operator=(PredictorImp const& other);
+  ///@}
 
   virtual ~PredictorImp();
-  /// Writes the range; always true.
+  /// Writes the smallest and the largest value; always true.
   virtual bool GetValueRange(double* minimum, double* maximum) const;
   /// Writes the number of values held; always true.
   virtual bool GetNumValues(int* count) const;
-  /// Copies the first `count` values to `values` and returns true. Refuses a negative count and one
-  /// beyond the number of values.
+  /// Copies the first `count` values, in the order in which they were set, to `values` (room for as
+  /// many doubles) and returns true. Refuses a negative count and one beyond the number of values.
   virtual bool GetValues(double* values, int count) const;
   /// Whether any case had a missing value.
   virtual bool HasMissingValues() const;
-  /// Stores both, in whatever order.
+  /// Sets the smallest and the largest value; any values, in whatever order.
   virtual void SetValueRange(double minimum, double maximum);
   /// Sets the number of values; new ones are 0.0. **Clamps** a negative number to 0.
   virtual void SetNumValues(int count);
   /// Replaces the values by the `count` values given (**copied**). **Clamps** a negative number to
   /// 0.
   virtual void SetValues(double const* values, int count);
+  /// Says whether any case had a missing value.
   virtual void SetHasMissingValues(bool flag);
 
   /// Whether all fields are equal, doubles by plain floating equality.
@@ -237,21 +264,28 @@ class TREE_API Node {
  public:
   virtual ~Node();
 
-  /// The parent, null at the root.
+  /// The parent, null at the root. **Borrowed** until the tree changes.
   virtual Node const* GetParent() const = 0;
+  /// Number of children; 0 at a terminal node.
   virtual int GetNumChildren() const = 0;
-  /// The child at `position`; null beyond the end. **Borrowed** until the tree changes.
+  /// The child at `position`; null beyond the end, and where none has been stored. **Borrowed**
+  /// until the tree changes.
   virtual Node const* GetChild(unsigned int position) const = 0;
   /// Number of competing split rules; the first is the primary split of the node.
   virtual int GetNumCompetitors() const = 0;
-  /// The child taken by cases that no rule can place; -1 when there is none. The builder records it
-  /// in the primary split (`SplitRuleImp::SetDumbRule`), nothing is counted here.
+  /// The child taken by cases that no rule can place; negative when there is none. The builder
+  /// records it in the primary split (`SplitRuleImp::SetDumbRule`), nothing is counted here.
   virtual int GetBiggestChildPos() const = 0;
-  /// A copy of the rule at `position`; null beyond the end. **New**: the caller deletes it.
+  /// A copy of the competing rule at `position`; null beyond the end, and where none has been
+  /// stored. **New**: the caller deletes it.
   virtual SplitRule* GetCompetitor(unsigned int position) const = 0;
+  /// Number of surrogate split rules, which stand in, in this order, for a primary split that
+  /// cannot place a case.
   virtual int GetNumSurrogates() const = 0;
-  /// A copy of the rule at `position`; null beyond the end. **New**: the caller deletes it.
+  /// A copy of the surrogate rule at `position`; null beyond the end, and where none has been
+  /// stored. **New**: the caller deletes it.
   virtual SplitRule* GetSurrogate(unsigned int position) const = 0;
+  /// The node's identifier, as its builder set it.
   virtual unsigned int GetId() const = 0;
   /// The prediction: a class index or a value of the target, always by the training sample.
   /// Requires statistics of the training sample.
@@ -266,16 +300,24 @@ class TREE_API Node {
   virtual double GetPercentageNodeSize(DataSample sample) const = 0;
   /// Number of predictors summarised, indexed from 0.
   virtual int GetNumPredictors() const = 0;
-  /// Range of the predictor's values in this node. The next three: how many values the summary
-  /// holds, the first `count` of them, and whether any was missing. Each refuses an index out of
-  /// range, leaving the outputs as they were.
+  /// Writes the smallest and the largest value of the predictor in this node, and returns true.
+  /// Refuses an index out of range.
   virtual bool GetPredictorRange(int index, double* minimum, double* maximum) const = 0;
+  /// Writes how many values of the predictor the summary holds, and returns true. Refuses an index
+  /// out of range.
   virtual bool GetNumPredictorValues(int index, int* count) const = 0;
+  /// Copies the first `count` values of the predictor that the summary holds to `values` (room for
+  /// as many doubles) and returns true. Refuses an index out of range, a negative count, and one
+  /// beyond the number of values.
   virtual bool GetPredictorValues(int index, double* values, int count) const = 0;
+  /// Writes whether any case of this node had a missing value in the predictor, and returns true.
+  /// Refuses an index out of range.
   virtual bool GetPredictorMissingValueFlag(int index, bool* flag) const = 0;
-  /// Statistics for the sample, null when there are none of that kind. **Borrowed** until they are
-  /// replaced.
+  /// The class distribution for the sample; null when there is none. **Borrowed** until it is
+  /// replaced or the node deleted.
   virtual ClsInfo const* GetClsInfo(DataSample sample) const = 0;
+  /// The regression statistics for the sample; null when there are none. **Borrowed** until they
+  /// are replaced or the node deleted.
   virtual RegInfo const* GetRegInfo(DataSample sample) const = 0;
 };
 
@@ -291,9 +333,10 @@ class TREE_API NodeImp : public Node {
   NodeImp(NodeImp const& other);
   /// Empties this node (`Clean`) and fills it with a deep copy of `other`, whose subtree is cloned;
   /// the parent stays. The copy is complete before anything is emptied, so `other` may be a node of
-  /// this tree.
+  /// this tree. Pointers to what this node held end here.
   NodeImp& operator=(NodeImp const& other);
 
+  /// Deletes all that the node owns, with everything below it.
   ~NodeImp() override;
   Node const* GetParent() const override;
   int GetNumChildren() const override;
@@ -323,52 +366,82 @@ class TREE_API NodeImp : public Node {
   /// rule's dumb child (possibly negative) when none can place the case. The rules' answers are not
   /// checked. Requires a primary rule in a node with children.
   virtual int Classify(double const* values) const;
+  /// Whether this is a node of a classification tree, which has class distributions instead of
+  /// regression statistics.
   virtual bool IsClassificationNode() const;
 
+  /// Sets the identifier; any value.
   void SetId(unsigned int id);
+  /// Says which kind of tree this is a node of, and nothing else: statistics held stay. Setting
+  /// statistics says it as well.
   void SetClassificationNode(bool flag);
 
+  /// The class distribution for the sample, to be changed; null when there is none. **Borrowed**
+  /// until it is replaced or the node deleted.
   ClsInfoImp* GetClsInfoImp(DataSample sample) const;
+  /// The regression statistics for the sample, to be changed; null when there are none.
+  /// **Borrowed** until they are replaced or the node deleted.
   RegInfoImp* GetRegInfoImp(DataSample sample) const;
   /// Replaces the class distribution of the sample by `info` (**taken**; a `ClsInfoImp`, or null),
   /// deletes all regression statistics, and makes this a classification node. An object of another
-  /// class is deleted and counts as null.
+  /// class is deleted and counts as null; the one that is held already stays.
   void SetClsInfo(ClsInfo* info, DataSample sample);
-  /// The mirror of `SetClsInfo` for regression statistics (a `RegInfoImp`).
+  /// Replaces the regression statistics of the sample by `info` (**taken**; a `RegInfoImp`, or
+  /// null), deletes all class distributions, and makes this a regression node; otherwise as
+  /// `SetClsInfo`.
   void SetRegInfo(RegInfo* info, DataSample sample);
 
-  /// Sets the number of children, competitors or surrogates. **Clamps** a negative number to 0.
-  /// Deliberate: all entries become null, and the objects that the old ones pointed to are not
-  /// deleted: they belong to the caller again.
+  /// Sets the number of children. **Clamps** a negative number to 0. Deliberate: all entries become
+  /// null, and the objects that the old ones pointed to are not deleted: they belong to the caller
+  /// again.
   void SetNumChildren(int count);
+  /// Sets the number of rules of this kind. Deliberate: as in `SetNumChildren`, all entries become
+  /// null, and the rules held so far belong to the caller again.
+  ///@{
   void SetNumCompetitors(unsigned int count);
   void SetNumSurrogates(unsigned int count);
-  /// Stores `child` (**taken**; a `NodeImp`, or null) and makes this node its parent. Requires a
-  /// valid position. Deliberate: the entry's old object is not deleted.
+  ///@}
+  /// Stores `child` (**taken**) and makes this node its parent. Requires a valid position, and a
+  /// `NodeImp` or null. Deliberate: the entry's old object is not deleted.
   void SetChild(unsigned int position, Node* child);
-  /// Deletes the rule held at `position` and stores `rule` (**taken**; may be null). Requires a
-  /// valid position.
+  /// Deletes the rule of this kind held at `position` and stores `rule` (**taken**; may be null;
+  /// the one that is held already stays). Requires a valid position.
+  ///@{
   void SetCompetitor(unsigned int position, SplitRuleImp* rule);
   void SetSurrogate(unsigned int position, SplitRuleImp* rule);
-  /// The object at `position`. **Borrowed**. Requires a valid position.
+  ///@}
+  /// The child at `position`, to be changed; null where none has been stored. **Borrowed** until
+  /// the tree changes. Requires a valid position.
   NodeImp* GetChildImp(unsigned int position) const;
+  /// The rule of this kind at `position`, to be changed; null where none has been stored.
+  /// **Borrowed** until it is replaced or the node deleted. Requires a valid position.
+  ///@{
   SplitRuleImp* GetCompetitorImp(unsigned int position) const;
   SplitRuleImp* GetSurrogateImp(unsigned int position) const;
+  ///@}
 
-  /// Sets the number of predictor summaries; those that stay keep what they hold.
+  /// Sets the number of predictor summaries; those that stay keep what they hold, new ones hold no
+  /// values.
   void SetNumPredictors(unsigned int count);
-  /// The setters of the summary of predictor `index`. Each requires a valid index.
+  /// Sets the smallest and the largest value of predictor `index`; any values, in whatever order.
+  /// Requires a valid index.
   void SetPredictorRange(int index, double minimum, double maximum);
+  /// Sets the number of values of predictor `index`; new ones are 0.0. **Clamps** a negative number
+  /// to 0. Requires a valid index.
   void SetNumPredictorValues(int index, int count);
+  /// Replaces the values of predictor `index` by the `count` values given (**copied**). **Clamps**
+  /// a negative number to 0. Requires a valid index.
   void SetPredictorValues(int index, double const* values, int count);
+  /// Says whether any case of this node had a missing value in predictor `index`. Requires a valid
+  /// index.
   void SetPredictorMissingValueFlag(int index, bool flag);
 
   /// Deletes the child at `position` with all below it; later children move one position down. The
   /// split rules stay. Ignores a position out of range.
   void RemoveChild(int position);
   /// Moves the child at position i to position `order`[i], and renumbers the children of the
-  /// primary rule and all surrogates accordingly; other competitors stay. Requires a permutation
-  /// of the child positions.
+  /// primary rule and all surrogates accordingly; other competitors stay. Requires a permutation of
+  /// the child positions, and rules that can be reordered (`SplitRuleImp::ReorderMappings`).
   void ReorderSiblings(std::vector<int> const& order);
   /// Deletes children, rules and statistics. Id, classification flag, parent and predictor
   /// summaries stay.
@@ -381,14 +454,17 @@ class TREE_API NodeImp : public Node {
   /// or differ on the way.
   bool operator==(NodeImp const& other) const;
 
-  /// Sets `child` to the child at `position` and returns true; false, leaving it as it was, for a
-  /// position out of range.
+  /// Sets `child` to the child at `position` (**borrowed** until the tree changes) and returns
+  /// true. Refuses a position out of range.
+  ///@{
   bool Child(int position, NodeImp** child);
   bool Child(int position, NodeImp const** child) const;
+  ///@}
   /// The node in which a case ends that starts at this one: `stop` as soon as the case reaches it;
-  /// otherwise where no child can be chosen if `stop` is null, and null if it is not. `values` as
-  /// for `Classify`. Requires rules that answer no position beyond their node's children: such a
-  /// case is tried again at the same node for as long as the answer stays the same.
+  /// otherwise where no child can be chosen if `stop` is null, and null if it is not. **Borrowed**
+  /// from the tree. `values` as for `Classify`. Requires rules that answer no position beyond their
+  /// node's children: such a case is tried again at the same node for as long as the answer stays
+  /// the same.
   NodeImp const* DropObservationThroughTree(double const* values, NodeImp const* stop) const;
   /// The first competitor position, the primary split's 0 included, whose rule tests predictor
   /// `predictorIndex`; -1 when none does.
@@ -423,9 +499,11 @@ class TREE_API AIterator {
  public:
   virtual ~AIterator() = default;
 
+  /// 1 or 0; which of them means that there is more, the iterator says. Loop on `Next()` instead.
   virtual int HasMore() const = 0;
-  /// The next object, null at the end.
+  /// The next object, null at the end. **Borrowed** from its owner.
   virtual T const* Next() = 0;
+  /// Why there is no current object, as a code of the iterator; 0 when there is one.
   virtual int GetFailReason() const = 0;
 };
 
@@ -446,15 +524,19 @@ class TREE_API NodeIterator : public MCTree::AIterator<Node> {
 /// change meanwhile.
 class TREE_API PrefixNodeIterator : public NodeIterator {
  public:
-  /// `root`: where the walk starts and what bounds it.
+  /// A walk that has not begun. `root`: where it starts and what bounds it; null for an empty walk.
   explicit PrefixNodeIterator(Node const* root);
+  /// Copies root and current node, and walks on from there by itself.
+  ///@{
   PrefixNodeIterator(PrefixNodeIterator const& other);
   PrefixNodeIterator& operator=(PrefixNodeIterator const& other);
+  ///@}
 
   ~PrefixNodeIterator() override;
   /// 1 when no further node exists and 0 when one does. Deliberate: the reverse of the name.
   int HasMore() const override;
   /// The next node, the root at first; null at the end, where the last node stays current.
+  /// **Borrowed** from the tree.
   Node const* Next() override;
   /// 1 before the first node has been delivered, 0 afterwards.
   int GetFailReason() const override;
@@ -465,8 +547,9 @@ class TREE_API PrefixNodeIterator : public NodeIterator {
 };
 
 /// The node after `current` in prefix order within the subtree of `root`: `root` itself when
-/// `current` is null, null when it is the last one. Needs no memory; costs at worst the depth of
-/// the tree times its fan-out. Requires a `current` in the subtree of `root`.
+/// `current` is null, null when it is the last one. **Borrowed** from the tree. Needs no memory;
+/// costs at worst the depth of the tree times its fan-out. Requires a `current` in the subtree of
+/// `root`.
 TREE_API Node const* PrefixFindNext(Node const* root, Node const* current);
 
 /// Several nodes of one tree seen as one: their sizes added up, their statistics merged. The nodes
@@ -477,36 +560,43 @@ class TREE_API CumulativeNode {
  public:
   /// Which size of the nodes is added up.
   enum NodeSizeType : int {
-    NodeSizeWeighted = 0,
-    NodeSizeUnweighted = 1,
-    NodeSizePercentage = 2,
+    NodeSizeWeighted = 0,    ///< as `Node::GetNodeSize`
+    NodeSizeUnweighted = 1,  ///< as `Node::GetUnweightedNodeSize`
+    NodeSizePercentage = 2,  ///< as `Node::GetPercentageNodeSize`
   };
 
-  /// A group of `nodes` in this order. It is valid if the first node has statistics of the training
-  /// sample. Deliberate: the others are not examined, for all nodes of a tree are of one kind. An
-  /// empty group is not valid.
+  /// A group of `nodes` in this order, none of them null. It is valid if the first node has
+  /// statistics of the training sample. Deliberate: the others are not examined, for all nodes of a
+  /// tree are of one kind. An empty group is not valid.
   explicit CumulativeNode(std::vector<Node const*> const& nodes);
+  /// The same group of the same nodes, with statistics of its own.
+  ///@{
   CumulativeNode(CumulativeNode const& other);
   CumulativeNode& operator=(CumulativeNode const& other);
+  ///@}
 
   virtual ~CumulativeNode();
-  /// The sum of the nodes' sizes; `systemMissingValue()` for a group that is not valid. So are the
-  /// next two.
+  /// The sum of the nodes' weighted sizes; `systemMissingValue()` for a group that is not valid.
   virtual double GetNodeSize(DataSample sample) const;
+  /// The sum of the nodes' unweighted sizes; `systemMissingValue()` for a group that is not valid.
   virtual double GetUnweightedNodeSize(DataSample sample) const;
+  /// The sum of the nodes' sizes relative to the root, in their unit; `systemMissingValue()` for a
+  /// group that is not valid.
   virtual double GetPercentageNodeSize(DataSample sample) const;
   /// The nodes' class counts added up class by class, in the order of the nodes; null for a group
-  /// that is not valid. Prediction and percent size are not merged. **Borrowed** until the next
-  /// call.
+  /// that is not valid. Nodes without a distribution for the sample add nothing; the first that has
+  /// one says how many classes there are. Prediction and percent size are not merged. **Borrowed**
+  /// until the next call.
   virtual ClsInfoImp const* GetClsInfo(DataSample sample);
   /// The nodes' counts and bins added up, and the mean of the target over all of them; null for a
-  /// group that is not valid. Nodes of size 0 add nothing. Minimum, maximum and prediction are not
-  /// merged. Deliberate: the standard deviation is always missing. **Borrowed** until the next
-  /// call.
+  /// group that is not valid. Nodes of size 0 or without statistics for the sample add nothing;
+  /// without any that adds, the mean is `systemMissingValue()`. The first that has bins says how
+  /// many there are. Minimum, maximum and prediction are not merged. Deliberate: the standard
+  /// deviation is always missing. **Borrowed** until the next call.
   virtual RegInfoImp const* GetRegInfo(DataSample sample);
 
-  /// The sum of the nodes' sizes of the given type; 0.0 per node for a type that is none of the
-  /// three.
+  /// The sum of the nodes' sizes of the given type, 0.0 per node for a type that is none of the
+  /// three; `systemMissingValue()` for a group that is not valid.
   double GetNodeSize(NodeSizeType type, DataSample sample) const;
   /// Whether the group is valid.
   bool Validate() const;

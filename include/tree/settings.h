@@ -1,16 +1,17 @@
 #ifndef TREE_SETTINGS_H_
 #define TREE_SETTINGS_H_
 
-// What a tree is grown with: the variables (`CoreSettings`), the stopping rule (`StopRule`), how
-// the finished tree is validated and pruned (`ValidationSpec`, `PruningSpec`), and the settings of
-// each algorithm, all derived from `AlgSettings`: CHAID and CART in a classification and a
-// regression variant, and QUEST. Algorithm settings own clones of their parts and never keep a
-// pointer that a caller gave them.
-//
-// Getters of parts hand out **borrowed** pointers, good until the part is replaced by `CopyFrom`,
-// `Init`, `Clear` or an assignment. An `Init` refuses nothing: it stores what it is given, clamped
-// where it says so. The setters refuse.
-// Threads: concurrent const operations on unchanged settings are safe.
+/// @file
+/// What a tree is grown with: the variables (`CoreSettings`), the stopping rule (`StopRule`), how
+/// the finished tree is validated and pruned (`ValidationSpec`, `PruningSpec`), and the settings of
+/// each algorithm, all derived from `AlgSettings`: CHAID and CART in a classification and a
+/// regression variant, and QUEST. Algorithm settings own clones of their parts and never keep a
+/// pointer that a caller gave them.
+///
+/// Getters of parts hand out **borrowed** pointers, good until the part is replaced by `CopyFrom`,
+/// `Init`, `Clear` or an assignment. An `Init` refuses nothing: it stores what it is given, clamped
+/// where it says so. The setters refuse.
+/// Threads: concurrent const operations on unchanged settings are safe.
 
 #include <memory>
 
@@ -32,19 +33,28 @@ class TREE_API CoreSettings {
  public:
   virtual ~CoreSettings();
 
-  /// Appends a new predictor with default settings, to be filled in. **Borrowed**.
+  /// Appends a new predictor with default settings, to be filled in. **Borrowed** until an
+  /// assignment to these settings.
   virtual VariableSettings* AddPredictor() = 0;
+  /// Says whether the data carry a weight that counts repeated cases.
   virtual void SetHasFreqWeight(bool flag) = 0;
+  /// Says whether the data carry a weight that scales cases.
   virtual void SetHasCaseWeight(bool flag) = 0;
   /// A deep copy. **New**: the caller deletes it.
   virtual CoreSettings* Clone() const = 0;
+  /// Number of predictors.
   virtual int GetNumPredictors() const = 0;
-  /// The predictor at `index`. **Borrowed**. Requires 0 <= index < GetNumPredictors().
+  /// The predictor at `index`. **Borrowed** until an assignment to these settings. Requires 0 <=
+  /// index < GetNumPredictors().
+  ///@{
   virtual VariableSettings const* GetPredictor(int index) const = 0;
   virtual VariableSettings* GetPredictor(int index) = 0;
-  /// The target. **Borrowed**.
+  ///@}
+  /// The target. **Borrowed** until an assignment to these settings.
+  ///@{
   virtual VariableSettings const* GetTarget() const = 0;
   virtual VariableSettings* GetTarget() = 0;
+  ///@}
   /// Whether the data carry a weight that counts repeated cases.
   virtual bool HasFreqWeight() const = 0;
   /// Whether the data carry a weight that scales cases.
@@ -56,12 +66,15 @@ class TREE_API CoreSettingsImp : public CoreSettings {
  public:
   /// A default target, no predictors, no weights.
   CoreSettingsImp();
+  /// Copies deeply: the target and the predictors are cloned, in their order.
   CoreSettingsImp(CoreSettingsImp const& other);
-  /// Takes over clones of all that `other` shows, whatever its class.
-  /// The target and the predictors held so far are deleted once the clones are complete: nobody
-  /// else owns them, so keeping them would leak. Pointers into them end here.
+  /// Takes over clones of all that `other` shows, whatever its class. The target and the predictors
+  /// held so far are deleted once the clones are complete: nobody else owns them, so keeping them
+  /// would leak. Pointers into them end here.
+  ///@{
   CoreSettingsImp& operator=(CoreSettings const& other);
   CoreSettingsImp& operator=(CoreSettingsImp const& other);
+  ///@}
 
   ~CoreSettingsImp() override;
   VariableSettings* AddPredictor() override;
@@ -100,25 +113,29 @@ class TREE_API StopRule {
 
   /// A copy. **New**: the caller deletes it.
   virtual StopRule* Clone() const = 0;
-  /// The least improvement of the split criterion for a split to be made.
+  /// The least improvement of the split criterion for a split to be made, in its unit.
   virtual double GetMinImprovement() const = 0;
-  /// The least size of a node to be split.
+  /// The least number of cases of a node to be split.
   virtual int GetMinNodeSize() const = 0;
+  /// The least size of a node to be split, in percent.
   virtual double GetMinNodePercentSize() const = 0;
-  /// The least size of each child of a split.
+  /// The least number of cases of each child of a split.
   virtual int GetMinChildSize() const = 0;
+  /// The least size of each child of a split, in percent.
   virtual double GetMinChildPercentSize() const = 0;
   /// The greatest depth of the tree; a root alone has depth 0.
   virtual int GetMaxTreeDepth() const = 0;
-  /// Stores any value.
+  /// Sets the least improvement; any value.
   virtual void SetMinImprovement(double improvement) = 0;
-  /// Ignores a negative size, as does `SetMinChildSize`.
+  /// Sets the least number of cases of a node to be split. Ignores a negative one.
   virtual void SetMinNodeSize(int size) = 0;
-  /// Ignores a percentage outside [0, 100] and NaN, as does `SetMinChildPercentSize`.
+  /// Sets the least size of a node to be split. Ignores a percentage outside [0, 100] and NaN.
   virtual void SetMinNodePercentSize(double percent) = 0;
+  /// Sets the least number of cases of each child. Ignores a negative one.
   virtual void SetMinChildSize(int size) = 0;
+  /// Sets the least size of each child. Ignores a percentage outside [0, 100] and NaN.
   virtual void SetMinChildPercentSize(double percent) = 0;
-  /// Stores any value.
+  /// Sets the greatest depth of the tree; any value.
   virtual void SetMaxTreeDepth(int depth) = 0;
 };
 
@@ -127,11 +144,14 @@ class TREE_API StopRuleImp : public StopRule {
  public:
   /// Improvement 0.0001, node size 100, child size 50, percent sizes 0, tree depth 0.
   StopRuleImp();
-  /// As `Init`.
+  /// A rule with these six values, none of which is refused.
   StopRuleImp(double minImprovement, int minNodeSize, double minNodePercentSize, int minChildSize,
               double minChildPercentSize, int maxTreeDepth);
+  /// Copies all six fields.
+  ///@{
   StopRuleImp(StopRuleImp const& other);
   StopRuleImp& operator=(StopRuleImp const& other);
+  ///@}
 
   ~StopRuleImp() override;
   StopRule* Clone() const override;
@@ -177,16 +197,18 @@ class TREE_API ValidationSpec {
 
   /// A copy. **New**: the caller deletes it.
   virtual ValidationSpec* Clone() const = 0;
+  /// How the risk is measured.
   virtual ValidationType GetType() const = 0;
+  /// Number of folds of a cross-validation; kept whatever the type.
   virtual int GetNumCVFolds() const = 0;
   /// The seed of the random draws (sample split, assignment to folds).
   virtual long GetRandomSeed() const = 0;
-  /// Refuses every type but the split sample and cross-validation. Deliberate: there is no way back
-  /// to no validation on the same object.
+  /// Sets how the risk is measured, and returns true. Refuses every type but the split sample and
+  /// cross-validation. Deliberate: there is no way back to no validation on the same object.
   virtual bool Set(ValidationType type) = 0;
-  /// Refuses less than 2 folds.
+  /// Sets the number of folds and returns true. Refuses less than 2.
   virtual bool SetNumCVFolds(int count) = 0;
-  /// Refuses a seed below 1.
+  /// Sets the seed and returns true. Refuses one below 1.
   virtual bool SetRandomSeed(long seed) = 0;
 };
 
@@ -195,8 +217,11 @@ class TREE_API ValidationSpecImp : public ValidationSpec {
  public:
   /// No validation, 10 folds, seed 2000000.
   ValidationSpecImp();
+  /// Copies all three fields.
+  ///@{
   ValidationSpecImp(ValidationSpecImp const& other);
   ValidationSpecImp& operator=(ValidationSpecImp const& other);
+  ///@}
 
   ~ValidationSpecImp() override;
   ValidationSpec* Clone() const override;
@@ -226,8 +251,9 @@ class TREE_API PruningSpec {
   virtual bool GetPickMinRiskTree() const = 0;
   /// The number of standard errors of risk allowed.
   virtual double GetSERuleFactor() const = 0;
+  /// Says whether the subtree of least risk is picked.
   virtual void SetPickMinRiskTree(bool flag) = 0;
-  /// Ignores a negative factor and NaN.
+  /// Sets the number of standard errors of risk allowed. Ignores a negative one and NaN.
   virtual void SetSERuleFactor(double factor) = 0;
 };
 
@@ -236,8 +262,11 @@ class TREE_API PruningSpecImp : public PruningSpec {
  public:
   /// The standard error rule with factor 1.
   PruningSpecImp();
+  /// Copies both fields.
+  ///@{
   PruningSpecImp(PruningSpecImp const& other);
   PruningSpecImp& operator=(PruningSpecImp const& other);
+  ///@}
 
   ~PruningSpecImp() override;
   PruningSpec* Clone() const override;
@@ -264,14 +293,16 @@ enum AlgorithmType : int {
 /// what it shares with the other, and keeps the rest.
 class TREE_API AlgSettings {
  public:
-  /// The limits' defaults (5 competitors, clamped, and 32 categories), a clone of `core`, and a
-  /// default validation and stopping rule.
+  /// The limits' defaults (5 competitors, clamped, and 32 categories), a clone of `core`
+  /// (**copied**), and a default validation and stopping rule.
   explicit AlgSettings(CoreSettings const& core);
+  /// Copies everything deeply: the parts are cloned.
   AlgSettings(AlgSettings const& other);
   /// Does what `CopyFrom` does, for the class that this object really has.
   AlgSettings& operator=(AlgSettings const& other);
 
   virtual ~AlgSettings();
+  /// The algorithm that the settings are for, which names their class as well.
   virtual AlgorithmType GetType() const = 0;
   /// A deep copy. **New**: the caller deletes it.
   virtual AlgSettings* Clone() const = 0;
@@ -279,20 +310,27 @@ class TREE_API AlgSettings {
   virtual int GetMaxNumCompetitors() const;
   /// The greatest number of categories that a nominal predictor may have.
   virtual int GetMaxNominalPredCategories() const;
-  /// The variables; they cannot be changed through the settings.
+  /// The variables, which cannot be changed through the settings; null after `Clear`. **Borrowed**
+  /// until they are replaced.
   virtual CoreSettings const* GetCoreSettings() const;
+  /// How the finished tree is validated; null after `Clear`. **Borrowed** until it is replaced.
+  ///@{
   virtual ValidationSpec* GetValidationSpec();
   virtual ValidationSpec const* GetValidationSpec() const;
+  ///@}
+  /// When growing stops; null after `Clear`. **Borrowed** until it is replaced.
+  ///@{
   virtual StopRule* GetStopRule();
   virtual StopRule const* GetStopRule() const;
+  ///@}
   /// Takes over, as clones, all that this kind of settings shares with the kind of `other`, which
-  /// may be this object.
+  /// may be this object. The kind of target stays, as in `Init`.
   virtual void CopyFrom(AlgSettings const& other);
 
-  /// Ignores a number below 1; clamps the number held, in any case, as `ValidateNumCompetitors`
-  /// does.
+  /// Sets the greatest number of competing splits kept per node. Ignores a number below 1;
+  /// **clamps** the number held, in any case, as `ValidateNumCompetitors` does.
   void SetMaxNumCompetitors(int count);
-  /// Ignores a number below 1.
+  /// Sets the greatest number of categories of a nominal predictor. Ignores a number below 1.
   void SetMaxNominalPredCategories(int count);
   /// Clamps the greatest number of competitors to the present number of predictors, and to at least
   /// 1.
@@ -320,45 +358,57 @@ class TREE_API AlgSettings {
 /// How merged categories are split again; what the values stand for is the growing algorithm's
 /// convention.
 enum SplitMergeMethod : int {
-  SplitMergeMethod0 = 0,
-  SplitMergeMethod1 = 1,
+  SplitMergeMethod0 = 0,  ///< the default
+  SplitMergeMethod1 = 1,  ///< the alternative
 };
 
 /// The chi-square statistic used; what the values stand for is the growing algorithm's convention.
 enum ChiSquareMethod : int {
-  ChiSquareMethod0 = 0,
+  ChiSquareMethod0 = 0,  ///< the default
 };
 
 /// What both variants of CHAID (Kass 1980; Biggs, de Ville and Suen 1991) share. Significance
 /// levels are probabilities, stored unchecked. A new object stops at tree depth 3.
 class TREE_API ChaidSettings : public AlgSettings {
  public:
+  /// Settings for the variables of `core` (**copied**): level 0.05 for splitting nodes and for
+  /// merging categories, 0.025 for splitting merged ones, which is not allowed; method 0; p-values
+  /// adjusted.
   explicit ChaidSettings(CoreSettings const& core);
+  /// Copies everything deeply: the parts are cloned.
   ChaidSettings(ChaidSettings const& other);
+  /// Does what `CopyFrom` does.
   ChaidSettings& operator=(ChaidSettings const& other);
 
   ~ChaidSettings() override;
-  /// From settings of either variant of CHAID, the six fields of this class too.
+  /// Takes over what `AlgSettings::CopyFrom` does; from settings of either variant of CHAID, the
+  /// six fields of this class too.
   void CopyFrom(AlgSettings const& other) override;
 
   /// Significance level for splitting a node.
   double GetAlphaOfSplitNode() const { return alphaOfSplitNode_; }
+  /// Sets the significance level for splitting a node; any value.
   void SetAlphaOfSplitNode(double alpha);
   /// Significance level for merging categories.
   double GetAlphaOfMerge() const { return alphaOfMerge_; }
-  /// Sets the level for splitting merged categories as well, to half of `alpha`.
+  /// Sets the significance level for merging categories, and the one for splitting merged
+  /// categories to half of it; any value.
   void SetAlphaOfMerge(double alpha);
   /// Significance level for splitting merged categories.
   double GetAlphaOfMergeSplit() const { return alphaOfMergeSplit_; }
+  /// Sets the significance level for splitting merged categories; any value.
   void SetAlphaOfMergeSplit(double alpha);
+  /// How merged categories are split again.
   SplitMergeMethod GetSplitMergeMethod() const { return splitMergeMethod_; }
-  /// Ignores every value but the two that are named.
+  /// Says how merged categories are split again. Ignores every value but the two that are named.
   void SetSplitMergeMethod(SplitMergeMethod method);
   /// Whether merged categories may be split again.
   bool GetAllowSplitMerge() const { return allowSplitMerge_; }
+  /// Says whether merged categories may be split again.
   void SetAllowSplitMerge(bool flag);
   /// Whether p-values are adjusted for multiple comparisons by Bonferroni's inequality.
   bool GetUseBonferroniAdj() const { return useBonferroniAdj_; }
+  /// Says whether p-values are adjusted.
   void SetUseBonferroniAdj(bool flag);
   using AlgSettings::Init;
   /// Stores all six as they are; no level is derived from another.
@@ -374,40 +424,58 @@ class TREE_API ChaidSettings : public AlgSettings {
   bool useBonferroniAdj_;
 };
 
-/// Settings of CHAID for a categorical target. The three setters store any value.
+/// Settings of CHAID for a categorical target.
 class TREE_API CChaidSettings : public ChaidSettings {
  public:
+  /// Settings for the variables of `core` (**copied**), with the defaults of `ChaidSettings`.
   explicit CChaidSettings(CoreSettings const& core);
+  /// Copies everything deeply: the parts are cloned.
   CChaidSettings(CChaidSettings const& other);
+  /// Does what `CopyFrom` does.
   CChaidSettings& operator=(CChaidSettings const& other);
 
   ~CChaidSettings() override;
-  /// When the iterative estimation of expected counts has converged.
+  /// The convergence criterion of the iterative estimation of expected counts.
   virtual double GetConvergenceEpsilon() const = 0;
-  /// The greatest number of its iterations.
+  /// The greatest number of iterations of the estimation of expected counts.
   virtual int GetMaxNumIterations() const = 0;
+  /// The chi-square statistic used.
   virtual ChiSquareMethod GetChiSquareMethod() const = 0;
+  /// The misclassification costs. **Borrowed** until they are replaced.
+  ///@{
   virtual Cost const* GetCost() const = 0;
   virtual Cost* GetCost() = 0;
+  ///@}
+  /// The scores of an ordinal target's categories. **Borrowed** until they are replaced.
+  ///@{
   virtual Scores const* GetScores() const = 0;
   virtual Scores* GetScores() = 0;
+  ///@}
+  /// Sets the convergence criterion; any value.
   virtual void SetConvergenceEpsilon(double epsilon) = 0;
+  /// Sets the greatest number of iterations; any value.
   virtual void SetMaxNumIterations(int count) = 0;
+  /// Sets the chi-square statistic used; any value.
   virtual void SetChiSquareMethod(ChiSquareMethod method) = 0;
 };
 
 /// Settings of CHAID for a categorical target, with the misclassification model.
 class TREE_API CChaidSettingsImp : public CChaidSettings {
  public:
-  /// Epsilon 0.001, at most 100 iterations, default costs and scores, priors of the alternate type.
+  /// Settings for the variables of `core` (**copied**): epsilon 0.001, chi-square method 0, at most
+  /// 100 iterations, default costs and scores, priors of the alternate type.
   explicit CChaidSettingsImp(CoreSettings const& core);
+  /// Copies everything deeply: the parts are cloned.
   CChaidSettingsImp(CChaidSettingsImp const& other);
+  /// Does what `CopyFrom` does.
   CChaidSettingsImp& operator=(CChaidSettingsImp const& other);
 
   ~CChaidSettingsImp() override;
   AlgorithmType GetType() const override;
   AlgSettings* Clone() const override;
-  /// From settings of this very class or one derived from it, everything.
+  /// Takes over what `ChaidSettings::CopyFrom` does; from settings of CHAID for a categorical
+  /// target everything, but for the priors of a class that is neither this one nor derived from it,
+  /// whose interface shows none.
   void CopyFrom(AlgSettings const& other) override;
   double GetConvergenceEpsilon() const override;
   int GetMaxNumIterations() const override;
@@ -420,11 +488,14 @@ class TREE_API CChaidSettingsImp : public CChaidSettings {
   void SetMaxNumIterations(int count) override;
   void SetChiSquareMethod(ChiSquareMethod method) override;
 
+  /// The prior probabilities. **Borrowed** until they are replaced.
+  ///@{
   Priors const* GetPriors() const { return priors_.get(); }
   Priors* GetPriors() { return priors_.get(); }
+  ///@}
   using ChaidSettings::Init;
-  /// Stores the numbers as they are, and clones of the objects (**copied**); an object that is held
-  /// already stays as it is.
+  /// Stores the numbers as they are, and clones of the objects (**copied**), one after the other;
+  /// an object that is held already stays as it is.
   void Init(double convergenceEpsilon, ChiSquareMethod chiSquareMethod, int maxNumIterations,
             Cost const& cost, Priors const& priors, Scores const& scores);
 
@@ -440,8 +511,11 @@ class TREE_API CChaidSettingsImp : public CChaidSettings {
 /// Settings of CHAID for a continuous target.
 class TREE_API RChaidSettingsImp : public ChaidSettings {
  public:
+  /// Settings for the variables of `core` (**copied**), with the defaults of `ChaidSettings`.
   explicit RChaidSettingsImp(CoreSettings const& core);
+  /// Copies everything deeply: the parts are cloned.
   RChaidSettingsImp(RChaidSettingsImp const& other);
+  /// Does what `CopyFrom` does.
   RChaidSettingsImp& operator=(RChaidSettingsImp const& other);
 
   ~RChaidSettingsImp() override;
@@ -452,27 +526,34 @@ class TREE_API RChaidSettingsImp : public ChaidSettings {
 /// The impurity measure used for splitting; what the values stand for is the growing algorithm's
 /// convention.
 enum CartSplitCriteria : int {
-  CartSplitCriteria0 = 0,
+  CartSplitCriteria0 = 0,  ///< the default
 };
 
 /// What both variants of CART (Breiman, Friedman, Olshen and Stone 1984) share. A new object stops
 /// at tree depth 5.
 class TREE_API CartSettings : public AlgSettings {
  public:
+  /// Settings for the variables of `core` (**copied**): default pruning and 5 surrogates, clamped.
   explicit CartSettings(CoreSettings const& core);
+  /// Copies everything deeply: the parts are cloned, the surrogates clamped.
   CartSettings(CartSettings const& other);
+  /// Does what `CopyFrom` does.
   CartSettings& operator=(CartSettings const& other);
 
   ~CartSettings() override;
-  /// From settings of either variant of CART, pruning and surrogates too. From another kind, the
-  /// surrogates stay as they are, even if there are fewer predictors now: see
-  /// `ValidateNumSurrogates`.
+  /// Takes over what `AlgSettings::CopyFrom` does; from settings of either variant of CART, pruning
+  /// and surrogates too. From another kind, the surrogates stay as they are, even if there are
+  /// fewer predictors now: see `ValidateNumSurrogates`.
   void CopyFrom(AlgSettings const& other) override;
+  /// How the grown tree is pruned. **Borrowed** until it is replaced.
+  ///@{
   virtual PruningSpec* GetPruningSpec();
   virtual PruningSpec const* GetPruningSpec() const;
+  ///@}
   /// The greatest number of surrogate splits kept per node.
   virtual int GetMaxNumSurrogates() const;
-  /// Stores the number, **clamped** as `ValidateNumSurrogates` does.
+  /// Sets the greatest number of surrogate splits kept per node, **clamped** as
+  /// `ValidateNumSurrogates` does.
   virtual void SetMaxNumSurrogates(int count);
 
   using AlgSettings::Init;
@@ -491,32 +572,45 @@ class TREE_API CartSettings : public AlgSettings {
 /// Settings of CART for a categorical target.
 class TREE_API CCartSettings : public CartSettings {
  public:
+  /// Settings for the variables of `core` (**copied**), with the defaults of `CartSettings`.
   explicit CCartSettings(CoreSettings const& core);
+  /// Copies everything deeply: the parts are cloned.
   CCartSettings(CCartSettings const& other);
+  /// Does what `CopyFrom` does.
   CCartSettings& operator=(CCartSettings const& other);
 
   ~CCartSettings() override;
+  /// The prior probabilities. **Borrowed** until they are replaced.
+  ///@{
   virtual Priors const* GetPriors() const = 0;
   virtual Priors* GetPriors() = 0;
+  ///@}
+  /// The misclassification costs. **Borrowed** until they are replaced.
+  ///@{
   virtual Cost const* GetCost() const = 0;
   virtual Cost* GetCost() = 0;
+  ///@}
+  /// The impurity measure used for splitting.
   virtual CartSplitCriteria GetSplitCriteria() const = 0;
-  /// Stores any value.
+  /// Sets the impurity measure; any value.
   virtual void SetSplitCriteria(CartSplitCriteria criteria) = 0;
 };
 
 /// Settings of CART for a categorical target, with the misclassification model.
 class TREE_API CCartSettingsImp : public CCartSettings {
  public:
-  /// Default priors, costs and criterion.
+  /// Settings for the variables of `core` (**copied**): default priors, costs and criterion.
   explicit CCartSettingsImp(CoreSettings const& core);
+  /// Copies everything deeply: the parts are cloned.
   CCartSettingsImp(CCartSettingsImp const& other);
+  /// Does what `CopyFrom` does.
   CCartSettingsImp& operator=(CCartSettingsImp const& other);
 
   ~CCartSettingsImp() override;
   AlgorithmType GetType() const override;
   AlgSettings* Clone() const override;
-  /// From settings of CART for a categorical target, everything.
+  /// Takes over what `AlgSettings::CopyFrom` does; from settings of CART for a categorical target,
+  /// everything.
   void CopyFrom(AlgSettings const& other) override;
   Priors const* GetPriors() const override;
   Priors* GetPriors() override;
@@ -538,8 +632,11 @@ class TREE_API CCartSettingsImp : public CCartSettings {
 /// Settings of CART for a continuous target.
 class TREE_API RCartSettingsImp : public CartSettings {
  public:
+  /// Settings for the variables of `core` (**copied**), with the defaults of `CartSettings`.
   explicit RCartSettingsImp(CoreSettings const& core);
+  /// Copies everything deeply: the parts are cloned.
   RCartSettingsImp(RCartSettingsImp const& other);
+  /// Does what `CopyFrom` does.
   RCartSettingsImp& operator=(RCartSettingsImp const& other);
 
   ~RCartSettingsImp() override;
@@ -551,45 +648,61 @@ class TREE_API RCartSettingsImp : public CartSettings {
 /// depth 5.
 class TREE_API QuestSettings : public AlgSettings {
  public:
+  /// Settings for the variables of `core` (**copied**), with the defaults of `AlgSettings` but for
+  /// the tree depth.
   explicit QuestSettings(CoreSettings const& core);
+  /// Copies everything deeply: the parts are cloned.
   QuestSettings(QuestSettings const& other);
+  /// Does what `CopyFrom` does.
   QuestSettings& operator=(QuestSettings const& other);
 
   ~QuestSettings() override;
+  /// How the grown tree is pruned. **Borrowed** until it is replaced.
+  ///@{
   virtual PruningSpec* GetPruningSpec() = 0;
   virtual PruningSpec const* GetPruningSpec() const = 0;
+  ///@}
   /// The greatest number of surrogate splits kept per node.
   virtual int GetMaxNumSurrogates() const = 0;
-  /// Ignores a number that is negative or not below the number of predictors less 1.
+  /// Sets the greatest number of surrogate splits kept per node. Ignores one that is negative or
+  /// not below the number of predictors less 1.
   virtual void SetMaxNumSurrogates(int count) = 0;
   /// The greatest number of categories that a nominal surrogate may have.
   virtual int GetMaxNumNomCatsSurr() const = 0;
-  /// Ignores a number below 1.
+  /// Sets the greatest number of categories of a nominal surrogate. Ignores a number below 1.
   virtual void SetMaxNumNomCatsSurr(int count) = 0;
+  /// The prior probabilities. **Borrowed** until they are replaced.
+  ///@{
   virtual Priors* GetPriors() = 0;
   virtual Priors const* GetPriors() const = 0;
+  ///@}
+  /// The misclassification costs. **Borrowed** until they are replaced.
+  ///@{
   virtual Cost* GetCost() = 0;
   virtual Cost const* GetCost() const = 0;
-  /// Significance level for selecting the split variable.
+  ///@}
+  /// Significance level for selecting the split variable, a probability.
   virtual double GetAlphaOfVariableSelection() const = 0;
-  /// Stores any value.
+  /// Sets the significance level for selecting the split variable; any value.
   virtual void SetAlphaOfVariableSelection(double alpha) = 0;
 };
 
 /// Settings of QUEST, with the misclassification model.
 class TREE_API QuestSettingsImp : public QuestSettings {
  public:
-  /// Alpha 0.05, 5 surrogates, 32 categories, default pruning, priors and costs. Where 5 surrogates
-  /// are too many, one less than the number of predictors. Deliberate: that is more than the setter
-  /// accepts, and -1 without predictors.
+  /// Settings for the variables of `core` (**copied**): alpha 0.05, 5 surrogates, 32 categories,
+  /// default pruning, priors and costs. Where 5 surrogates are too many, one less than the number
+  /// of predictors. Deliberate: that is more than the setter accepts, and -1 without predictors.
   explicit QuestSettingsImp(CoreSettings const& core);
+  /// Copies everything deeply: the parts are cloned.
   QuestSettingsImp(QuestSettingsImp const& other);
+  /// Does what `CopyFrom` does.
   QuestSettingsImp& operator=(QuestSettingsImp const& other);
 
   ~QuestSettingsImp() override;
   AlgorithmType GetType() const override;
   AlgSettings* Clone() const override;
-  /// From settings of QUEST, everything.
+  /// Takes over what `AlgSettings::CopyFrom` does; from settings of QUEST, everything.
   void CopyFrom(AlgSettings const& other) override;
   PruningSpec* GetPruningSpec() override;
   PruningSpec const* GetPruningSpec() const override;
