@@ -57,6 +57,9 @@ ClsInfoImp const* CumulativeNode::GetClsInfo(DataSample sample) {
   double unweightedCount = 0.0;
   std::vector<double> classSums;
   for (Node const* const node : nodes_) {
+    // Deliberate: not needed here, but every node of a group is asked for its size first, whatever
+    // its kind, so that nodes which fill themselves on demand see one order of questions.
+    static_cast<void>(node->GetNodeSize(sample));
     ClsInfo const* const info = node->GetClsInfo(sample);
     if (info == nullptr) continue;
     if (!hasNumClasses) numClasses = info->GetNumClasses();
@@ -92,6 +95,8 @@ RegInfoImp const* CumulativeNode::GetRegInfo(DataSample sample) {
     if (info == nullptr) continue;
     weightedMean += size * info->GetMean();
     weight += size;
+    // Deliberate: asked like the mean, though merged nodes report no standard deviation.
+    static_cast<void>(info->GetStdDev());
     if (numBins == 0) numBins = info->GetNumBins();
     // Only our own objects know their counts; the node's sizes answer for any other.
     auto const* const own = dynamic_cast<RegInfoImp const*>(info);

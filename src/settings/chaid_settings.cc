@@ -100,10 +100,12 @@ AlgSettings* CChaidSettingsImp::Clone() const { return new CChaidSettingsImp(*th
 void CChaidSettingsImp::CopyFrom(AlgSettings const& other) {
   ChaidSettings::CopyFrom(other);
   if (other.GetType() != AlgCChaid) return;
-  if (auto const* const chaid = dynamic_cast<CChaidSettingsImp const*>(&other)) {
-    Init(chaid->convergenceEpsilon_, chaid->chiSquareMethod_, chaid->maxNumIterations_,
-         *chaid->cost_, *chaid->priors_, *chaid->scores_);
-  }
+  auto const* const chaid = dynamic_cast<CChaidSettings const*>(&other);
+  if (chaid == nullptr) return;
+  // The interface shows no priors: those of a class that is not ours stay unknown.
+  auto const* const own = dynamic_cast<CChaidSettingsImp const*>(chaid);
+  Init(chaid->GetConvergenceEpsilon(), chaid->GetChiSquareMethod(), chaid->GetMaxNumIterations(),
+       *chaid->GetCost(), own != nullptr ? *own->priors_ : *priors_, *chaid->GetScores());
 }
 
 double CChaidSettingsImp::GetConvergenceEpsilon() const { return convergenceEpsilon_; }
@@ -129,16 +131,13 @@ void CChaidSettingsImp::SetChiSquareMethod(ChiSquareMethod method) { chiSquareMe
 void CChaidSettingsImp::Init(double convergenceEpsilon, ChiSquareMethod chiSquareMethod,
                              int maxNumIterations, Cost const& cost, Priors const& priors,
                              Scores const& scores) {
-  // An object that is held already is not cloned: pointers to it stay good.
-  auto newCost = &cost == cost_.get() ? nullptr : CloneOf(cost);
-  auto newPriors = &priors == priors_.get() ? nullptr : CloneOf(priors);
-  auto newScores = &scores == scores_.get() ? nullptr : CloneOf(scores);
   convergenceEpsilon_ = convergenceEpsilon;
   chiSquareMethod_ = chiSquareMethod;
   maxNumIterations_ = maxNumIterations;
-  if (newCost != nullptr) cost_ = std::move(newCost);
-  if (newPriors != nullptr) priors_ = std::move(newPriors);
-  if (newScores != nullptr) scores_ = std::move(newScores);
+  // An object that is held already is not cloned: pointers to it stay good.
+  if (&cost != cost_.get()) cost_ = CloneOf(cost);
+  if (&priors != priors_.get()) priors_ = CloneOf(priors);
+  if (&scores != scores_.get()) scores_ = CloneOf(scores);
 }
 
 RChaidSettingsImp::RChaidSettingsImp(CoreSettings const& core) : ChaidSettings(core) {}

@@ -12,6 +12,7 @@ struct PartLog {
   int alive = 0;
   std::vector<std::string> clones;  ///< the names of the cloned parts, in the order of cloning
   int deletions = 0;
+  std::vector<std::string> events;  ///< "clone NAME" and "delete NAME", in order
 };
 
 /// A `Base` that writes to a log when it is cloned and deleted; its clones are instrumented too. So
@@ -31,10 +32,12 @@ class Instrumented : public Base {
   ~Instrumented() override {
     --log_->alive;
     ++log_->deletions;
+    log_->events.push_back("delete " + name_);
   }
 
   Interface* Clone() const override {
     log_->clones.push_back(name_);
+    log_->events.push_back("clone " + name_);
     return new Instrumented(*this);
   }
 

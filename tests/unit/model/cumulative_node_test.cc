@@ -2,6 +2,7 @@
 
 #include <limits>
 #include <memory>
+#include <string>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -822,6 +823,58 @@ TEST(CumulativeNode, HasItsVirtualOperationsInOrder) {
   EXPECT_EQ(VirtualSlot(&CumulativeNode::Validate), -1);
 }
 #endif
+
+// A node that notes what it is asked, with statistics that do so too.
+class AskedNode : public ForeignNode {
+ public:
+  double GetNodeSize(DataSample sample) const override {
+    questions->push_back("size");
+    return ForeignNode::GetNodeSize(sample);
+  }
+  ClsInfo const* GetClsInfo(DataSample sample) const override {
+    questions->push_back("classes");
+    return ForeignNode::GetClsInfo(sample);
+  }
+
+  std::vector<std::string>* questions = nullptr;
+};
+
+TEST(CumulativeNode, AsksEveryNodeForItsSizeBeforeItsClasses) {
+  ForeignClsInfo const info({1.0, 2.0});
+  std::vector<std::string> questions;
+  AskedNode first;
+  first.questions = &questions;
+  first.training.clsInfo = &info;
+  AskedNode second = first;
+  second.training.clsInfo = nullptr;
+  CumulativeNode group(Nodes{&first, &second});
+  questions.clear();
+
+  group.GetClsInfo(TrainingSample);
+
+  EXPECT_EQ(questions, (std::vector<std::string>{"size", "classes", "size", "classes"}));
+}
+
+TEST(CumulativeNode, AsksForEveryStandardDeviationThoughItReportsNone) {
+  class AskedRegInfo : public ForeignRegInfo {
+   public:
+    using ForeignRegInfo::ForeignRegInfo;
+    double GetStdDev() const override {
+      ++numQuestions;
+      return 1.0;
+    }
+    mutable int numQuestions = 0;
+  };
+  AskedRegInfo const info(2.0);
+  ForeignNode const node = NodeWith(info, 4.0);
+  ForeignNode const empty = NodeWith(info, 0.0);
+  CumulativeNode group(Nodes{&node, &empty, &node});
+
+  RegInfoImp const* const merged = group.GetRegInfo(TrainingSample);
+
+  EXPECT_EQ(info.numQuestions, 2);
+  EXPECT_EQ(merged->GetStdDev(), systemMissingValue());
+}
 
 }  // namespace
 }  // namespace tree
