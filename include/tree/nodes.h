@@ -358,13 +358,13 @@ class TREE_API NodeImp : public Node {
   bool GetPredictorMissingValueFlag(int index, bool* flag) const override;
   ClsInfo const* GetClsInfo(DataSample sample) const override;
   RegInfo const* GetRegInfo(DataSample sample) const override;
-  /// Makes this a terminal node: deletes all children with what is below them, and the surrogates;
-  /// the competitors stay. The argument is ignored. Always true.
+  /// Makes this a terminal node: deletes all children, each after what is below it, and the
+  /// surrogates; the competitors stay. The argument is ignored. Always true.
   virtual bool RemoveChildren(bool ignored);
-  /// The child position for a case; -1 at a terminal node. `values`: one double per predictor, by
-  /// predictor index. Asks the primary rule, then the surrogates in order, and takes the primary
-  /// rule's dumb child (possibly negative) when none can place the case. The rules' answers are not
-  /// checked. Requires a primary rule in a node with children.
+  /// The child position for a case; -1 where `GetNumChildren` answers 0 or less. `values`: one
+  /// double per predictor, by predictor index. Asks the primary rule, then the surrogates in order,
+  /// and takes the primary rule's dumb child (possibly negative) when none can place the case. The
+  /// rules' answers are not checked. Requires a primary rule in a node with children.
   virtual int Classify(double const* values) const;
   /// Whether this is a node of a classification tree, which has class distributions instead of
   /// regression statistics.

@@ -26,10 +26,12 @@ void FetchChildrenOfBinaryNode([[maybe_unused]] Children const& children) {
 }  // namespace
 
 int NodeImp::Classify(double const* values) const {
-  if (children_.empty()) return -1;
+  FetchChildrenOfBinaryNode(children_);
+  // Deliberate: the virtual operation, so that a derived node can be terminal without losing its
+  // children.
+  if (GetNumChildren() <= 0) return -1;
   internal::Require(!competitors_.empty() && competitors_.front() != nullptr, "NodeImp::Classify",
                     "a node with children needs a primary split rule");
-  FetchChildrenOfBinaryNode(children_);
   SplitRuleImp const& primary = *competitors_.front();
   int position = ClassifyBy(primary, values);
   if (position >= 0) return position;

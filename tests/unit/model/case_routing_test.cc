@@ -419,6 +419,32 @@ TEST(CaseRouting, LetsEachNodeChooseByItsVirtualOperation) {
   EXPECT_EQ(root.DropObservationThroughTree(nullptr, nullptr), inner->GetChildImp(0));
 }
 
+TEST(CaseRouting, AsksTheVirtualOperationWhetherANodeIsTerminal) {
+  class Closed : public NodeImp {
+   public:
+    explicit Closed(int numChildren) : numChildren_(numChildren) {}
+    int GetNumChildren() const override { return numChildren_; }
+
+   private:
+    int numChildren_;
+  };
+  for (int const numChildren : {0, -3}) {
+    SCOPED_TRACE(numChildren);
+    Closed node(numChildren);
+    node.SetNumChildren(2);
+    node.SetChild(0, new NodeImp);
+    node.SetChild(1, new NodeImp);
+    auto rule = std::make_unique<OSplitRule>(systemMissingValue(), 0);
+    rule->SetCutPoint(0.5);
+    node.SetNumCompetitors(1);
+    node.SetCompetitor(0, rule.release());
+    double const values[] = {0.0};
+
+    EXPECT_EQ(node.Classify(values), -1);
+    EXPECT_EQ(node.DropObservationThroughTree(values, nullptr), &node);
+  }
+}
+
 TEST(CaseRouting, EndsAtNodeThatChoosesNoChild) {
   ChoosingNode root(-2);
   root.SetNumChildren(1);

@@ -502,6 +502,37 @@ TEST(NodeImpOwnership, DeletesChildrenOfWhateverShape) {
   EXPECT_EQ(root.GetNumChildren(), 0);
 }
 
+// Writes its id down at its end.
+class LastWords : public NodeImp {
+ public:
+  LastWords(std::vector<unsigned int>* deleted, unsigned int id) : deleted_(deleted) { SetId(id); }
+  LastWords(LastWords const&) = delete;
+  LastWords& operator=(LastWords const&) = delete;
+  ~LastWords() override { deleted_->push_back(GetId()); }
+
+ private:
+  std::vector<unsigned int>* deleted_;
+};
+
+TEST(NodeImpOwnership, DeletesChildrenInOrderOfPositionEachAfterWhatIsBelowIt) {
+  std::vector<unsigned int> deleted;
+  auto const grow = [&deleted](NodeImp& node, std::vector<unsigned int> const& ids) {
+    node.SetNumChildren(static_cast<int>(ids.size()));
+    for (unsigned int position = 0; position < ids.size(); ++position) {
+      node.SetChild(position, new LastWords(&deleted, ids[position]));
+    }
+  };
+  NodeImp root;
+  grow(root, {1, 2, 3});
+  grow(*root.GetChildImp(0), {11, 12});
+  grow(*root.GetChildImp(2), {31, 32});
+  grow(*root.GetChildImp(2)->GetChildImp(0), {311});
+
+  root.RemoveChildren(true);
+
+  EXPECT_EQ(deleted, (std::vector<unsigned int>{11, 12, 1, 2, 311, 31, 32, 3}));
+}
+
 TEST(NodeImpOwnership, DeletesEverythingWhenCleaned) {
   Deaths deaths;
   NodeImp node;
