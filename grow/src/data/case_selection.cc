@@ -1,7 +1,7 @@
 #include <cmath>
 #include <string>
 
-#include "case_roles.h"
+#include "data/case_roles.h"
 #include "tree/grow/data_set.h"
 
 namespace tree::grow {

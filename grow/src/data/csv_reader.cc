@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "csv_columns.h"
+#include "data/csv_columns.h"
 #include "tree/grow/csv.h"
 
 namespace tree::grow {

@@ -1,4 +1,4 @@
-#include "case_roles.h"
+#include "data/case_roles.h"
 
 #include <algorithm>
 #include <string>

@@ -1,4 +1,4 @@
-#include "csv_columns.h"
+#include "data/csv_columns.h"
 
 #include <utf8.h>
 
