@@ -2,6 +2,7 @@
 
 #include <malloc.h>
 
+#include <limits>
 #include <memory>
 
 #include <benchmark/benchmark.h>
@@ -88,4 +89,12 @@ BENCHMARK_CAPTURE(Delete, rules_and_3_classes, FillWithRuleAndClasses)
 }  // namespace
 }  // namespace tree::bench
 
-BENCHMARK_MAIN();
+int main(int argc, char** argv) {
+  // What has been freed stays with the allocator: otherwise it depends on the layout of the heap
+  // whether a round waits for the system to hand out fresh pages.
+  mallopt(M_TRIM_THRESHOLD, std::numeric_limits<int>::max());
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+}

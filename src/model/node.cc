@@ -372,11 +372,11 @@ void NodeImp::CopyAllButChildren(NodeImp const& other) {
   }
 }
 
-// Deletes the deepest nodes first and children in order of position, finding the way by the nodes
-// themselves: neither the depth of the tree nor a lack of memory can stop a deletion.
+// Deletes the deepest nodes first, finding the way by the nodes themselves: neither the depth of
+// the tree nor a lack of memory can stop a deletion. Later children go before earlier ones: what
+// was allocated last is freed first, which allocators like best.
 void NodeImp::DeleteSubtrees() {
   NodeImp* node = this;
-  std::reverse(children_.begin(), children_.end());  // vectors lose their last element most easily
   for (;;) {
     Children& children = node->children_;
     if (children.empty()) {
@@ -389,7 +389,6 @@ void NodeImp::DeleteSubtrees() {
       NodeImp* const child = children.back().get();
       child->parent_ = node;  // a node stored in two trees in turn may name the other one
       node = child;
-      std::reverse(node->children_.begin(), node->children_.end());
     }
   }
 }

@@ -92,11 +92,10 @@ class Reader {
     }
     CheckParsed(csv_parse(&parser_, piece.data(), piece.size(), TakeField, EndRow, this) ==
                 piece.size());
-    // Nothing is thrown through libcsv.
-    if (failure_ != nullptr) std::rethrow_exception(failure_);
   }
 
   void CheckParsed(bool parsed) {
+    // Nothing has been thrown through libcsv.
     if (failure_ != nullptr) std::rethrow_exception(failure_);
     if (parsed) return;
     bool const quotes = csv_error(&parser_) == CSV_EPARSE;
