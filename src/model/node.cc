@@ -37,13 +37,42 @@ SplitRule* NewHandle(std::vector<std::unique_ptr<SplitRuleImp>> const& rules,
   return found ? new SplitRule(*rules[position]) : nullptr;
 }
 
+// Clones of the first `count` rules, or of all that there are.
 std::vector<std::unique_ptr<SplitRuleImp>> CloneRules(
-    std::vector<std::unique_ptr<SplitRuleImp>> const& rules) {
-  std::vector<std::unique_ptr<SplitRuleImp>> clones(rules.size());
-  std::transform(rules.begin(), rules.end(), clones.begin(), [](auto const& rule) {
-    return std::unique_ptr<SplitRuleImp>(rule == nullptr ? nullptr : rule->Clone());
-  });
+    std::vector<std::unique_ptr<SplitRuleImp>> const& rules, int count) {
+  auto const wanted = static_cast<std::size_t>(std::max(count, 0));
+  std::vector<std::unique_ptr<SplitRuleImp>> clones(std::min(wanted, rules.size()));
+  std::transform(rules.begin(), rules.begin() + static_cast<std::ptrdiff_t>(clones.size()),
+                 clones.begin(), [](auto const& rule) {
+                   return std::unique_ptr<SplitRuleImp>(rule == nullptr ? nullptr : rule->Clone());
+                 });
   return clones;
+}
+
+// Reads the summaries as any reader does: a derived node may answer from elsewhere, or not at all,
+// and then what `to` holds stays.
+void CopyPredictors(NodeImp const& from, NodeImp& to) {
+  int const count = std::max(from.GetNumPredictors(), 0);
+  to.SetNumPredictors(static_cast<unsigned int>(count));
+  for (int index = 0; index < count; ++index) {
+    double minimum = -1.0;
+    double maximum = -1.0;
+    if (from.GetPredictorRange(index, &minimum, &maximum)) {
+      to.SetPredictorRange(index, minimum, maximum);
+    }
+    int numValues = -1;
+    if (from.GetNumPredictorValues(index, &numValues)) {
+      to.SetNumPredictorValues(index, numValues);
+      std::vector<double> values(static_cast<std::size_t>(std::max(numValues, 0)));
+      if (from.GetPredictorValues(index, values.data(), numValues)) {
+        to.SetPredictorValues(index, values.data(), numValues);
+      }
+    }
+    bool hasMissingValues = false;
+    if (from.GetPredictorMissingValueFlag(index, &hasMissingValues)) {
+      to.SetPredictorMissingValueFlag(index, hasMissingValues);
+    }
+  }
 }
 
 // Takes `info` as an object of the library's own class; anything else is deleted.
@@ -86,7 +115,9 @@ NodeImp::NodeImp(NodeImp const& other) : Node(other) { CopySubtree(other); }
 
 NodeImp& NodeImp::operator=(NodeImp const& other) {
   if (this == &other) return *this;
-  NodeImp copy(other);
+  NodeImp copy;
+  copy.predictors_ = predictors_;
+  copy.CopySubtree(other);
   Clean();
   children_.swap(copy.children_);
   for (std::unique_ptr<NodeImp> const& child : children_) {
@@ -357,10 +388,10 @@ void NodeImp::CopySubtree(NodeImp const& other) {
 
 void NodeImp::CopyAllButChildren(NodeImp const& other) {
   children_.reserve(other.children_.size());
-  competitors_ = CloneRules(other.competitors_);
-  surrogates_ = CloneRules(other.surrogates_);
+  competitors_ = CloneRules(other.competitors_, other.GetNumCompetitors());
+  surrogates_ = CloneRules(other.surrogates_, other.GetNumSurrogates());
   id_ = other.id_;
-  predictors_ = other.predictors_;
+  CopyPredictors(other, *this);
   isClassification_ = other.isClassification_;
   for (DataSample const sample : {TrainingSample, TestSample}) {
     std::size_t const slot = Slot(sample);

@@ -326,5 +326,86 @@ TEST(NodeImpCopy, CopiesEachRuleInItsOwnKind) {
   EXPECT_EQ(copy.GetCompetitorImp(1)->Classify(2.0), 0);
 }
 
+// A node that tells readers other things than it holds.
+class Pretender : public NodeImp {
+ public:
+  int GetNumCompetitors() const override { return 1; }
+  int GetNumSurrogates() const override { return 0; }
+  int GetNumPredictors() const override { return 2; }
+  bool GetPredictorRange(int index, double* minimum, double* maximum) const override {
+    *minimum = 5.0;
+    *maximum = 6.0;
+    return index == 0;
+  }
+  bool GetNumPredictorValues(int index, int* count) const override {
+    *count = 2;
+    return index == 0;
+  }
+  bool GetPredictorValues(int /*index*/, double* values, int count) const override {
+    std::fill_n(values, count, 7.0);
+    return true;
+  }
+  bool GetPredictorMissingValueFlag(int index, bool* flag) const override {
+    *flag = true;
+    return index == 0;
+  }
+};
+
+TEST(NodeImpCopy, ReadsItsSourceThroughItsVirtualOperations) {
+  Pretender source;
+  source.SetNumCompetitors(2);
+  source.SetCompetitor(0, new OSplitRule(systemMissingValue(), 3));
+  source.SetCompetitor(1, new OSplitRule(systemMissingValue(), 4));
+  source.SetNumSurrogates(1);
+  source.SetSurrogate(0, new OSplitRule(systemMissingValue(), 5));
+  source.SetNumPredictors(3);
+
+  NodeImp const copy(source);
+
+  EXPECT_EQ(copy.GetNumCompetitors(), 1);
+  EXPECT_EQ(copy.GetCompetitorImp(0)->GetPredictorIndex(), 3);
+  EXPECT_EQ(copy.GetNumSurrogates(), 0);
+  EXPECT_EQ(copy.GetNumPredictors(), 2);
+  double minimum = 0.0;
+  double maximum = 0.0;
+  EXPECT_TRUE(copy.GetPredictorRange(0, &minimum, &maximum));
+  EXPECT_EQ(minimum, 5.0);
+  EXPECT_EQ(maximum, 6.0);
+  int numValues = 0;
+  EXPECT_TRUE(copy.GetNumPredictorValues(0, &numValues));
+  EXPECT_EQ(numValues, 2);
+  double values[2] = {};
+  EXPECT_TRUE(copy.GetPredictorValues(0, values, 2));
+  EXPECT_EQ(values[1], 7.0);
+  bool flag = false;
+  EXPECT_TRUE(copy.GetPredictorMissingValueFlag(0, &flag));
+  EXPECT_TRUE(flag);
+}
+
+TEST(NodeImpCopy, KeepsASummaryOfWhichItsSourceSaysNothing) {
+  Pretender const source;
+  NodeImp target;
+  target.SetNumPredictors(3);
+  target.SetPredictorRange(1, 10.0, 20.0);
+  double const values[] = {1.0, 2.0, 3.0};
+  target.SetPredictorValues(1, values, 3);
+  target.SetPredictorMissingValueFlag(1, true);
+
+  target = source;
+
+  EXPECT_EQ(target.GetNumPredictors(), 2);
+  double minimum = 0.0;
+  double maximum = 0.0;
+  EXPECT_TRUE(target.GetPredictorRange(1, &minimum, &maximum));
+  EXPECT_EQ(minimum, 10.0);
+  EXPECT_EQ(maximum, 20.0);
+  int numValues = 0;
+  EXPECT_TRUE(target.GetNumPredictorValues(1, &numValues));
+  EXPECT_EQ(numValues, 3);
+  bool flag = false;
+  EXPECT_TRUE(target.GetPredictorMissingValueFlag(1, &flag));
+  EXPECT_TRUE(flag);
+}
+
 }  // namespace
 }  // namespace tree
