@@ -10,14 +10,9 @@
 #include <vector>
 
 #include "cart/ordered_search.h"
+#include "growing/node_lists.h"
 
 namespace tree::grow {
-
-/// A case, by its index in the sample, with the category code that it has in one nominal predictor.
-struct CodedCase {
-  std::uint32_t code;
-  std::uint32_t index;
-};
 
 /// A split of a node by categories of a nominal predictor.
 struct NominalSplit {
