@@ -16,10 +16,11 @@ struct CodedCase {
   std::uint32_t index;
 };
 
-/// The cases of every node of a tree that is being grown. There is one list of all cases, and one per
-/// predictor of those that have a value of it; a node is a range of each. Splitting a node puts its
-/// ranges in order of children, and each child's part of a list keeps the order of the list: ordered
-/// predictors are sorted once for the whole tree, and all nodes together take the memory of the root.
+/// The cases of every node of a tree that is being grown. There is one list of all cases, and one
+/// per predictor of those that have a value of it; a node is a range of each. Splitting a node puts
+/// its ranges in order of children, and each child's part of a list keeps the order of the list:
+/// ordered predictors are sorted once for the whole tree, and all nodes together take the memory of
+/// the root.
 class NodeLists {
  public:
   /// A part of one list.
