@@ -298,22 +298,22 @@ SplitRuleImp* NodeImp::GetSurrogateImp(unsigned int position) const {
 void NodeImp::SetNumPredictors(unsigned int count) { predictors_.resize(count); }
 
 void NodeImp::SetPredictorRange(int index, double minimum, double maximum) {
-  internal::RequireIndex(index, GetNumPredictors(), "NodeImp::SetPredictorRange");
+  internal::RequireIndex(index, predictors_.size(), "NodeImp::SetPredictorRange");
   predictors_[static_cast<std::size_t>(index)].SetValueRange(minimum, maximum);
 }
 
 void NodeImp::SetNumPredictorValues(int index, int count) {
-  internal::RequireIndex(index, GetNumPredictors(), "NodeImp::SetNumPredictorValues");
+  internal::RequireIndex(index, predictors_.size(), "NodeImp::SetNumPredictorValues");
   predictors_[static_cast<std::size_t>(index)].SetNumValues(count);
 }
 
 void NodeImp::SetPredictorValues(int index, double const* values, int count) {
-  internal::RequireIndex(index, GetNumPredictors(), "NodeImp::SetPredictorValues");
+  internal::RequireIndex(index, predictors_.size(), "NodeImp::SetPredictorValues");
   predictors_[static_cast<std::size_t>(index)].SetValues(values, count);
 }
 
 void NodeImp::SetPredictorMissingValueFlag(int index, bool flag) {
-  internal::RequireIndex(index, GetNumPredictors(), "NodeImp::SetPredictorMissingValueFlag");
+  internal::RequireIndex(index, predictors_.size(), "NodeImp::SetPredictorMissingValueFlag");
   predictors_[static_cast<std::size_t>(index)].SetHasMissingValues(flag);
 }
 

@@ -16,7 +16,7 @@ std::uint32_t IndexOf(Item const& item) {
 
 template <class Item>
 std::span<Item const> Part(std::vector<Item> const& list, NodeLists::Range range) {
-  return {list.data() + range.begin, range.size()};
+  return {list.data() + range.begin, range.Size()};
 }
 
 /// Puts the items of a range in order of their children, and within one leaves them in theirs.

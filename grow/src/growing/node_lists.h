@@ -28,7 +28,7 @@ class NodeLists {
     std::size_t begin = 0;
     std::size_t end = 0;
 
-    std::size_t size() const { return end - begin; }
+    std::size_t Size() const { return end - begin; }
   };
   /// The parts of one node.
   struct Node {

@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <array>
 #include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <tuple>
 #include <utility>
 
 namespace tree::grow {
@@ -43,30 +46,54 @@ void SortByLeadingBits(std::vector<RankedCase>& cases) {
   }
 }
 
+/// Sorts those whose leading bits agree by the rest of their values. `values`: of the cases.
+void SortWithinLeadingBits(std::vector<RankedCase>& cases, std::vector<double>& values) {
+  std::vector<std::pair<double, RankedCase>> run;
+  for (std::size_t begin = 0; begin < cases.size();) {
+    std::size_t end = begin + 1;
+    bool sorted = true;
+    for (; end < cases.size() && cases[end].rank == cases[begin].rank; ++end) {
+      sorted = sorted && values[end - 1] <= values[end];
+    }
+    if (!sorted) {
+      run.clear();
+      for (std::size_t place = begin; place < end; ++place) {
+        run.emplace_back(values[place], cases[place]);
+      }
+      std::stable_sort(run.begin(), run.end(),
+                       [](auto const& a, auto const& b) { return a.first < b.first; });
+      for (std::size_t place = begin; place < end; ++place) {
+        std::tie(values[place], cases[place]) = run[place - begin];
+      }
+    }
+    begin = end;
+  }
+}
+
 }  // namespace
 
 RankedPredictor RankCases(Column const& column, std::vector<std::size_t> const& rows) {
-  auto const valueOf = [&](RankedCase const& item) { return column.values[rows[item.index]]; };
   RankedPredictor result;
   std::vector<RankedCase>& cases = result.cases;
+  cases.reserve(rows.size());
   for (std::size_t index = 0; index < rows.size(); ++index) {
-    if (column.IsMissing(rows[index])) continue;
-    cases.push_back({LeadingBits(column.values[rows[index]]), static_cast<std::uint32_t>(index)});
+    double const value = column.values[rows[index]];
+    if (value == column.description.missingValue) continue;
+    cases.push_back({LeadingBits(value), static_cast<std::uint32_t>(index)});
   }
   SortByLeadingBits(cases);
 
-  for (auto run = cases.begin(); run != cases.end();) {
-    auto const end = std::find_if(run, cases.end(),
-                                  [&](RankedCase const& item) { return item.rank != run->rank; });
-    auto const byValue = [&](RankedCase const& a, RankedCase const& b) {
-      return valueOf(a) < valueOf(b);
-    };
-    if (!std::is_sorted(run, end, byValue)) std::stable_sort(run, end, byValue);
-    for (; run != end; ++run) {
-      double const value = valueOf(*run) + 0.0;
-      if (result.values.empty() || result.values.back() != value) result.values.push_back(value);
-      run->rank = static_cast<std::uint32_t>(result.values.size() - 1);
+  // Gathering all values at once lets the processor wait for many of them at the same time.
+  std::vector<double> values(cases.size());
+  std::transform(cases.begin(), cases.end(), values.begin(), [&](RankedCase const& item) {
+    return column.values[rows[item.index]] + 0.0;  // the sum turns -0.0 into 0.0
+  });
+  SortWithinLeadingBits(cases, values);
+  for (std::size_t place = 0; place < cases.size(); ++place) {
+    if (result.values.empty() || result.values.back() != values[place]) {
+      result.values.push_back(values[place]);
     }
+    cases[place].rank = static_cast<std::uint32_t>(result.values.size() - 1);
   }
   return result;
 }
