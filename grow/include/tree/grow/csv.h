@@ -25,8 +25,9 @@ struct CsvOptions {
   char delimiter = ',';  ///< between fields: no quote, blank or line break
   /// Texts that mark a missing value. An empty field always does.
   std::vector<std::string> missingTexts = {"NA"};
-  /// Levels by column name. The level of a column that is not listed is inferred from its first
-  /// 1000 values that are not missing: nominal if one of them is no number, else continuous.
+  /// Levels by column name. The level of a column that is not listed is inferred from the first
+  /// 1000 rows: nominal if one of its values there is neither missing nor a number, else
+  /// continuous.
   std::map<std::string, global::MeasurementLevel> levels = {};
   /// Categories by column name, from low to high; no others may occur in such a column. Unless its
   /// level says otherwise it is ordinal.

@@ -181,6 +181,14 @@ TEST(Csv, RefusesAWordAfterAThousandNumbers) {
   EXPECT_EQ(Refusal(text), "cases.csv:1002: column \"x\": value \"word\" is not a number");
 }
 
+TEST(Csv, InfersFromRowsWhetherTheyHaveAValueOrNot) {
+  std::string text = "x,y\n";
+  for (int row = 0; row < 1000; ++row) text += ",1\n";
+  text += "word,1\n";
+
+  EXPECT_EQ(Refusal(text), "cases.csv:1002: column \"x\": value \"word\" is not a number");
+}
+
 TEST(Csv, TakesLevelsThatAreGiven) {
   CsvOptions options;
   options.levels = {{"zip", global::MeasurementNominal}, {"rank", global::MeasurementOrdinal}};
