@@ -4,6 +4,7 @@
 #include <type_traits>
 
 #include "property/models/agree.h"
+#include "testing/settings_builder.h"
 
 namespace tree::testing {
 
@@ -31,21 +32,6 @@ Offer<Interface, Model> AnyPart(Interface const* own,
                                 Part<Imp, Model> const& callers, Choices& choices) {
   if (choices.Below(3) == 1) return {nullptr, Model()};
   return OwnOrCallers(own, ownModel.value_or(Model()), callers, choices);
-}
-
-std::unique_ptr<AlgSettings> Make(AlgorithmType type, CoreSettings const& core) {
-  switch (type) {
-    case AlgRCart:
-      return std::make_unique<RCartSettingsImp>(core);
-    case AlgCCart:
-      return std::make_unique<CCartSettingsImp>(core);
-    case AlgRChaid:
-      return std::make_unique<RChaidSettingsImp>(core);
-    case AlgCChaid:
-      return std::make_unique<CChaidSettingsImp>(core);
-    default:
-      return std::make_unique<QuestSettingsImp>(core);
-  }
 }
 
 /// Changes one of the settings' own parts of a class.
@@ -285,7 +271,7 @@ void CallersParts::Check() const {
 }
 
 SettingsPair::SettingsPair(AlgorithmType type, Part<CoreSettingsImp, CoreModel> const& core)
-    : settings(Make(type, core.object)), model(type, core.model) {}
+    : settings(testing::SettingsOf(type, core.object)), model(type, core.model) {}
 
 void ChangeShared(SettingsPair& pair, CallersParts const& parts, Choices& choices) {
   auto& [settings, model] = pair;
