@@ -1,37 +1,95 @@
 #ifndef TREE_GROW_SRC_CART_CLASS_CRITERIA_H_
 #define TREE_GROW_SRC_CART_CLASS_CRITERIA_H_
 
-#include <vector>
+// What a division of a node into two improves, by the probabilities of the classes on its sides:
+// p(j, L) and p(j, R), the shares of all cases that are of class j and on that side, after priors.
+// An improvement is the difference of a score, a quotient that is compared at every cut point
+// without dividing, and an offset that is the same for all divisions of the node.
 
-#include "tree/settings.h"
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
 
 namespace tree::grow {
 
-/// How much a binary split of a node improves on the node, by the classes of the cases on either
-/// side. `left`, `right`: one number per class, the weights of the side's cases of that class times
-/// prior over number of cases of the class, so that they add up to the probability of the side
-/// (Breiman, Friedman, Olshen and Stone 1984, section 4.4). Both sides must weigh something.
-/// The scale: what the impurity of the whole tree loses, impurities being weighted by the
-/// probability of their node.
+/// A quotient; of greater ones, the better.
+struct Score {
+  double numerator;
+  double denominator;
+};
 
-using ClassWeights = std::vector<double>;
+/// The decrease of Gini impurity, 1 - sum of p(j | t)^2, times the probability of the node:
+/// sum p(j, L)^2 / p(L) + sum p(j, R)^2 / p(R) - sum p(j, t)^2 / p(t). Source: Breiman, Friedman,
+/// Olshen and Stone 1984, section 4.3.1.
+struct Gini {
+  static Score ScoreOf(double const* left, double const* right, std::size_t numClasses) {
+    double leftSum = 0.0;
+    double rightSum = 0.0;
+    double leftSquares = 0.0;
+    double rightSquares = 0.0;
+    for (std::size_t j = 0; j < numClasses; ++j) {
+      leftSum += left[j];
+      rightSum += right[j];
+      leftSquares += left[j] * left[j];
+      rightSquares += right[j] * right[j];
+    }
+    return {leftSquares * rightSum + rightSquares * leftSum, leftSum * rightSum};
+  }
+  static double OffsetOf(double const* node, std::size_t numClasses) {
+    double sum = 0.0;
+    double squares = 0.0;
+    for (std::size_t j = 0; j < numClasses; ++j) {
+      sum += node[j];
+      squares += node[j] * node[j];
+    }
+    return sum > 0.0 ? squares / sum : 0.0;
+  }
+};
 
-/// The loss of Gini impurity, 1 - sum of p(j|t)^2. Source: Breiman et al. 1984, section 4.3.1.
-double GiniImprovement(ClassWeights const& left, ClassWeights const& right);
-
-/// The twoing value p(L) p(R) / 4 times the square of the sum of |p(j|L) - p(j|R)|, times the
-/// probability of the node. Source: Breiman et al. 1984, section 4.3.2.
-double TwoingImprovement(ClassWeights const& left, ClassWeights const& right);
+/// The twoing value p(L) p(R) / 4 times the square of the sum of |p(j | L) - p(j | R)|, times the
+/// probability of the node: the decrease of Gini impurity of the best pair of superclasses, halved.
+/// Source: Breiman et al. 1984, section 4.3.2.
+struct Twoing {
+  static Score ScoreOf(double const* left, double const* right, std::size_t numClasses) {
+    double leftSum = 0.0;
+    double rightSum = 0.0;
+    for (std::size_t j = 0; j < numClasses; ++j) {
+      leftSum += left[j];
+      rightSum += right[j];
+    }
+    if (!(leftSum > 0.0) || !(rightSum > 0.0)) return {0.0, 1.0};
+    double difference = 0.0;
+    for (std::size_t j = 0; j < numClasses; ++j) {
+      difference += std::abs(left[j] * rightSum - right[j] * leftSum);
+    }
+    // (difference / (leftSum rightSum))^2 leftSum rightSum / (4 (leftSum + rightSum))
+    return {difference * difference, 4.0 * leftSum * rightSum * (leftSum + rightSum)};
+  }
+  static double OffsetOf(double const*, std::size_t) { return 0.0; }
+};
 
 /// The twoing value of the best pair of superclasses {0..k}, {k+1..} of ordered classes, times the
 /// probability of the node. Source: Breiman et al. 1984, section 4.3.3.
-double OrderedTwoingImprovement(ClassWeights const& left, ClassWeights const& right);
-
-/// One of the three.
-using ClassImprovement = double (*)(ClassWeights const& left, ClassWeights const& right);
-
-/// The function for the settings' criterion: 0 Gini, 1 twoing, 2 ordered twoing. Null for others.
-ClassImprovement FindClassImprovement(CartSplitCriteria criteria);
+struct OrderedTwoing {
+  static Score ScoreOf(double const* left, double const* right, std::size_t numClasses) {
+    double leftSum = 0.0;
+    double rightSum = 0.0;
+    for (std::size_t j = 0; j < numClasses; ++j) {
+      leftSum += left[j];
+      rightSum += right[j];
+    }
+    if (!(leftSum > 0.0) || !(rightSum > 0.0)) return {0.0, 1.0};
+    double difference = 0.0;
+    double largest = 0.0;
+    // The last class would make the first superclass hold all.
+    for (std::size_t j = 0; j + 1 < numClasses; ++j) {
+      difference += left[j] * rightSum - right[j] * leftSum;
+      largest = std::max(largest, std::abs(difference));
+    }
+    return {largest * largest, leftSum * rightSum * (leftSum + rightSum)};
+  }
+  static double OffsetOf(double const*, std::size_t) { return 0.0; }
+};
 
 }  // namespace tree::grow
 

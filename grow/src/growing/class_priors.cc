@@ -42,18 +42,23 @@ double CostOf(Cost const& costs, int predicted, int observed) {
   return predicted == observed ? 0.0 : 1.0;
 }
 
-std::vector<double> FindPriors(Priors const& priors, Cost const& costs,
-                               std::vector<double> const& classWeights) {
+std::vector<double> FindPriors(Priors const& priors, std::vector<double> const& classWeights) {
   std::vector<double> found(classWeights.size());
   for (std::size_t j = 0; j < found.size(); ++j) {
-    if (classWeights[j] <= 0.0) continue;
-    found[j] = PriorOf(priors, j, classWeights);
-    if (priors.HasAlteredValues()) found[j] *= SumOfColumn(costs, j, found.size());
+    if (classWeights[j] > 0.0) found[j] = PriorOf(priors, j, classWeights);
   }
   if (Norm(found)) return found;
   for (std::size_t j = 0; j < found.size(); ++j) found[j] = classWeights[j] > 0.0 ? 1.0 : 0.0;
   Norm(found);
   return found;
+}
+
+std::vector<double> AlterPriors(std::vector<double> const& priors, Cost const& costs) {
+  std::vector<double> altered(priors);
+  for (std::size_t j = 0; j < altered.size(); ++j) {
+    altered[j] *= SumOfColumn(costs, j, altered.size());
+  }
+  return Norm(altered) ? altered : priors;
 }
 
 }  // namespace tree::grow

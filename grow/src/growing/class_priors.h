@@ -12,16 +12,18 @@ namespace tree::grow {
 /// diagonal.
 double CostOf(Cost const& costs, int predicted, int observed);
 
-/// The prior probabilities that a tree is grown with, by class, which add up to 1. `classWeights`:
-/// weighted number of training cases, by class, at least one of them above 0.
+/// The prior probabilities of the classes, which add up to 1. `classWeights`: weighted number of
+/// training cases, by class, at least one of them above 0.
 /// By type: `PriorTypeDefault`, all classes alike; `PriorTypeAlternate`, their shares of the
-/// training cases; `PriorTypeCustom`, as they were set. If the settings want altered priors, they
-/// are then weighed by the costs: with p(j) and the sum C(j) of column j, proportional to
-/// p(j) C(j). Source: Breiman, Friedman, Olshen and Stone 1984, section 4.4.
-/// A class without training cases has the prior 0, for nothing can be learned about it; and if no
-/// class is left a prior, all that have cases are alike.
-std::vector<double> FindPriors(Priors const& priors, Cost const& costs,
-                               std::vector<double> const& classWeights);
+/// training cases; `PriorTypeCustom`, as they were set. A class without training cases has the
+/// prior 0, for nothing can be learned about it; and if no class is left a prior, all that have
+/// cases are alike.
+std::vector<double> FindPriors(Priors const& priors, std::vector<double> const& classWeights);
+
+/// Priors altered by costs: with p(j) and the sum C(j) of column j, proportional to p(j) C(j).
+/// Splits found with them mind the costs. Source: Breiman, Friedman, Olshen and Stone 1984, section
+/// 4.4. Where all of them would be 0, the priors stay.
+std::vector<double> AlterPriors(std::vector<double> const& priors, Cost const& costs);
 
 }  // namespace tree::grow
 

@@ -41,37 +41,59 @@ TEST(CostOf, TakesTheDefaultForWhatTheMatrixLacks) {
 }
 
 TEST(FindPriors, MakesAllClassesAlikeByDefault) {
-  EXPECT_THAT(FindPriors(PriorsImp(), CostImp(), {10.0, 30.0}), ElementsAre(0.5, 0.5));
+  EXPECT_THAT(FindPriors(PriorsImp(), {10.0, 30.0}), ElementsAre(0.5, 0.5));
 }
 
 TEST(FindPriors, TakesTheSharesOfTheTrainingCases) {
   PriorsImp priors;
   priors.Set(PriorTypeAlternate);
 
-  EXPECT_THAT(FindPriors(priors, CostImp(), {10.0, 30.0}), ElementsAre(0.25, 0.75));
+  EXPECT_THAT(FindPriors(priors, {10.0, 30.0}), ElementsAre(0.25, 0.75));
 }
 
 TEST(FindPriors, TakesCustomValuesAndNormsThem) {
-  EXPECT_THAT(FindPriors(Custom({0.2, 0.6}), CostImp(), {10.0, 30.0}),
-              ElementsAre(Near(0.25), Near(0.75)));
+  EXPECT_THAT(FindPriors(Custom({0.2, 0.6}), {10.0, 30.0}), ElementsAre(Near(0.25), Near(0.75)));
 }
 
 TEST(FindPriors, TakesZeroForClassesThatNobodySet) {
-  EXPECT_THAT(FindPriors(Custom({1.0}), CostImp(), {10.0, 30.0}), ElementsAre(1.0, 0.0));
+  EXPECT_THAT(FindPriors(Custom({1.0}), {10.0, 30.0}), ElementsAre(1.0, 0.0));
 }
 
-TEST(FindPriors, WeighsByTheCostsOfEachColumnWhereThatIsWanted) {
-  PriorsImp priors;
+TEST(FindPriors, LeavesOutTheCostsEvenWhereAlteredPriorsAreWanted) {
+  PriorsImp priors = Custom({0.2, 0.8});
+  priors.AlterValues(true);
+
+  EXPECT_THAT(FindPriors(priors, {10.0, 10.0}), ElementsAre(Near(0.2), Near(0.8)));
+}
+
+TEST(FindPriors, LeavesNothingToClassesWithoutCases) {
+  EXPECT_THAT(FindPriors(PriorsImp(), {10.0, 0.0, 30.0}), ElementsAre(0.5, 0.0, 0.5));
+  EXPECT_THAT(FindPriors(Custom({0.2, 0.5, 0.3}), {10.0, 0.0, 30.0}),
+              ElementsAre(Near(0.4), 0.0, Near(0.6)));
+}
+
+TEST(FindPriors, MakesClassesAlikeWhereNoneIsLeftAPrior) {
+  EXPECT_THAT(FindPriors(Custom({0.0, 1.0, 0.0}), {10.0, 0.0, 30.0}), ElementsAre(0.5, 0.0, 0.5));
+}
+
+TEST(AlterPriors, WeighsByTheCostsOfEachColumn) {
   CostImp costs;
   costs.Set(1, 0, 3.0);  // a case of class 0 taken for class 1
   costs.Set(0, 1, 1.0);
 
-  EXPECT_THAT(FindPriors(priors, costs, {10.0, 10.0}), ElementsAre(0.5, 0.5));
-  priors.AlterValues(true);
-  EXPECT_THAT(FindPriors(priors, costs, {10.0, 10.0}), ElementsAre(0.75, 0.25));
+  EXPECT_THAT(AlterPriors({0.5, 0.5}, costs), ElementsAre(0.75, 0.25));
 }
 
-TEST(FindPriors, AltersAsThePriorsThemselvesDo) {
+TEST(AlterPriors, TakesTheDefaultForCostsThatTheMatrixLacks) {
+  CostImp costs;
+  costs.Set(1, 0, 5.0);
+
+  // Columns add up to 5 + 1, 1 + 1 and 1 + 1.
+  EXPECT_THAT(AlterPriors({0.2, 0.3, 0.5}, costs),
+              ElementsAre(Near(1.2 / 2.8), Near(0.6 / 2.8), Near(1.0 / 2.8)));
+}
+
+TEST(AlterPriors, AltersAsThePriorsThemselvesDo) {
   CostImp costs;
   costs.SetDefault(CostImp::CostMatrixMain, 3);
   costs.Set(0, 1, 4.0);
@@ -80,28 +102,19 @@ TEST(FindPriors, AltersAsThePriorsThemselvesDo) {
   PriorsImp priors = Custom({0.5, 0.2, 0.3});
   priors.AlterValues(true);
 
-  std::vector<double> const found = FindPriors(priors, costs, {1.0, 2.0, 3.0});
+  std::vector<double> const altered = AlterPriors({0.5, 0.2, 0.3}, costs);
 
   ASSERT_TRUE(priors.ComputeAltered(costs));
-  EXPECT_THAT(found, ElementsAre(Near(priors.GetAltered(0)), Near(priors.GetAltered(1)),
-                                 Near(priors.GetAltered(2))));
+  EXPECT_THAT(altered, ElementsAre(Near(priors.GetAltered(0)), Near(priors.GetAltered(1)),
+                                   Near(priors.GetAltered(2))));
 }
 
-TEST(FindPriors, LeavesNothingToClassesWithoutCases) {
-  EXPECT_THAT(FindPriors(PriorsImp(), CostImp(), {10.0, 0.0, 30.0}), ElementsAre(0.5, 0.0, 0.5));
-  EXPECT_THAT(FindPriors(Custom({0.2, 0.5, 0.3}), CostImp(), {10.0, 0.0, 30.0}),
-              ElementsAre(Near(0.4), 0.0, Near(0.6)));
-}
-
-TEST(FindPriors, MakesClassesAlikeWhereNoneIsLeftAPrior) {
-  EXPECT_THAT(FindPriors(Custom({0.0, 1.0, 0.0}), CostImp(), {10.0, 0.0, 30.0}),
-              ElementsAre(0.5, 0.0, 0.5));
-  PriorsImp altered;
-  altered.AlterValues(true);
+TEST(AlterPriors, LeavesPriorsAsTheyAreWhereNothingCosts) {
   CostImp free;
   free.Set(0, 1, 0.0);
   free.Set(1, 0, 0.0);
-  EXPECT_THAT(FindPriors(altered, free, {10.0, 30.0}), ElementsAre(0.5, 0.5));
+
+  EXPECT_THAT(AlterPriors({0.25, 0.75}, free), ElementsAre(0.25, 0.75));
 }
 
 }  // namespace

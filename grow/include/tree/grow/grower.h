@@ -1,0 +1,75 @@
+#ifndef TREE_GROW_GROWER_H_
+#define TREE_GROW_GROWER_H_
+
+/// @file
+/// The growing algorithms. `MakeGrower` gives one for any kind of settings that is supported; it
+/// grows, prunes and validates trees through the interface that all algorithms share
+/// (`TreeAlgorithm`), and hands out the tree for routing and printing.
+///
+///     CoreSettingsImp const core = MakeCoreSettings(data, roles);
+///     CCartSettingsImp settings(core);
+///     std::unique_ptr<Grower> const grower = MakeGrower(data, roles, settings);
+///     if (grower->Grow() && grower->Prune() && grower->Validate()) {
+///       std::cout << *grower->GetStatistics();
+///     } else {
+///       std::cerr << grower->GetFailureMessage() << '\n';
+///     }
+///
+/// The same data, settings and seed give the same tree, bit for bit, for every number of threads
+/// and every order of the cases. Threads: a grower is used by one thread at a time.
+
+#include <cstddef>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "tree/export.h"
+#include "tree/grow/data_set.h"
+#include "tree/grow/input_error.h"
+#include "tree/results.h"
+#include "tree/settings.h"
+
+namespace tree::grow {
+
+/// What a grower needs to know beyond the settings of its algorithm.
+struct GrowOptions {
+  /// Number of threads that work; 0 for as many as the machine can run at a time.
+  int numThreads = 0;
+  /// The share of the cases that a split-sample validation draws for its test sample, in (0, 1).
+  /// Not used where a column of the data says which sample each case belongs to.
+  double testShare = 0.3;
+};
+
+/// A growing algorithm on a data set.
+class TREE_API Grower : public TreeAlgorithm {
+ public:
+  ~Grower() override;
+
+  /// Number of cases that count in the sample.
+  virtual std::size_t GetNumCases(DataSample sample) const noexcept = 0;
+  /// How many cases of the data set count in neither sample. **Borrowed**.
+  virtual LeftOutCases const& GetLeftOut() const noexcept = 0;
+  /// What the user should know about the data, as sentences: predictors that are not used and why.
+  /// **Borrowed**.
+  virtual std::vector<std::string> const& GetRemarks() const noexcept = 0;
+};
+
+/// A grower for these settings, without a tree. `data`: **borrowed** for the grower's life, and not
+/// to be changed. `settings`: **copied**; made from `MakeCoreSettings` of the same data and roles,
+/// with `CCartSettingsImp` for a nominal or ordinal target and `RCartSettingsImp` for a continuous
+/// one. Throws `InputError` for what `CaseSelection` refuses, for settings that do not fit the
+/// data, and for options out of range. Reads the data once: linear in cases times predictors, with
+/// a sort of each ordered predictor.
+TREE_API std::unique_ptr<Grower> MakeGrower(DataSet const& data, CaseRoles const& roles,
+                                            AlgSettings const& settings,
+                                            GrowOptions const& options = {});
+
+/// Writes the values that the predictors have in one case of the data set to `values`, in order of
+/// the predictors: what `NodeImp::DropObservationThroughTree` routes. `values`: an array of one
+/// double per predictor. Requires valid indexes.
+TREE_API void CopyCase(DataSet const& data, std::vector<int> const& predictors, std::size_t row,
+                       double* values);
+
+}  // namespace tree::grow
+
+#endif  // TREE_GROW_GROWER_H_

@@ -1,0 +1,225 @@
+#include "growing/case_lists.h"
+
+#include <algorithm>
+
+namespace tree::grow {
+namespace {
+
+constexpr std::uint32_t kNoPlace = 0xFFFF'FFFF;
+
+/// Cases lie scattered when they are sorted: so far ahead they are called for.
+constexpr std::size_t kPrefetchDistance = 24;
+/// The data of so many cases stay in the processor's cache, where nothing has to be called for.
+constexpr std::size_t kPlacesInCache = std::size_t{1} << 17;
+
+/// Puts cases into new lists. A case starts a value in its new list when it is the first of its
+/// value there, whether or not it was the first in the old one.
+class ValueStarts {
+ public:
+  explicit ValueStarts(std::size_t numLists) : lastValues_(numLists, 0) {}
+
+  /// Leaves a case out.
+  void Skip(SortedCase item) { value_ += item.StartsValue() ? 1U : 0U; }
+  /// The case as it is to stand in the list, at its new place.
+  SortedCase Place(SortedCase item, std::size_t list, std::uint32_t place) {
+    Skip(item);
+    bool const starts = lastValues_[list] != value_;
+    lastValues_[list] = value_;
+    return {place, starts};
+  }
+
+ private:
+  std::uint32_t value_ = 0;
+  std::vector<std::uint32_t> lastValues_;
+};
+
+/// The usual case, two children and all cases in one of them: without a branch that depends on the
+/// data. `middle`: the first place of child 1; `kTies`: whether cases may share a value. Gives the
+/// number of cases of child 0.
+template <bool kTies, bool kScattered>
+std::size_t DivideInTwo(SortedCase* cases, std::size_t size, std::uint32_t const* newPlaces,
+                        std::uint32_t middle, SortedCase* right) {
+  SortedCase* toLeft = cases;
+  SortedCase* toRight = right;
+  std::uint32_t pending = 0;  // bit i: whether the present value has not yet had a case in child i
+  for (std::size_t position = 0; position < size; ++position) {
+    SortedCase const item = cases[position];
+    if constexpr (kScattered) {
+      std::size_t const ahead = std::min(position + kPrefetchDistance, size - 1);
+      __builtin_prefetch(newPlaces + cases[ahead].Place());
+    }
+    std::uint32_t const place = newPlaces[item.Place()];
+    std::uint32_t const child = place >= middle ? 1U : 0U;
+    bool starts = true;
+    if constexpr (kTies) {
+      pending |= item.StartsValue() ? 3U : 0U;
+      starts = ((pending >> child) & 1U) != 0;
+      pending &= ~(1U << child);
+    }
+    SortedCase const moved(place, starts);
+    *toLeft = moved;
+    *toRight = moved;
+    toLeft += 1U - child;
+    toRight += child;
+  }
+  std::copy(right, toRight, toLeft);
+  return static_cast<std::size_t>(toLeft - cases);
+}
+
+template <class Value>
+void Read(std::vector<std::uint32_t> const& cases, std::vector<Value> const& source,
+          std::vector<Value>& values) {
+  if (source.empty()) return;
+  values.resize(cases.size());
+  std::transform(cases.begin(), cases.end(), values.begin(),
+                 [&](std::uint32_t index) { return source[index]; });
+}
+
+}  // namespace
+
+CaseLists::CaseLists(TrainingData const& data, std::vector<std::uint8_t> const& included,
+                     Workers& workers)
+    : newPlaces_(data.GetNumCases(), kNoPlace) {
+  cases_.reserve(data.GetNumCases());
+  for (std::uint32_t index = 0; index < data.GetNumCases(); ++index) {
+    if (!included.empty() && included[index] == 0) continue;
+    newPlaces_[index] = static_cast<std::uint32_t>(cases_.size());
+    cases_.push_back(index);
+  }
+  root_.places = {0, static_cast<std::uint32_t>(cases_.size())};
+  ReadTarget(data);
+  auto const& predictors = data.GetPredictors();
+  codes_.resize(predictors.size());
+  sorted_.resize(predictors.size());
+  hasTies_.resize(predictors.size());
+  root_.byPredictor.resize(predictors.size());
+  workers.Run(predictors.size(), [&](std::size_t position) {
+    ReadPredictor(predictors[position], position, included.empty());
+  });
+}
+
+void CaseLists::ReadTarget(TrainingData const& data) {
+  Read(cases_, data.GetClasses(), classes_);
+  Read(cases_, data.GetNumbers().multiples, numbers_);
+  Read(cases_, data.GetWeights().multiples, weights_);
+  Read(cases_, data.GetFrequencies().multiples, frequencies_);
+}
+
+void CaseLists::ReadPredictor(GrowingPredictor const& predictor, std::size_t position,
+                              bool includesAll) {
+  Read(cases_, predictor.codes, codes_[position]);
+  hasTies_[position] = predictor.hasTies ? 1 : 0;
+  std::vector<SortedCase>& list = sorted_[position];
+  if (includesAll) {
+    list = predictor.sorted;
+  } else {
+    list.reserve(predictor.sorted.size());
+    ValueStarts starts(1);
+    for (SortedCase const item : predictor.sorted) {
+      std::uint32_t const place = newPlaces_[item.Place()];
+      if (place == kNoPlace) {
+        starts.Skip(item);
+      } else {
+        list.push_back(starts.Place(item, 0, place));
+      }
+    }
+  }
+  root_.byPredictor[position] = {0, static_cast<std::uint32_t>(list.size())};
+}
+
+/// Moves values to the new places of their cases.
+template <class Value>
+void CaseLists::Follow(NodeRanges const& node, std::vector<Value>& values) const {
+  if (values.empty()) return;
+  std::uint32_t const begin = node.places.begin;
+  std::vector<Value> const old(values.begin() + begin, values.begin() + node.places.end);
+  for (std::uint32_t place = 0; place < old.size(); ++place) {
+    values[newPlaces_[begin + place]] = old[place];
+  }
+}
+
+std::vector<NodeRanges> CaseLists::DivideCases(NodeRanges const& node, ChildOfPlace const& childOf,
+                                               int numChildren) {
+  auto const numParts = static_cast<std::size_t>(numChildren) + 1;  // the last one: of no child
+  auto const partOf = [&](std::uint32_t place) {
+    return std::min<std::size_t>(childOf[place], numParts - 1);
+  };
+  std::vector<std::uint32_t> next(numParts + 1);
+  for (std::uint32_t place = node.places.begin; place < node.places.end; ++place) {
+    ++next[partOf(place) + 1];
+  }
+  next[0] = node.places.begin;
+  for (std::size_t part = 1; part <= numParts; ++part) next[part] += next[part - 1];
+  std::vector<NodeRanges> children(numParts - 1);
+  for (std::size_t child = 0; child < children.size(); ++child) {
+    children[child].places = {next[child], next[child + 1]};
+    children[child].byPredictor.resize(node.byPredictor.size());
+  }
+  for (std::uint32_t place = node.places.begin; place < node.places.end; ++place) {
+    newPlaces_[place] = next[partOf(place)]++;
+  }
+  Follow(node, cases_);
+  Follow(node, classes_);
+  Follow(node, numbers_);
+  Follow(node, weights_);
+  Follow(node, frequencies_);
+  return children;
+}
+
+void CaseLists::DividePredictor(NodeRanges const& node, std::size_t predictor,
+                                std::vector<NodeRanges>& children,
+                                std::vector<SortedCase>& scratch) {
+  if (!codes_[predictor].empty()) {
+    Follow(node, codes_[predictor]);
+    return;
+  }
+  Range const range = node.byPredictor[predictor];
+  if (scratch.size() < range.Size()) scratch.resize(range.Size());
+  SortedCase* const cases = sorted_[predictor].data() + range.begin;
+  std::vector<std::uint32_t> sizes(children.size());
+  if (children.size() == 2 && children[1].places.end == node.places.end) {
+    bool const ties = hasTies_[predictor] != 0;
+    bool const scattered = node.places.Size() > kPlacesInCache;
+    auto* const divide = ties ? (scattered ? DivideInTwo<true, true> : DivideInTwo<true, false>)
+                              : (scattered ? DivideInTwo<false, true> : DivideInTwo<false, false>);
+    sizes[0] = static_cast<std::uint32_t>(divide(cases, range.Size(), newPlaces_.data(),
+                                                 children[1].places.begin, scratch.data()));
+    sizes[1] = range.Size() - sizes[0];
+  } else {
+    std::span<SortedCase const> const moved(scratch.data(), range.Size());
+    std::copy(cases, cases + range.Size(), scratch.data());
+    auto const childAt = [&](std::uint32_t place) {
+      auto const child = std::find_if(children.begin(), children.end(), [&](NodeRanges const& c) {
+        return place < c.places.end;
+      });
+      return static_cast<std::size_t>(child - children.begin());
+    };
+    for (SortedCase const item : moved) {
+      std::size_t const child = childAt(newPlaces_[item.Place()]);
+      if (child < sizes.size()) ++sizes[child];
+    }
+    std::vector<SortedCase*> to(children.size());
+    SortedCase* begin = cases;
+    for (std::size_t child = 0; child < to.size(); ++child) {
+      to[child] = begin;
+      begin += sizes[child];
+    }
+    ValueStarts starts(children.size());
+    for (SortedCase const item : moved) {
+      std::uint32_t const place = newPlaces_[item.Place()];
+      std::size_t const child = childAt(place);
+      if (child < sizes.size()) {
+        *to[child]++ = starts.Place(item, child, place);
+      } else {
+        starts.Skip(item);
+      }
+    }
+  }
+  std::uint32_t begin = range.begin;
+  for (std::size_t child = 0; child < children.size(); ++child) {
+    children[child].byPredictor[predictor] = {begin, begin + sizes[child]};
+    begin += sizes[child];
+  }
+}
+
+}  // namespace tree::grow

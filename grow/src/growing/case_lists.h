@@ -1,0 +1,117 @@
+#ifndef TREE_GROW_SRC_GROWING_CASE_LISTS_H_
+#define TREE_GROW_SRC_GROWING_CASE_LISTS_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "growing/sorted_cases.h"
+#include "growing/training_data.h"
+#include "growing/workers.h"
+
+namespace tree::grow {
+
+/// A part of a list, or of the places.
+struct Range {
+  std::uint32_t begin = 0;
+  std::uint32_t end = 0;
+
+  std::uint32_t Size() const { return end - begin; }
+};
+
+/// What is one node's.
+struct NodeRanges {
+  Range places;                    ///< the places of its cases
+  std::vector<Range> byPredictor;  ///< its part of the list of each sorted predictor
+};
+
+/// The child that the case at each place goes to.
+using ChildOfPlace = std::vector<std::uint8_t>;
+/// More children than this a split has not.
+inline constexpr int kMaxChildren = 254;
+/// Of a case that goes to no child.
+inline constexpr std::uint8_t kNoChild = 0xFF;
+
+/// The cases of every node of a tree that is being grown. Each case has a place, and a node is a
+/// range of places: splitting a node moves the cases of each child together, so that what a node
+/// needs of its cases lies together in memory, however deep it is in the tree. At each place are
+/// the case's class or number, its weights and its codes of coded predictors; and for each sorted
+/// predictor there is a list of the places of the cases that have a value of it, in which a node is
+/// a range, too. Splitting keeps the order of these lists within each child: predictors are sorted
+/// once for the whole tree, and all nodes together take the memory of the root.
+class CaseLists {
+ public:
+  /// The lists of a root with the cases for which `included` is not 0; all cases when it is empty.
+  /// `data`: with prepared predictors; **borrowed**.
+  CaseLists(TrainingData const& data, std::vector<std::uint8_t> const& included, Workers& workers);
+
+  /// The root, which has everything.
+  NodeRanges const& GetRoot() const { return root_; }
+  /// Number of places.
+  std::size_t GetNumPlaces() const { return cases_.size(); }
+  /// The cases of a node by their index in the data, ascending.
+  std::span<std::uint32_t const> Cases(NodeRanges const& node) const {
+    return {cases_.data() + node.places.begin, node.places.Size()};
+  }
+  /// The index in the data of the case at a place.
+  std::uint32_t CaseAt(std::uint32_t place) const { return cases_[place]; }
+  /// The places of the cases of a node with a value of the sorted predictor, in its order.
+  std::span<SortedCase const> Sorted(NodeRanges const& node, std::size_t predictor) const {
+    Range const range = node.byPredictor[predictor];
+    return {sorted_[predictor].data() + range.begin, range.Size()};
+  }
+
+  /// What the cases are, by place; good for the life of the lists. Null where the data has none:
+  /// classes of numbers, numbers of classes, weights that are all 1.
+  ///@{
+  std::uint16_t const* GetClasses() const { return DataOf(classes_); }
+  std::int64_t const* GetNumbers() const { return DataOf(numbers_); }
+  std::int64_t const* GetWeights() const { return DataOf(weights_); }
+  std::int64_t const* GetFrequencies() const { return DataOf(frequencies_); }
+  ///@}
+  std::int64_t WeightAt(std::uint32_t place) const {
+    return weights_.empty() ? 1 : weights_[place];
+  }
+  /// The codes of a coded predictor, by place.
+  std::uint16_t const* Codes(std::size_t predictor) const { return codes_[predictor].data(); }
+
+  /// Moves the cases of a node so that those of each child lie together, in order; gives the places
+  /// of each child. Cases of no child come last and belong to none. `childOf`: the child of each
+  /// case of the node, by its place so far, below `numChildren`, or `kNoChild`. Codes and lists stay
+  /// as they are until they are divided, too.
+  std::vector<NodeRanges> DivideCases(NodeRanges const& node, ChildOfPlace const& childOf,
+                                      int numChildren);
+  /// Makes the codes, or the list, of a predictor follow the cases, and adds the children's parts of
+  /// the list to `children`. Different predictors can be divided at the same time, each with a
+  /// `scratch` of its own, which may hold anything.
+  void DividePredictor(NodeRanges const& node, std::size_t predictor,
+                       std::vector<NodeRanges>& children, std::vector<SortedCase>& scratch);
+
+ private:
+  template <class Value>
+  static Value const* DataOf(std::vector<Value> const& values) {
+    return values.empty() ? nullptr : values.data();
+  }
+  void ReadTarget(TrainingData const& data);
+  void ReadPredictor(GrowingPredictor const& predictor, std::size_t position, bool includesAll);
+  template <class Value>
+  void Follow(NodeRanges const& node, std::vector<Value>& values) const;
+
+  std::vector<std::uint32_t> cases_;
+  std::vector<std::uint16_t> classes_;
+  std::vector<std::int64_t> numbers_;
+  std::vector<std::int64_t> weights_;
+  std::vector<std::int64_t> frequencies_;
+  std::vector<std::vector<std::uint16_t>> codes_;  // by predictor; empty for sorted ones
+  std::vector<std::vector<SortedCase>> sorted_;    // by predictor; empty for coded ones
+  std::vector<char> hasTies_;                      // by predictor
+  // Where the case that was at each place before the node was divided is now. While the root is
+  // made: the place of each case.
+  std::vector<std::uint32_t> newPlaces_;
+  NodeRanges root_;
+};
+
+}  // namespace tree::grow
+
+#endif  // TREE_GROW_SRC_GROWING_CASE_LISTS_H_

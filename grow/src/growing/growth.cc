@@ -1,0 +1,196 @@
+#include "growing/growth.h"
+
+#include <algorithm>
+#include <memory>
+#include <utility>
+
+#include "growing/placement.h"
+#include "growing/predictor_summaries.h"
+
+namespace tree::grow {
+namespace {
+
+/// So many nodes are split at a time: enough to keep all threads busy, and few enough for what is
+/// found of each predictor in each node to take little memory.
+constexpr std::size_t kNodesPerBlock = 512;
+
+void StoreCompetitors(NodeImp& node, RuleList rules) {
+  node.SetNumCompetitors(static_cast<unsigned int>(rules.size()));
+  for (std::size_t position = 0; position < rules.size(); ++position) {
+    node.SetCompetitor(static_cast<unsigned int>(position), rules[position].release());
+  }
+}
+
+void StoreSurrogates(NodeImp& node, RuleList rules) {
+  node.SetNumSurrogates(static_cast<unsigned int>(rules.size()));
+  for (std::size_t position = 0; position < rules.size(); ++position) {
+    node.SetSurrogate(static_cast<unsigned int>(position), rules[position].release());
+  }
+}
+
+SplitRuleImp* PrimaryOf(NodeImp const& node) {
+  return node.GetNumCompetitors() > 0 ? node.GetCompetitorImp(0) : nullptr;
+}
+
+}  // namespace
+
+Growth::Growth(TrainingData const& data, CaseLists& lists, SplitMethod& method,
+               NodeStatistics const& statistics, GrowthLimits const& limits, unsigned int& nextId,
+               Workers& workers)
+    : data_(data),
+      lists_(lists),
+      method_(method),
+      statistics_(statistics),
+      limits_(limits),
+      nextId_(nextId),
+      workers_(workers),
+      childOf_(lists.GetNumPlaces(), kNoChild) {}
+
+void Growth::PlantRoot(NodeImp& root) {
+  root_ = {&root, 0, lists_.GetRoot(), SumCases(data_, lists_.Cases(lists_.GetRoot()))};
+  statistics_.Fill(root, lists_.Cases(root_.ranges), root_.sums);
+  std::size_t const numPredictors = data_.GetPredictors().size();
+  root.SetNumPredictors(static_cast<unsigned int>(numPredictors));
+  workers_.Run(numPredictors, [&](std::size_t predictor) {
+    SummarisePredictor(data_, lists_, root_.ranges, predictor, root);
+  });
+}
+
+bool Growth::IsOpen(GrowingNode const& node) const {
+  double const size = static_cast<double>(node.sums.size) * data_.GetFrequencies().unit;
+  return node.level < limits_.maxLevels && size >= limits_.minNodeSize && size >= 2.0 &&
+         size >= 2.0 * limits_.minChildSize && !IsPure(*node.node);
+}
+
+RuleList Growth::FindRootSplits() {
+  return std::move(method_.FindSplits(lists_, {&root_, 1}, workers_).front());
+}
+
+void Growth::Grow() {
+  std::vector<GrowingNode> level;
+  if (PrimaryOf(*root_.node) != nullptr || IsOpen(root_)) level.push_back(root_);
+  numFinished_ = 0;
+  for (int depth = 0; !level.empty(); ++depth) {
+    std::vector<GrowingNode> next;
+    for (std::size_t begin = 0; begin < level.size(); begin += kNodesPerBlock) {
+      std::size_t const size = std::min(kNodesPerBlock, level.size() - begin);
+      GrowBlock({level.data() + begin, size}, next);
+    }
+    level = std::move(next);
+    std::size_t numOpen = 0;
+    for (GrowingNode const& node : level) numOpen += node.ranges.places.Size();
+    ReportLevel(depth + 1, numOpen);
+  }
+}
+
+void Growth::ReportLevel(int level, std::size_t numOpen) {
+  // A tree is done when it has reached its depth, or when no cases are left to split; what comes
+  // first is not known.
+  double const byLevel = static_cast<double>(level) / static_cast<double>(limits_.maxLevels);
+  double const byCases =
+      1.0 - static_cast<double>(numOpen) / static_cast<double>(root_.ranges.places.Size());
+  workers_.Advance(std::max(byLevel, byCases));
+}
+
+void Growth::GrowBlock(std::span<GrowingNode const> block, std::vector<GrowingNode>& next) {
+  StoreRules(block);
+  PlaceCases(block);
+  MakeChildren(block, next);
+}
+
+/// Gives each node its primary split and the competitors, unless it came with one.
+void Growth::StoreRules(std::span<GrowingNode const> block) {
+  if (PrimaryOf(*block.front().node) != nullptr) return;
+  std::vector<RuleList> splits = method_.FindSplits(lists_, block, workers_);
+  for (std::size_t node = 0; node < block.size(); ++node) {
+    StoreCompetitors(*block[node].node, std::move(splits[node]));
+  }
+}
+
+void Growth::PlaceCases(std::span<GrowingNode const> block) {
+  std::vector<SplitRuleImp const*> primaries(block.size());
+  workers_.Run(block.size(), [&](std::size_t node) {
+    SplitRuleImp* const primary = PrimaryOf(*block[node].node);
+    primaries[node] = primary;
+    if (primary == nullptr) return;
+    PlaceByRule(data_, lists_, block[node].ranges, *primary, childOf_);
+    SetDumbRule(lists_, block[node].ranges, childOf_, *primary);
+  });
+  std::vector<RuleList> surrogates =
+      method_.FindSurrogates(lists_, block, primaries, childOf_, workers_);
+  workers_.Run(block.size(), [&](std::size_t node) {
+    if (primaries[node] == nullptr) return;
+    StoreSurrogates(*block[node].node, std::move(surrogates[node]));
+    PlaceRest(data_, lists_, block[node].ranges, *block[node].node, childOf_);
+  });
+}
+
+void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<GrowingNode>& next) {
+  std::size_t const numPredictors = data_.GetPredictors().size();
+  for (GrowingNode const& parent : block) {
+    SplitRuleImp const* const primary = PrimaryOf(*parent.node);
+    if (primary == nullptr) continue;
+    int const numChildren = primary->GetNumChildren();
+    parent.node->SetNumChildren(numChildren);
+    for (int position = 0; position < numChildren; ++position) {
+      auto child = std::make_unique<NodeImp>();
+      child->SetId(nextId_++);
+      child->SetNumPredictors(static_cast<unsigned int>(numPredictors));
+      parent.node->SetChild(static_cast<unsigned int>(position), child.release());
+    }
+  }
+  std::vector<std::vector<std::size_t>> sizes(block.size());
+  workers_.Run(block.size(), [&](std::size_t number) {
+    sizes[number].resize(static_cast<std::size_t>(block[number].node->GetNumChildren()));
+    if (sizes[number].empty()) return;
+    Range const places = block[number].ranges.places;
+    for (std::uint32_t place = places.begin; place < places.end; ++place) {
+      if (childOf_[place] != kNoChild) ++sizes[number][childOf_[place]];
+    }
+  });
+  workers_.Run(numPredictors, [&](std::size_t predictor) {
+    for (std::size_t number = 0; number < block.size(); ++number) {
+      if (sizes[number].empty()) continue;
+      SummariseForChildren(data_, lists_, block[number].ranges, predictor, childOf_,
+                           sizes[number], *block[number].node);
+    }
+  });
+  std::vector<std::vector<GrowingNode>> families(block.size());
+  std::vector<std::vector<NodeRanges>> ranges(block.size());
+  workers_.Run(block.size(), [&](std::size_t number) {
+    GrowingNode const& parent = block[number];
+    int const numChildren = parent.node->GetNumChildren();
+    if (numChildren == 0) return;
+    ranges[number] = lists_.DivideCases(parent.ranges, childOf_, numChildren);
+    for (int position = 0; position < numChildren; ++position) {
+      NodeRanges const& ofChild = ranges[number][static_cast<std::size_t>(position)];
+      GrowingNode child{parent.node->GetChildImp(static_cast<unsigned int>(position)),
+                        parent.level + 1, {}, SumCases(data_, lists_.Cases(ofChild))};
+      statistics_.Fill(*child.node, lists_.Cases(ofChild), child.sums);
+      families[number].push_back(std::move(child));
+    }
+  });
+  // What the predictors are is not needed any more where none of the children goes on.
+  std::vector<char> goesOn(block.size());
+  std::transform(families.begin(), families.end(), goesOn.begin(), [this](auto const& family) {
+    return std::any_of(family.begin(), family.end(),
+                       [this](GrowingNode const& child) { return IsOpen(child); });
+  });
+  workers_.Run(numPredictors, [&](std::size_t predictor) {
+    std::vector<SortedCase> scratch;
+    for (std::size_t number = 0; number < block.size(); ++number) {
+      if (goesOn[number] == 0) continue;
+      lists_.DividePredictor(block[number].ranges, predictor, ranges[number], scratch);
+    }
+  });
+  for (std::size_t number = 0; number < block.size(); ++number) {
+    for (std::size_t child = 0; child < families[number].size(); ++child) {
+      GrowingNode& node = families[number][child];
+      if (!IsOpen(node)) continue;
+      node.ranges = std::move(ranges[number][child]);
+      next.push_back(std::move(node));
+    }
+  }
+}
+
+}  // namespace tree::grow

@@ -1,0 +1,102 @@
+#include <algorithm>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "cart/cart_method.h"
+#include "growing/tree_grower.h"
+#include "tree/grow/grower.h"
+
+namespace tree::grow {
+namespace {
+
+bool IsContinuous(global::MeasurementLevel level) {
+  return level == global::MeasurementContinuous;
+}
+
+[[noreturn]] void Refuse(std::string const& why) {
+  throw InputError("the settings do not fit the data: " + why);
+}
+
+/// Refuses settings that were made for other variables.
+void CheckSettings(DataSet const& data, CaseRoles const& roles, AlgSettings const& settings) {
+  CoreSettings const& core = *settings.GetCoreSettings();
+  auto const numPredictors = static_cast<int>(roles.predictors.size());
+  if (core.GetNumPredictors() != numPredictors) {
+    Refuse("they have " + std::to_string(core.GetNumPredictors()) + " predictors, the data " +
+           std::to_string(numPredictors));
+  }
+  for (int position = 0; position < numPredictors; ++position) {
+    ColumnDescription const& column =
+        data.GetColumn(roles.predictors[static_cast<std::size_t>(position)]).description;
+    VariableSettings const& variable = *core.GetPredictor(position);
+    bool const bothNominal = (variable.GetMeasurementLevel() == global::MeasurementNominal) ==
+                             (column.level == global::MeasurementNominal);
+    if (!bothNominal) Refuse("predictor \"" + column.name + "\" is of another measurement level");
+    if (variable.GetMissingValue() != column.missingValue) {
+      Refuse("predictor \"" + column.name + "\" has another missing value");
+    }
+  }
+  ColumnDescription const& target = data.GetColumn(roles.target).description;
+  bool const wantsNumbers =
+      settings.GetType() == AlgRCart || settings.GetType() == AlgRChaid;
+  if (wantsNumbers != IsContinuous(target.level)) {
+    Refuse("target \"" + target.name + "\" is " + (wantsNumbers ? "not continuous" : "continuous") +
+           ", which this kind of settings " + (wantsNumbers ? "requires" : "cannot grow a tree for"));
+  }
+}
+
+TreeGrower::Algorithm MakeCart(AlgSettings const& settings) {
+  TreeGrower::Algorithm algorithm;
+  algorithm.settings.reset(settings.Clone());
+  auto const& cart = dynamic_cast<CartSettings const&>(*algorithm.settings);
+  algorithm.pruning = cart.GetPruningSpec();
+  if (auto const* const classes = dynamic_cast<CCartSettings const*>(&cart)) {
+    if (static_cast<int>(classes->GetSplitCriteria()) < 0 ||
+        static_cast<int>(classes->GetSplitCriteria()) > 2) {
+      throw InputError("there is no split criterion " +
+                       std::to_string(static_cast<int>(classes->GetSplitCriteria())) +
+                       "; 0 is Gini, 1 twoing, 2 ordered twoing");
+    }
+    algorithm.priors = classes->GetPriors();
+    algorithm.costs = classes->GetCost();
+  }
+  double const minImprovement =
+      std::as_const(*algorithm.settings).GetStopRule()->GetMinImprovement();
+  algorithm.makeMethod = [&cart, minImprovement](TrainingData const& data, ClassModel const* classes,
+                                                 double minChildSize, double totalWeight) {
+    return std::make_unique<CartMethod>(data, cart, classes,
+                                        SplitLimits{minImprovement, minChildSize}, totalWeight);
+  };
+  return algorithm;
+}
+
+}  // namespace
+
+Grower::~Grower() = default;
+
+std::unique_ptr<Grower> MakeGrower(DataSet const& data, CaseRoles const& roles,
+                                   AlgSettings const& settings, GrowOptions const& options) {
+  if (options.numThreads < 0 || options.numThreads > 1024) {
+    throw InputError("a grower cannot work with " + std::to_string(options.numThreads) +
+                     " threads");
+  }
+  if (!(options.testShare > 0.0 && options.testShare < 1.0)) {
+    throw InputError("the share of the test sample has to lie between 0 and 1, and is " +
+                     std::to_string(options.testShare));
+  }
+  if (settings.GetType() != AlgRCart && settings.GetType() != AlgCCart) {
+    throw InputError("only CART settings can be grown with so far");
+  }
+  CoreSettingsImp const core = MakeCoreSettings(data, roles);  // refuses roles that do not exist
+  CheckSettings(data, roles, settings);
+  return std::make_unique<TreeGrower>(data, roles, MakeCart(settings), options);
+}
+
+void CopyCase(DataSet const& data, std::vector<int> const& predictors, std::size_t row,
+              double* values) {
+  std::transform(predictors.begin(), predictors.end(), values,
+                 [&](int index) { return data.GetColumn(index).values[row]; });
+}
+
+}  // namespace tree::grow

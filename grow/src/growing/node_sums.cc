@@ -1,0 +1,31 @@
+#include "growing/node_sums.h"
+
+namespace tree::grow {
+
+NodeSums SumCases(TrainingData const& data, std::span<std::uint32_t const> cases) {
+  NodeSums sums;
+  sums.classWeights.resize(data.GetNumClasses());
+  FixedWeights const& weights = data.GetWeights();
+  FixedWeights const& frequencies = data.GetFrequencies();
+  for (std::uint32_t const index : cases) {
+    sums.size += frequencies.Of(index);
+    std::int64_t const weight = weights.Of(index);
+    sums.weight += weight;
+    if (sums.classWeights.empty()) {
+      sums.weightedNumbers += WideInteger{weight} * data.GetNumbers().multiples[index];
+    } else {
+      sums.classWeights[data.GetClasses()[index]] += weight;
+    }
+  }
+  return sums;
+}
+
+std::vector<double> ClassWeightsOf(TrainingData const& data, NodeSums const& sums) {
+  std::vector<double> weights;
+  for (std::int64_t const weight : sums.classWeights) {
+    weights.push_back(static_cast<double>(weight) * data.GetWeights().unit);
+  }
+  return weights;
+}
+
+}  // namespace tree::grow

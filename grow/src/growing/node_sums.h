@@ -1,0 +1,28 @@
+#ifndef TREE_GROW_SRC_GROWING_NODE_SUMS_H_
+#define TREE_GROW_SRC_GROWING_NODE_SUMS_H_
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "growing/training_data.h"
+
+namespace tree::grow {
+
+/// What the cases of a node add up to, exactly.
+struct NodeSums {
+  std::int64_t size = 0;                    ///< of frequencies, in their unit
+  std::int64_t weight = 0;                  ///< of weights, in their unit
+  std::vector<std::int64_t> classWeights;   ///< of weights, by class; empty for numbers
+  WideInteger weightedNumbers = 0;          ///< of weights times numbers, in units of both
+};
+
+/// Adds up cases. Linear in them.
+NodeSums SumCases(TrainingData const& data, std::span<std::uint32_t const> cases);
+
+/// Sums of weights by class as numbers.
+std::vector<double> ClassWeightsOf(TrainingData const& data, NodeSums const& sums);
+
+}  // namespace tree::grow
+
+#endif  // TREE_GROW_SRC_GROWING_NODE_SUMS_H_

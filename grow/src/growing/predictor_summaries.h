@@ -1,0 +1,27 @@
+#ifndef TREE_GROW_SRC_GROWING_PREDICTOR_SUMMARIES_H_
+#define TREE_GROW_SRC_GROWING_PREDICTOR_SUMMARIES_H_
+
+#include <cstddef>
+#include <vector>
+
+#include "growing/case_lists.h"
+#include "tree/nodes.h"
+
+namespace tree::grow {
+
+/// Stores in a node what its cases have of one predictor: the range of the values, whether some
+/// are missing, and the categories of a nominal predictor. A predictor without any value has the
+/// range 0 to 0. For the root of growing.
+void SummarisePredictor(TrainingData const& data, CaseLists const& lists, NodeRanges const& ranges,
+                        std::size_t predictor, NodeImp& node);
+
+/// The same for the children that the cases of a node `ranges` are about to be divided among.
+/// `numInChild`: the number of cases of each.
+void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
+                          NodeRanges const& ranges, std::size_t predictor,
+                          ChildOfPlace const& childOf, std::vector<std::size_t> const& numInChild,
+                          NodeImp& parent);
+
+}  // namespace tree::grow
+
+#endif  // TREE_GROW_SRC_GROWING_PREDICTOR_SUMMARIES_H_

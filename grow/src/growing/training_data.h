@@ -1,0 +1,107 @@
+#ifndef TREE_GROW_SRC_GROWING_TRAINING_DATA_H_
+#define TREE_GROW_SRC_GROWING_TRAINING_DATA_H_
+
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "growing/fixed_point.h"
+#include "growing/sorted_cases.h"
+#include "growing/workers.h"
+#include "tree/grow/data_set.h"
+#include "tree/settings.h"
+
+namespace tree::grow {
+
+/// A predictor, made ready for growing. In one of two forms: **sorted**, a list of the cases with a
+/// value in its order, or **coded**, a small number for the value of every case. Coded are the
+/// nominal predictors, and ordered ones with few values: their splits are found from tables of the
+/// codes, without looking at each case more than once.
+struct GrowingPredictor {
+  static constexpr std::uint16_t kMissingCode = 0xFFFF;
+
+  Column const* column = nullptr;
+  bool used = true;         ///< whether it may split
+  bool hasMissing = false;  ///< whether some case has no value
+
+  std::vector<SortedCase> sorted;    ///< of a sorted predictor
+  bool hasTies = false;              ///< of a sorted one: whether cases share a value
+  std::vector<std::uint16_t> codes;  ///< of a coded one: by case; positions in `values`
+  std::vector<double> values;        ///< of a coded one: its different values, ascending
+
+  bool IsNominal() const { return column->IsNominal(); }
+  bool IsCoded() const { return !codes.empty(); }
+};
+
+/// The cases of one sample in the form in which trees are grown: dense indexes from 0, weights and
+/// numbers in fixed point. Made once for all trees that are grown on it.
+class TrainingData {
+ public:
+  /// Ordered predictors with no more different values than this are coded.
+  static constexpr std::size_t kMaxCodedValues = 256;
+
+  /// Reads the cases at `rows` with their weights and frequencies, as `CaseSelection` gives them.
+  /// `data`: **borrowed** for this object's life.
+  TrainingData(DataSet const& data, CaseRoles const& roles, AlgSettings const& settings,
+               std::vector<std::size_t> rows, std::vector<double> const& weights,
+               std::vector<double> const& frequencies);
+
+  /// Sorts and codes the predictors, once; later calls do nothing.
+  void PreparePredictors(Workers& workers);
+
+  std::size_t GetNumCases() const { return rows_.size(); }
+  /// The row of each case in the data set.
+  std::vector<std::size_t> const& GetRows() const { return rows_; }
+  std::vector<int> const& GetPredictorColumns() const { return predictorColumns_; }
+  DataSet const& GetData() const { return data_; }
+
+  /// Weights of the cases, and how many cases each stands for.
+  ///@{
+  FixedWeights const& GetWeights() const { return weights_; }
+  FixedWeights const& GetFrequencies() const { return frequencies_; }
+  ///@}
+  /// Number of classes; 0 for a continuous target.
+  std::size_t GetNumClasses() const { return numClasses_; }
+  /// The class of each case; empty for a continuous target.
+  std::vector<std::uint16_t> const& GetClasses() const { return classes_; }
+  /// The number of each case; empty for a target with classes.
+  FixedNumbers const& GetNumbers() const { return numbers_; }
+  /// The predictors in order of the settings. Requires `PreparePredictors`.
+  std::vector<GrowingPredictor> const& GetPredictors() const { return predictors_; }
+  /// The value of a predictor in a case.
+  double ValueOf(std::size_t predictor, std::uint32_t index) const {
+    return predictors_[predictor].column->values[rows_[index]];
+  }
+  /// Writes the values of all predictors in a case, as routing reads them, to `values`.
+  void CopyValues(std::uint32_t index, double* values) const {
+    for (std::size_t position = 0; position < predictors_.size(); ++position) {
+      values[position] = ValueOf(position, index);
+    }
+  }
+  /// The predictors of `GetPredictors` that are not used, each with the reason, as sentences.
+  std::vector<std::string> const& GetRemarks() const { return remarks_; }
+
+ private:
+  void ReadTarget(Column const& target);
+  void Prepare(GrowingPredictor& predictor, Workers& workers) const;
+  void CodeValues(GrowingPredictor& predictor, std::vector<double> const& values,
+                  std::vector<SortedCase> const& sorted) const;
+
+  DataSet const& data_;
+  std::vector<int> predictorColumns_;
+  std::size_t maxNominalCategories_;
+  std::vector<std::size_t> rows_;
+  FixedWeights weights_;
+  FixedWeights frequencies_;
+  std::size_t numClasses_ = 0;
+  std::vector<std::uint16_t> classes_;
+  FixedNumbers numbers_;
+  std::vector<GrowingPredictor> predictors_;
+  std::vector<std::string> remarks_;
+  bool prepared_ = false;
+};
+
+}  // namespace tree::grow
+
+#endif  // TREE_GROW_SRC_GROWING_TRAINING_DATA_H_

@@ -1,0 +1,127 @@
+#ifndef TREE_GROW_TESTS_TESTING_SAMPLE_H_
+#define TREE_GROW_TESTS_TESTING_SAMPLE_H_
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <numeric>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "growing/case_lists.h"
+#include "growing/node_sums.h"
+#include "growing/training_data.h"
+#include "growing/workers.h"
+#include "tree/grow/data_set.h"
+#include "tree/settings.h"
+
+namespace tree::grow {
+
+/// Marks a missing value in the samples of tests.
+inline constexpr double kMissing = -99.0;
+
+/// Cases made up for a test. Columns have one value per case.
+struct Sample {
+  /// A predictor.
+  struct Predictor {
+    std::vector<double> values;
+    bool nominal = false;
+  };
+
+  std::vector<double> target;  ///< class codes, or numbers
+  bool hasClasses = true;
+  std::vector<Predictor> predictors = {};
+  std::vector<double> weights = {};      ///< empty where each case weighs 1
+  std::vector<double> frequencies = {};  ///< empty where each case counts once
+
+  std::size_t GetNumCases() const { return target.size(); }
+};
+
+/// Whether ordered predictors are to be sorted although they have few values. More cases than
+/// `TrainingData` would code follow those of the sample then, and are not included.
+enum class Form { kAsItComes, kSorted };
+
+/// A sample as the parts of a grower read it: `TrainingData` with all that it needs.
+class PreparedSample {
+ public:
+  explicit PreparedSample(Sample sample, Form form = Form::kAsItComes, int numThreads = 1)
+      : workers_(numThreads) {
+    workers_.Begin();
+    included_.assign(sample.GetNumCases(), 1);
+    if (form == Form::kSorted) {
+      Pad(sample);
+    } else {
+      included_.clear();
+    }
+    data_ = std::make_unique<DataSet>(sample.GetNumCases());
+    auto const describe = [](std::string const& name, global::MeasurementLevel level) {
+      ColumnDescription description;
+      description.name = name;
+      description.level = level;
+      description.missingValue = kMissing;
+      return description;
+    };
+    roles_.target = data_->AddColumn(
+        describe("target", sample.hasClasses ? global::MeasurementNominal
+                                             : global::MeasurementContinuous),
+        sample.target);
+    for (Sample::Predictor const& predictor : sample.predictors) {
+      roles_.predictors.push_back(data_->AddColumn(
+          describe("x" + std::to_string(roles_.predictors.size()),
+                   predictor.nominal ? global::MeasurementNominal : global::MeasurementContinuous),
+          predictor.values));
+    }
+    CoreSettingsImp const core = MakeCoreSettings(*data_, roles_);
+    if (sample.hasClasses) {
+      settings_ = std::make_unique<CCartSettingsImp>(core);
+    } else {
+      settings_ = std::make_unique<RCartSettingsImp>(core);
+    }
+    std::vector<std::size_t> rows(sample.GetNumCases());
+    std::iota(rows.begin(), rows.end(), std::size_t{0});
+    training_ = std::make_unique<TrainingData>(*data_, roles_, *settings_, rows, sample.weights,
+                                               sample.frequencies);
+    training_->PreparePredictors(workers_);
+  }
+
+  TrainingData const& GetData() const { return *training_; }
+  /// The flag of each case: whether it is one of the sample.
+  std::vector<std::uint8_t> const& GetIncluded() const { return included_; }
+  CartSettings& GetSettings() { return *settings_; }
+  Workers& GetWorkers() { return workers_; }
+  CaseLists MakeLists() { return CaseLists(*training_, included_, workers_); }
+  /// What the cases of the sample add up to, by class.
+  std::vector<double> ClassWeights(CaseLists const& lists) const {
+    return ClassWeightsOf(*training_, SumCases(*training_, lists.Cases(lists.GetRoot())));
+  }
+
+ private:
+  void Pad(Sample& sample) {
+    constexpr std::size_t kNumCases = TrainingData::kMaxCodedValues + 1;
+    auto const append = [](std::vector<double>& column, double value) {
+      if (!column.empty()) column.insert(column.end(), kNumCases, value);
+    };
+    included_.insert(included_.end(), kNumCases, 0);
+    append(sample.target, sample.target.front());
+    append(sample.weights, 1.0);
+    append(sample.frequencies, 1.0);
+    for (Sample::Predictor& predictor : sample.predictors) {
+      append(predictor.values, predictor.values.front());
+      if (predictor.nominal) continue;
+      std::iota(predictor.values.end() - kNumCases, predictor.values.end(), 1000.0);
+    }
+  }
+
+  Workers workers_;
+  std::vector<std::uint8_t> included_;
+  std::unique_ptr<DataSet> data_;
+  CaseRoles roles_;
+  std::unique_ptr<CartSettings> settings_;
+  std::unique_ptr<TrainingData> training_;
+};
+
+}  // namespace tree::grow
+
+#endif  // TREE_GROW_TESTS_TESTING_SAMPLE_H_
