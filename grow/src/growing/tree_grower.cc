@@ -231,17 +231,16 @@ bool TreeGrower::PruneNode(unsigned int nodeId) noexcept {
 
 // ---- Growing ----
 
-/// Makes a new node with the training cases of `node`, all of them when it is the root, ready to
-/// grow.
-std::unique_ptr<TreeGrower::Sprout> TreeGrower::PlantSprout(NodeImp const& node,
+/// Makes a new node with the training cases of `node`, all of them when it is the root or null,
+/// ready to grow.
+std::unique_ptr<TreeGrower::Sprout> TreeGrower::PlantSprout(NodeImp const* node,
                                                             GrowthLimits const& limits) {
   auto sprout = std::make_unique<Sprout>();
   std::vector<std::uint8_t> included;
-  bool const isRoot = &node == root_.get() || root_ == nullptr;
-  if (!isRoot) {
+  if (node != root_.get() && node != nullptr) {
     IndexedTree const tree(*root_);
     std::size_t position = 0;
-    while (&tree.GetNode(position) != &node) ++position;
+    while (&tree.GetNode(position) != node) ++position;
     RoutedCases const routed(tree, *training_, AllCases(*training_), workers_);
     included.assign(training_->GetNumCases(), 0);
     for (std::uint32_t const index : routed.CasesOf(position)) included[index] = 1;
@@ -263,9 +262,10 @@ std::unique_ptr<TreeGrower::Sprout> TreeGrower::PlantSprout(NodeImp const& node,
       std::make_unique<Growth>(*training_, *sprout->lists, *sprout->method, *sprout->statistics,
                                limits, sprout->nextId, workers_);
   sprout->root = std::make_unique<NodeImp>();
-  sprout->root->SetId(node.GetId());
+  sprout->root->SetId(node != nullptr ? node->GetId() : 0);
   if (sprout->lists->GetRoot().places.Size() == 0) {
-    throw Refusal{FailureNoData, "no training case reaches node " + std::to_string(node.GetId())};
+    throw Refusal{FailureNoData, "no training case reaches node " +
+                                     std::to_string(sprout->root->GetId())};
   }
   sprout->growth->PlantRoot(*sprout->root);
   return sprout;
@@ -310,7 +310,7 @@ bool TreeGrower::Grow() noexcept {
     std::unique_ptr<NodeImp> old = std::move(root_);
     unsigned int const oldNextId = std::exchange(nextId_, 1);
     try {
-      std::unique_ptr<Sprout> const sprout = PlantSprout(NodeImp(), limits);
+      std::unique_ptr<Sprout> const sprout = PlantSprout(nullptr, limits);
       sprout->growth->Grow();
       sprout->growth.reset();
       sprout->lists.reset();
@@ -337,8 +337,7 @@ bool TreeGrower::GrowNode(unsigned int nodeId, int numLevels) noexcept {
     Prepare(0.3);
     workers_.BeginStage("growing the tree", 0.3, 0.9);
     if (node == nullptr) nextId_ = std::max(nextId_, 1U);
-    std::unique_ptr<Sprout> const sprout =
-        PlantSprout(node != nullptr ? *node : NodeImp(), MakeLimits(numLevels));
+    std::unique_ptr<Sprout> const sprout = PlantSprout(node, MakeLimits(numLevels));
     sprout->growth->Grow();
     FillTestStatistics(*sprout->root, sprout->testCases);
     nextId_ = sprout->nextId;
@@ -359,7 +358,7 @@ bool TreeGrower::FindCandidateSplits(unsigned int nodeId,
     NodeImp const& node = RequireNode(nodeId);
     Prepare(0.5);
     workers_.BeginStage("finding splits", 0.5, 1.0);
-    std::unique_ptr<Sprout> const sprout = PlantSprout(node, MakeLimits(1));
+    std::unique_ptr<Sprout> const sprout = PlantSprout(&node, MakeLimits(1));
     RuleList const rules = sprout->growth->FindRootSplits();
     if (rules.empty()) {
       throw Refusal{FailureNoSplit,
@@ -407,7 +406,7 @@ bool TreeGrower::ApplySplit(unsigned int nodeId, SplitRule const& rule) noexcept
     Prepare(0.3);
     workers_.BeginStage("splitting a node", 0.3, 0.9);
     CheckSplit(*given);
-    std::unique_ptr<Sprout> const sprout = PlantSprout(node, MakeLimits(1));
+    std::unique_ptr<Sprout> const sprout = PlantSprout(&node, MakeLimits(1));
     ChildOfPlace childOf(sprout->lists->GetNumPlaces(), kNoChild);
     PlaceByRule(*training_, *sprout->lists, sprout->lists->GetRoot(), *given, childOf);
     std::vector<bool> reached(static_cast<std::size_t>(given->GetNumChildren()));

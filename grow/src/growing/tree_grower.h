@@ -96,7 +96,7 @@ class TreeGrower final : public Grower {
   NodeImp& RequireNode(unsigned int id) const;
   void Changed();
 
-  std::unique_ptr<Sprout> PlantSprout(NodeImp const& node, GrowthLimits const& limits);
+  std::unique_ptr<Sprout> PlantSprout(NodeImp const* node, GrowthLimits const& limits);
   void Graft(NodeImp& node, std::unique_ptr<NodeImp> grown);
   void FillTestStatistics(NodeImp& root, std::vector<std::uint32_t> const& cases);
   std::vector<std::uint32_t> TestCasesOf(NodeImp const& node);

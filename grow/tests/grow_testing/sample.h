@@ -63,10 +63,10 @@ class PreparedSample {
       description.missingValue = kMissing;
       return description;
     };
-    roles_.target = data_->AddColumn(
-        describe("target", sample.hasClasses ? global::MeasurementNominal
-                                             : global::MeasurementContinuous),
-        sample.target);
+    roles_.target =
+        data_->AddColumn(describe("target", sample.hasClasses ? global::MeasurementNominal
+                                                              : global::MeasurementContinuous),
+                         sample.target);
     for (Sample::Predictor const& predictor : sample.predictors) {
       roles_.predictors.push_back(data_->AddColumn(
           describe("x" + std::to_string(roles_.predictors.size()),

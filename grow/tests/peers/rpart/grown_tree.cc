@@ -192,7 +192,8 @@ int GrownTree::LeftChild(SplitRuleImp const& rule, Ways const& ways) const {
   return rule.Classify(CodeOf(PredictorOf(rule).name, std::get<Sets>(ways).left.front())) == 1;
 }
 
-bool GrownTree::Divides(SplitRuleImp const& rule, Ways const& ways, int leftChild) const {
+bool GrownTree::Divides(SplitRuleImp const& rule, Ways const& ways, int leftChild,
+                        std::set<std::string> const& either) const {
   if (auto const* const cut = std::get_if<Cut>(&ways)) {
     double const cutPoint = dynamic_cast<OSplitRule const&>(rule).GetCutPoint();
     return std::abs(cutPoint - cut->value) <= 1e-12 * std::abs(cut->value) &&
@@ -206,8 +207,35 @@ bool GrownTree::Divides(SplitRuleImp const& rule, Ways const& ways, int leftChil
           return std::find(side.begin(), side.end(), label) != side.end();
         };
         int const expected = isIn(sets.left) ? leftChild : isIn(sets.right) ? 1 - leftChild : -1;
-        return rule.Classify(CodeOf(predictor.name, label)) == expected;
+        int const child = rule.Classify(CodeOf(predictor.name, label));
+        return child == expected || (child >= 0 && expected >= 0 && either.count(label) > 0);
       });
+}
+
+std::set<std::string> GrownTree::EvenCategories(NodePair const& pair,
+                                                std::string const& predictor) const {
+  Column const& column = csv_->data.GetColumn(csv_->data.RequireColumn(predictor));
+  SplitRuleImp const& primary = *pair.ours->GetCompetitorImp(0);
+  CaseSelection const cases(csv_->data, roles_);
+  std::vector<std::size_t> const& rows = cases.GetRows(TrainingSample);
+  std::vector<double> const& weights = cases.GetWeights(TrainingSample);
+  std::map<double, double> balances;  // by code
+  std::vector<double> values(roles_.predictors.size());
+  for (std::size_t i = 0; i < rows.size(); ++i) {
+    CopyCase(csv_->data, roles_.predictors, rows[i], values.data());
+    if (grower_->GetTree()->DropObservationThroughTree(values.data(), pair.ours) == nullptr)
+      continue;
+    int const child =
+        primary.Classify(values[static_cast<std::size_t>(primary.GetPredictorIndex())]);
+    if (child < 0 || column.IsMissing(rows[i])) continue;
+    balances[column.values[rows[i]]] +=
+        (child == 0 ? 1.0 : -1.0) * (weights.empty() ? 1.0 : weights[i]);
+  }
+  std::set<std::string> even;
+  for (auto const& [code, balance] : balances) {
+    if (balance == 0.0) even.insert(column.description.labels[static_cast<std::size_t>(code)]);
+  }
+  return even;
 }
 
 std::string GrownTree::Describe(SplitRuleImp const& rule) const {

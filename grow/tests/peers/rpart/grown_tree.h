@@ -5,6 +5,7 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -43,8 +44,13 @@ class GrownTree {
   NodeImp const& AsGrownFirst(NodePair const& pair) const;
   /// The predictor that a rule splits by.
   Predictor const& PredictorOf(SplitRuleImp const& rule) const;
-  /// Whether a rule divides the cases in this way, with `leftChild` for the left.
-  bool Divides(SplitRuleImp const& rule, Ways const& ways, int leftChild) const;
+  /// Whether a rule divides the cases in this way, with `leftChild` for the left. Categories of
+  /// `either` may go to either child.
+  bool Divides(SplitRuleImp const& rule, Ways const& ways, int leftChild,
+               std::set<std::string> const& either = {}) const;
+  /// The categories of a nominal predictor that give both children of a node the same weight, among
+  /// the cases that the primary split places.
+  std::set<std::string> EvenCategories(NodePair const& pair, std::string const& predictor) const;
   /// The rule's cut point, or its categories by child, for people.
   std::string Describe(SplitRuleImp const& rule) const;
 

@@ -143,14 +143,14 @@ TEST(ClassCriteria, AgreeWithImpuritiesOfRandomSides) {
     right[random.Below(numClasses)] += 0.5;
     double twoing = 0.0;
     for (std::uint32_t set = 1; set + 1 < (1U << numClasses); ++set) {
-      twoing = std::max(twoing,
-                        GiniDecrease(Superclasses(left, set), Superclasses(right, set)) / 2.0);
+      twoing =
+          std::max(twoing, GiniDecrease(Superclasses(left, set), Superclasses(right, set)) / 2.0);
     }
     double ordered = 0.0;
     for (std::uint32_t last = 1; last < numClasses; ++last) {
       std::uint32_t const set = (1U << last) - 1;
-      ordered = std::max(ordered,
-                         GiniDecrease(Superclasses(left, set), Superclasses(right, set)) / 2.0);
+      ordered =
+          std::max(ordered, GiniDecrease(Superclasses(left, set), Superclasses(right, set)) / 2.0);
     }
 
     EXPECT_NEAR(ImprovementOf<Gini>(left, right), GiniDecrease(left, right), 1e-12);

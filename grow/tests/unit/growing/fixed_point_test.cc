@@ -173,8 +173,8 @@ TEST(FixNumbers, KeepsSumsOfRandomNumbersWithinBounds) {
 
     WideInteger sum = 0;
     for (std::size_t index = 0; index < count; ++index) {
-      sum += WideInteger{std::abs(fixed.multiples[index])} *
-             static_cast<std::int64_t>(weights[index]);
+      sum +=
+          WideInteger{std::abs(fixed.multiples[index])} * static_cast<std::int64_t>(weights[index]);
       EXPECT_NEAR(fixed.ValueOf(static_cast<double>(fixed.multiples[index])), values[index],
                   scale * 2000 * std::ldexp(1.0, -41));
     }

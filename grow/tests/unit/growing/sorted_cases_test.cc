@@ -33,8 +33,7 @@ void ExpectSorted(std::vector<double> const& values, std::vector<std::uint32_t> 
   ASSERT_EQ(sorted.size(), expected.size());
   for (std::size_t place = 0; place < sorted.size(); ++place) {
     ASSERT_EQ(sorted[place].Place(), expected[place]) << "at place " << place;
-    bool const starts =
-        place == 0 || values[expected[place]] != values[expected[place - 1]];
+    bool const starts = place == 0 || values[expected[place]] != values[expected[place - 1]];
     ASSERT_EQ(sorted[place].StartsValue(), starts) << "at place " << place;
   }
 }
@@ -123,7 +122,8 @@ TEST(SortCases, SortsAsASlowerSortDoes) {
       {"all sizes",
        [](RandomNumbers& random) {
          double const sign = random.Below(2) == 0 ? 1.0 : -1.0;
-         return sign * std::ldexp(1.0 + random.Below(8), static_cast<int>(random.Below(2096)) - 1074);
+         return sign *
+                std::ldexp(1.0 + random.Below(8), static_cast<int>(random.Below(2096)) - 1074);
        }},
       {"with infinities",
        [](RandomNumbers& random) {

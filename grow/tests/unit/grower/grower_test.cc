@@ -1,0 +1,419 @@
+// The operations on a tree, one by one, and what they refuse.
+
+#include <cmath>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "grow_testing/sample_data.h"
+#include "tree/grow/gains_columns.h"
+#include "tree/grow/split_statistics.h"
+
+namespace tree::grow {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+/// Classes 0, 1, 2 along the first predictor; the second one is nominal.
+SampleData Steps() {
+  SampleData data(9);
+  data.Classes({0, 0, 0, 1, 1, 1, 2, 2, 2})
+      .Ordered({1, 2, 3, 4, 5, 6, 7, 8, 9})
+      .Nominal({0, 0, 1, 1, 1, 1, 2, 2, 2});
+  return data;
+}
+
+class GrowerOnSteps : public testing::Test {
+ protected:
+  void ExpectFailure(bool result, AlgorithmFailure failure, std::string const& message) {
+    EXPECT_FALSE(result);
+    EXPECT_EQ(grower_->GetFailure(), failure);
+    EXPECT_THAT(grower_->GetFailureMessage(), HasSubstr(message));
+  }
+  OSplitRule Cut(double at, int predictor = 0) const {
+    OSplitRule rule(systemMissingValue(), predictor);
+    rule.SetCutPoint(at);
+    return rule;
+  }
+
+  SampleData data_ = Steps();
+  CCartSettingsImp settings_ = data_.ClassSettings();
+  std::unique_ptr<Grower> grower_ = data_.Make(settings_);
+};
+
+TEST_F(GrowerOnSteps, HasNoTreeAtFirst) {
+  EXPECT_EQ(grower_->GetRootNode(), nullptr);
+  EXPECT_EQ(grower_->GetTree(), nullptr);
+  EXPECT_EQ(grower_->GetStatistics(), nullptr);
+  EXPECT_EQ(grower_->FindNode(0), nullptr);
+  EXPECT_EQ(grower_->GetNumNodes(AllNodes), 0);
+  EXPECT_EQ(grower_->MakeGains(GainsSettings()), nullptr);
+  EXPECT_TRUE(grower_->IsClassificationTree());
+  EXPECT_EQ(grower_->GetFailure(), FailureNone);
+  EXPECT_EQ(grower_->GetNumCases(TrainingSample), 9U);
+  EXPECT_EQ(grower_->GetNumCases(TestSample), 0U);
+  EXPECT_EQ(grower_->GetSettings()->GetType(), AlgCCart);
+}
+
+TEST_F(GrowerOnSteps, RefusesWorkOnATreeThatIsNotThere) {
+  std::vector<SplitRule> splits;
+  std::vector<PruningStep> steps;
+  ExpectFailure(grower_->Prune(), FailureNoTree, "no tree");
+  ExpectFailure(grower_->Validate(), FailureNoTree, "no tree");
+  ExpectFailure(grower_->PruneNode(0), FailureNoTree, "no tree");
+  ExpectFailure(grower_->GetPruningSequence(&steps), FailureNoTree, "no tree");
+  ExpectFailure(grower_->FindCandidateSplits(0, &splits), FailureNoTree, "no tree");
+  ExpectFailure(grower_->ApplySplit(0, SplitRule(Cut(3.5))), FailureNoTree, "no tree");
+  ExpectFailure(grower_->GrowNode(3, 1), FailureNoTree, "no tree");
+}
+
+TEST_F(GrowerOnSteps, RefusesNodesThatDoNotExist) {
+  ASSERT_TRUE(grower_->Grow());
+  std::string const before = Describe(*grower_->GetRootNode());
+  std::vector<SplitRule> splits;
+
+  ExpectFailure(grower_->PruneNode(77), FailureUnknownNode, "no node 77");
+  ExpectFailure(grower_->GrowNode(77, 1), FailureUnknownNode, "no node 77");
+  ExpectFailure(grower_->FindCandidateSplits(77, &splits), FailureUnknownNode, "no node 77");
+  ExpectFailure(grower_->ApplySplit(77, SplitRule(Cut(3.5))), FailureUnknownNode, "no node 77");
+  EXPECT_EQ(Describe(*grower_->GetRootNode()), before);
+}
+
+TEST_F(GrowerOnSteps, RefusesArgumentsThatMakeNoSense) {
+  ExpectFailure(grower_->GrowNode(0, -1), FailureInvalidArgument, "-1 levels");
+  ASSERT_TRUE(grower_->Grow());
+  ExpectFailure(grower_->GrowNode(0, 0), FailureInvalidArgument, "0 levels");
+  ExpectFailure(grower_->FindCandidateSplits(0, nullptr), FailureInvalidArgument, "no place");
+  ExpectFailure(grower_->GetPruningSequence(nullptr), FailureInvalidArgument, "no place");
+}
+
+TEST_F(GrowerOnSteps, ForgetsAFailureWithTheNextSuccess) {
+  EXPECT_FALSE(grower_->Prune());
+  EXPECT_TRUE(grower_->Grow());
+  EXPECT_EQ(grower_->GetFailure(), FailureNone);
+  EXPECT_STREQ(grower_->GetFailureMessage(), "");
+}
+
+TEST_F(GrowerOnSteps, NumbersNodesByLevelFromTheRoot) {
+  ASSERT_TRUE(grower_->Grow());
+
+  EXPECT_EQ(grower_->GetNumNodes(AllNodes), 5);
+  EXPECT_EQ(grower_->GetNumNodes(TerminalNodes), 3);
+  EXPECT_EQ(grower_->FindNode(0), grower_->GetRootNode());
+  EXPECT_EQ(grower_->FindNode(1), grower_->GetRootNode()->GetChild(0));
+  EXPECT_EQ(grower_->FindNode(4)->GetNumChildren(), 0);
+}
+
+TEST_F(GrowerOnSteps, GrowsTheSameTreeAgain) {
+  ASSERT_TRUE(grower_->Grow());
+  std::string const first = Describe(*grower_->GetRootNode());
+  ASSERT_TRUE(grower_->Grow());
+
+  EXPECT_EQ(Describe(*grower_->GetRootNode()), first);
+}
+
+TEST_F(GrowerOnSteps, PlantsARootAlone) {
+  ASSERT_TRUE(grower_->GrowNode(0, 0));
+  EXPECT_EQ(grower_->GetNumNodes(AllNodes), 1);
+  EXPECT_EQ(grower_->GetRootNode()->GetNodeSize(TrainingSample), 9.0);
+
+  ASSERT_TRUE(grower_->GrowNode(0, 1));
+  EXPECT_EQ(grower_->GetNumNodes(AllNodes), 3);
+}
+
+TEST_F(GrowerOnSteps, GrowsANodeAnewUnderItsOldId) {
+  ASSERT_TRUE(grower_->Grow());
+  std::string const whole = Describe(*grower_->GetRootNode());
+  unsigned int const inner = grower_->GetRootNode()->GetChild(0)->GetNumChildren() > 0 ? 1 : 2;
+  ASSERT_TRUE(grower_->PruneNode(inner));
+  EXPECT_EQ(grower_->GetNumNodes(AllNodes), 3);
+
+  ASSERT_TRUE(grower_->GrowNode(inner, 1));
+
+  EXPECT_EQ(grower_->GetNumNodes(AllNodes), 5);
+  ASSERT_NE(grower_->FindNode(inner), nullptr);
+  EXPECT_EQ(grower_->FindNode(inner)->GetChild(0)->GetId(), 5U);  // ids 3 and 4 have been used
+  EXPECT_EQ(grower_->FindNode(inner)->GetParent(), grower_->GetRootNode());
+}
+
+TEST_F(GrowerOnSteps, GrowingStepByStepGivesTheWholeTree) {
+  ASSERT_TRUE(grower_->Grow());
+  std::string const whole = Describe(*grower_->GetRootNode());
+  ASSERT_TRUE(grower_->SetTree(nullptr));
+  EXPECT_EQ(grower_->GetRootNode(), nullptr);
+  auto const fresh = data_.Make(settings_);
+  ASSERT_TRUE(fresh->GrowNode(0, 1));
+  for (unsigned int const id : {1U, 2U}) ASSERT_TRUE(fresh->GrowNode(id, 1));
+
+  EXPECT_EQ(Describe(*fresh->GetRootNode()), whole);
+}
+
+TEST_F(GrowerOnSteps, ChangingTheTreeDropsItsStatistics) {
+  ASSERT_TRUE(grower_->Grow());
+  ASSERT_TRUE(grower_->Validate());
+  EXPECT_NE(grower_->GetStatistics(), nullptr);
+
+  ASSERT_TRUE(grower_->PruneNode(0));
+  EXPECT_EQ(grower_->GetStatistics(), nullptr);
+}
+
+TEST_F(GrowerOnSteps, FindsCandidatesWithoutChangingTheTree) {
+  ASSERT_TRUE(grower_->Grow());
+  std::string const before = Describe(*grower_->GetRootNode());
+  std::vector<SplitRule> splits(3, SplitRule(Cut(1)));
+
+  ASSERT_TRUE(grower_->FindCandidateSplits(0, &splits));
+
+  ASSERT_EQ(splits.size(), 2U);
+  EXPECT_EQ(splits[0].GetPredictorIndex(), 0);
+  EXPECT_EQ(splits[1].GetPredictorIndex(), 1);
+  double first = 0.0;
+  double second = 0.0;
+  EXPECT_TRUE(splits[0].GetStatistic(SplitImprovement, &first));
+  EXPECT_TRUE(splits[1].GetStatistic(SplitImprovement, &second));
+  EXPECT_GE(first, second);
+  SplitRuleImp const* const best = splits[0];
+  EXPECT_GE(best->GetDumbChildPos(), 0);
+  EXPECT_EQ(Describe(*grower_->GetRootNode()), before);
+}
+
+TEST_F(GrowerOnSteps, SaysThatAPureNodeHasNoSplit) {
+  ASSERT_TRUE(grower_->Grow());
+  std::vector<SplitRule> splits;
+
+  ExpectFailure(grower_->FindCandidateSplits(4, &splits), FailureNoSplit, "node 4");
+  EXPECT_TRUE(splits.empty());
+}
+
+TEST_F(GrowerOnSteps, SplitsANodeAsTheUserWants) {
+  ASSERT_TRUE(grower_->GrowNode(0, 0));
+
+  ASSERT_TRUE(grower_->ApplySplit(0, SplitRule(Cut(5.0)))) << grower_->GetFailureMessage();
+  NodeImp const& root = *grower_->GetTree();
+
+  ASSERT_EQ(root.GetNumChildren(), 2);
+  EXPECT_EQ(root.GetChild(0)->GetNodeSize(TrainingSample), 5.0);
+  EXPECT_EQ(root.GetBiggestChildPos(), 0);
+  EXPECT_EQ(root.GetNumCompetitors(), 2);  // its own rule, and the best one of the other predictor
+  EXPECT_EQ(root.GetCompetitorImp(1)->GetPredictorIndex(), 1);
+  EXPECT_EQ(root.GetNumSurrogates(), 1);
+}
+
+TEST_F(GrowerOnSteps, SplitsANodeIntoMoreThanTwo) {
+  ASSERT_TRUE(grower_->GrowNode(0, 0));
+  NSplitRule rule(1, 3);
+  for (int category = 0; category < 3; ++category) rule.SetCatMapping(category, category);
+
+  ASSERT_TRUE(grower_->ApplySplit(0, SplitRule(rule))) << grower_->GetFailureMessage();
+  Node const& root = *grower_->GetRootNode();
+
+  ASSERT_EQ(root.GetNumChildren(), 3);
+  EXPECT_EQ(root.GetChild(0)->GetNodeSize(TrainingSample), 2.0);
+  EXPECT_EQ(root.GetChild(1)->GetNodeSize(TrainingSample), 4.0);
+  EXPECT_EQ(root.GetChild(2)->GetNodeSize(TrainingSample), 3.0);
+  ASSERT_TRUE(grower_->GrowNode(2, 1));
+  EXPECT_EQ(grower_->GetNumNodes(AllNodes), 6);
+}
+
+TEST_F(GrowerOnSteps, RefusesRulesThatDoNotFit) {
+  ASSERT_TRUE(grower_->Grow());
+  std::string const before = Describe(*grower_->GetRootNode());
+  NSplitRule single(1, 3);
+  for (int category = 0; category < 3; ++category) single.SetCatMapping(category, 0);
+
+  ExpectFailure(grower_->ApplySplit(0, SplitRule(Cut(5, 2))), FailureInvalidSplit, "predictor 2");
+  ExpectFailure(grower_->ApplySplit(0, SplitRule(Cut(5, -1))), FailureInvalidSplit, "predictor -1");
+  ExpectFailure(grower_->ApplySplit(0, SplitRule(Cut(5, 1))), FailureInvalidSplit, "\"x1\" is nominal");
+  ExpectFailure(grower_->ApplySplit(0, SplitRule(NSplitRule(0, 2))), FailureInvalidSplit,
+                "\"x0\" is ordered");
+  ExpectFailure(grower_->ApplySplit(0, SplitRule(single)), FailureInvalidSplit, "1 children");
+  ExpectFailure(grower_->ApplySplit(0, SplitRule(Cut(100))), FailureInvalidSplit,
+                "less than two children");
+  EXPECT_EQ(Describe(*grower_->GetRootNode()), before);
+}
+
+TEST_F(GrowerOnSteps, TakesATreeBack) {
+  ASSERT_TRUE(grower_->Grow());
+  std::string const whole = Describe(*grower_->GetRootNode());
+  std::unique_ptr<NodeImp> kept(grower_->GetTree()->Clone());
+  ASSERT_TRUE(grower_->PruneNode(0));
+
+  ASSERT_TRUE(grower_->SetTree(kept.release()));
+  EXPECT_EQ(Describe(*grower_->GetRootNode()), whole);
+}
+
+TEST_F(GrowerOnSteps, RefusesATreeOfTheOtherKind) {
+  ASSERT_TRUE(grower_->Grow());
+  auto regression = std::make_unique<NodeImp>();
+  regression->SetClassificationNode(false);
+
+  ExpectFailure(grower_->SetTree(regression.release()), FailureInvalidArgument, "regression");
+  EXPECT_EQ(grower_->GetNumNodes(AllNodes), 5);
+}
+
+TEST_F(GrowerOnSteps, MakesGainsTables) {
+  ASSERT_TRUE(grower_->Grow());
+  GainsSettings settings;
+  settings.SetTargetCategory(2);
+
+  std::unique_ptr<GainsIntf> const gains(grower_->MakeGains(settings));
+
+  ASSERT_NE(gains, nullptr);
+  EXPECT_EQ(gains->GetNumRows(), 3);
+  EXPECT_EQ(gains->GetValue(0, GainsResponse), 100.0);
+}
+
+// ---- Making growers ----
+
+std::string RefusalOf(SampleData const& data, AlgSettings const& settings,
+                      GrowOptions const& options = {1}) {
+  try {
+    data.Make(settings, options);
+  } catch (InputError const& error) {
+    return error.what();
+  }
+  return "none";
+}
+
+TEST(MakeGrower, RefusesSettingsThatWereMadeForOtherData) {
+  SampleData const data = Steps();
+  SampleData fewer(2);
+  fewer.Classes({0, 1}).Ordered({0, 1});
+  SampleData others(2);
+  others.Classes({0, 1}).Nominal({0, 1}).Nominal({0, 1});
+  SampleData numbers(2);
+  numbers.Numbers({0, 1}).Ordered({0, 1}).Nominal({0, 1});
+
+  EXPECT_THAT(RefusalOf(data, fewer.ClassSettings()), HasSubstr("they have 1 predictors, the data 2"));
+  EXPECT_THAT(RefusalOf(data, others.ClassSettings()), HasSubstr("\"x0\" is of another measurement"));
+  EXPECT_THAT(RefusalOf(data, numbers.NumberSettings()), HasSubstr("\"class\" is not continuous"));
+  EXPECT_THAT(RefusalOf(numbers, data.ClassSettings()), HasSubstr("\"number\" is continuous"));
+  CoreSettingsImp core = data.Core();
+  core.GetPredictor(1)->SetMissingValue(-9.0);
+  EXPECT_THAT(RefusalOf(data, CCartSettingsImp(core)), HasSubstr("\"x1\" has another missing value"));
+}
+
+TEST(MakeGrower, RefusesWhatItCannotDo) {
+  SampleData const data = Steps();
+  CCartSettingsImp criterion = data.ClassSettings();
+  criterion.SetSplitCriteria(static_cast<CartSplitCriteria>(3));
+
+  EXPECT_THAT(RefusalOf(data, criterion), HasSubstr("no split criterion 3"));
+  EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {-1}), HasSubstr("-1 threads"));
+  EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 0.0}), HasSubstr("test sample"));
+  EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 1.0}), HasSubstr("test sample"));
+  EXPECT_THAT(RefusalOf(data, QuestSettingsImp(data.Core())), HasSubstr("CART"));
+}
+
+TEST(MakeGrower, RefusesTargetsThatCannotBePredicted) {
+  SampleData infinite(2);
+  infinite.Numbers({1.0, -HUGE_VAL}).Ordered({1, 2});
+
+  EXPECT_THAT(RefusalOf(infinite, infinite.NumberSettings()),
+              HasSubstr("column \"number\": case 1: -inf"));
+}
+
+TEST(MakeGrower, CountsTheCasesLeftOut) {
+  SampleData data(3);
+  data.Classes({0, systemMissingValue(), 1}).Ordered({1, 2, 3}).Frequencies({1, 1, 0});
+
+  auto const grower = data.Make(data.ClassSettings());
+
+  EXPECT_EQ(grower->GetNumCases(TrainingSample), 1U);
+  EXPECT_EQ(grower->GetLeftOut().missingTarget, 1U);
+  EXPECT_EQ(grower->GetLeftOut().frequencyWeight, 1U);
+}
+
+TEST(MakeGrower, GrowsNothingWithoutCases) {
+  SampleData data(1);
+  data.Classes({systemMissingValue()}).Ordered({1});
+
+  auto const grower = data.Make(data.ClassSettings());
+
+  EXPECT_FALSE(grower->Grow());
+  EXPECT_EQ(grower->GetFailure(), FailureNoData);
+}
+
+TEST(MakeGrower, GrowsARootWithoutPredictors) {
+  SampleData data(2);
+  data.Classes({0, 1});
+
+  auto const grower = data.Make(data.ClassSettings());
+
+  ASSERT_TRUE(grower->Grow()) << grower->GetFailureMessage();
+  EXPECT_EQ(grower->GetNumNodes(AllNodes), 1);
+}
+
+// ---- Progress ----
+
+class Listener : public ProgressListener {
+ public:
+  explicit Listener(int patience) : patience_(patience) {}
+
+  bool Report(double fraction, char const* activity) noexcept override {
+    EXPECT_EQ(std::this_thread::get_id(), thread_);
+    EXPECT_GE(fraction, last_);
+    EXPECT_LE(fraction, 1.0);
+    EXPECT_STRNE(activity, "");
+    last_ = fraction;
+    return ++numReports_ < patience_;
+  }
+  int GetNumReports() const { return numReports_; }
+
+ private:
+  int patience_;
+  std::thread::id thread_ = std::this_thread::get_id();
+  double last_ = 0.0;
+  int numReports_ = 0;
+};
+
+TEST(Progress, IsReportedInTheCallingThread) {
+  SampleData const data = Steps();
+  for (int const numThreads : {1, 3}) {
+    auto const grower = data.Make(data.ClassSettings(), {numThreads});
+    Listener listener(1000000);
+    grower->SetProgressListener(&listener);
+
+    EXPECT_TRUE(grower->Grow());
+    EXPECT_GT(listener.GetNumReports(), 0);
+  }
+}
+
+TEST(Progress, CancelledGrowingLeavesTheOldTree) {
+  SampleData const data = Steps();
+  for (int const numThreads : {1, 3}) {
+    auto const grower = data.Make(data.ClassSettings(), {numThreads});
+    ASSERT_TRUE(grower->Grow());
+    std::string const before = Describe(*grower->GetRootNode());
+    Listener listener(1);
+    grower->SetProgressListener(&listener);
+
+    EXPECT_FALSE(grower->Grow());
+    EXPECT_EQ(grower->GetFailure(), FailureCancelled);
+    EXPECT_EQ(listener.GetNumReports(), 1);
+    EXPECT_EQ(Describe(*grower->GetRootNode()), before);
+
+    grower->SetProgressListener(nullptr);
+    EXPECT_TRUE(grower->Grow());
+  }
+}
+
+TEST(Progress, CancelledPreparationCanBeginAgain) {
+  SampleData const data = Steps();
+  auto const grower = data.Make(data.ClassSettings());
+  Listener listener(1);
+  grower->SetProgressListener(&listener);
+  EXPECT_FALSE(grower->Grow());
+  EXPECT_EQ(grower->GetRootNode(), nullptr);
+
+  grower->SetProgressListener(nullptr);
+  EXPECT_TRUE(grower->Grow());
+  EXPECT_EQ(grower->GetNumNodes(AllNodes), 5);
+}
+
+}  // namespace
+}  // namespace tree::grow

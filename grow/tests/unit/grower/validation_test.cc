@@ -1,0 +1,254 @@
+// How trees are pruned and their risk measured.
+
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "grow_testing/sample_data.h"
+
+namespace tree::grow {
+namespace {
+
+/// `numCases` cases whose class follows the first predictor, with noise, and ten predictors of
+/// noise.
+SampleData Noisy(std::size_t numCases, std::uint32_t seed) {
+  RandomNumbers random(seed);
+  std::vector<double> classes;
+  std::vector<double> signal;
+  for (std::size_t row = 0; row < numCases; ++row) {
+    signal.push_back(random.Below(100));
+    bool const flipped = random.Below(5) == 0;
+    classes.push_back((signal.back() < 50) != flipped ? 0 : 1);
+  }
+  SampleData data(numCases);
+  data.Classes(classes).Ordered(signal);
+  for (int i = 0; i < 10; ++i) {
+    std::vector<double> noise;
+    for (std::size_t row = 0; row < numCases; ++row) noise.push_back(random.Below(1000));
+    data.Ordered(noise);
+  }
+  return data;
+}
+
+std::unique_ptr<Grower> Grown(SampleData const& data, AlgSettings const& settings,
+                              GrowOptions const& options = {1}) {
+  std::unique_ptr<Grower> grower = data.Make(settings, options);
+  EXPECT_TRUE(grower->Grow()) << grower->GetFailureMessage();
+  return grower;
+}
+
+TEST(Validation, WithoutOneTheRiskIsThatOfTheTrainingSample) {
+  // 3 of 8 wrong: one in four on the left, two in four on the right.
+  SampleData data(8);
+  data.Classes({0, 0, 0, 1, 1, 1, 0, 0}).Ordered({1, 1, 1, 1, 2, 2, 2, 2});
+
+  auto const grower = Grown(data, data.ClassSettings());
+  ASSERT_TRUE(grower->Validate());
+  TreeStatisticsImp const& statistics = *grower->GetStatistics();
+
+  EXPECT_DOUBLE_EQ(statistics.GetRisk(), 3.0 / 8.0);
+  EXPECT_DOUBLE_EQ(statistics.GetStdError(), std::sqrt(3.0 / 8.0 * 5.0 / 8.0 / 8.0));
+  EXPECT_TRUE(statistics.IsCls());
+  EXPECT_EQ(statistics.GetMisclassificationCount(0, 1), 3.0);
+}
+
+TEST(Validation, PriorsWeighTheErrorsOfTheirClasses) {
+  // The root predicts class 1 at equal priors when it is the more costly one; all of class 0 wrong.
+  SampleData data(4);
+  data.Classes({0, 0, 0, 1}).Ordered({1, 1, 1, 1});
+  CCartSettingsImp settings(data.Core());
+  settings.GetCost()->Set(0, 1, 3.0);
+
+  auto const grower = Grown(data, settings);
+  ASSERT_TRUE(grower->Validate());
+
+  EXPECT_DOUBLE_EQ(grower->GetStatistics()->GetRisk(), 0.5);
+  EXPECT_DOUBLE_EQ(grower->GetStatistics()->GetStdError(), 0.0);
+}
+
+TEST(Validation, OfNumbersIsTheMeanSquaredError) {
+  SampleData data(4);
+  data.Numbers({1, 3, 10, 14}).Ordered({1, 1, 2, 2});
+
+  auto const grower = Grown(data, data.NumberSettings());
+  ASSERT_TRUE(grower->Validate());
+
+  EXPECT_DOUBLE_EQ(grower->GetStatistics()->GetRisk(), 2.5);  // 1, 1, 4, 4
+  EXPECT_DOUBLE_EQ(grower->GetStatistics()->GetStdError(), std::sqrt((8.5 - 6.25) / 4.0));
+}
+
+TEST(Validation, SplitSampleMeasuresOnTheTestColumn) {
+  SampleData data(8);
+  data.Classes({0, 0, 1, 1, 0, 1, 1, 1})
+      .Ordered({1, 1, 2, 2, 1, 1, 2, 2})
+      .Samples({0, 0, 0, 0, 1, 1, 1, 1});
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetValidationSpec()->Set(ValidationSplitSample);
+
+  auto const grower = Grown(data, settings);
+  ASSERT_TRUE(grower->Validate());
+
+  EXPECT_DOUBLE_EQ(grower->GetStatistics()->GetRisk(), 0.25);
+  EXPECT_EQ(grower->GetStatistics()->GetMisclassificationCount(0, 1), 1.0);
+}
+
+TEST(Validation, SplitSampleDrawsATestSampleBySeedAndShare) {
+  SampleData const data = Noisy(1000, 1);
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetValidationSpec()->Set(ValidationSplitSample);
+
+  auto const third = data.Make(settings, {1, 0.3});
+  auto const again = data.Make(settings, {1, 0.3});
+  auto const half = data.Make(settings, {1, 0.5});
+  settings.GetValidationSpec()->SetRandomSeed(5);
+  auto const other = data.Make(settings, {1, 0.3});
+  for (Grower* const grower : {third.get(), again.get(), other.get()}) ASSERT_TRUE(grower->Grow());
+
+  EXPECT_NEAR(static_cast<double>(third->GetNumCases(TestSample)), 300.0, 60.0);
+  EXPECT_NEAR(static_cast<double>(half->GetNumCases(TestSample)), 500.0, 60.0);
+  EXPECT_EQ(third->GetNumCases(TestSample) + third->GetNumCases(TrainingSample), 1000U);
+  EXPECT_EQ(Describe(*third->GetRootNode()), Describe(*again->GetRootNode()));
+  EXPECT_NE(Describe(*third->GetRootNode()), Describe(*other->GetRootNode()));
+}
+
+TEST(Validation, CrossValidationSeesThroughNoise) {
+  // A tree grown out is right about what it has seen, and wrong about a good fifth of the rest.
+  SampleData const data = Noisy(400, 2);
+  CCartSettingsImp settings = data.ClassSettings();
+  auto const naive = Grown(data, settings);
+  ASSERT_TRUE(naive->Validate());
+  settings.GetValidationSpec()->Set(ValidationCrossValidation);
+  auto const wise = Grown(data, settings);
+  ASSERT_TRUE(wise->Validate());
+
+  EXPECT_LT(naive->GetStatistics()->GetRisk(), 0.01);
+  EXPECT_GT(wise->GetStatistics()->GetRisk(), 0.2);
+  EXPECT_EQ(Describe(*naive->GetRootNode()), Describe(*wise->GetRootNode()));
+}
+
+TEST(Validation, CrossValidationFollowsSeedAndFolds) {
+  SampleData const data = Noisy(200, 3);
+  auto const riskOf = [&](long seed, int folds) {
+    CCartSettingsImp settings = data.ClassSettings();
+    settings.GetValidationSpec()->Set(ValidationCrossValidation);
+    settings.GetValidationSpec()->SetRandomSeed(seed);
+    settings.GetValidationSpec()->SetNumCVFolds(folds);
+    auto const grower = Grown(data, settings);
+    EXPECT_TRUE(grower->Validate());
+    return grower->GetStatistics()->GetRisk();
+  };
+
+  EXPECT_EQ(riskOf(1, 10), riskOf(1, 10));
+  EXPECT_NE(riskOf(1, 10), riskOf(2, 10));
+  EXPECT_NE(riskOf(1, 10), riskOf(1, 3));
+}
+
+TEST(Validation, LeavingOneOutIsTheMostThatFoldsCanDo) {
+  SampleData data(6);
+  data.Classes({0, 0, 0, 1, 1, 1}).Ordered({1, 2, 3, 7, 8, 9});
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetValidationSpec()->Set(ValidationCrossValidation);
+  settings.GetValidationSpec()->SetNumCVFolds(100);
+
+  auto const grower = Grown(data, settings);
+  ASSERT_TRUE(grower->Validate()) << grower->GetFailureMessage();
+
+  EXPECT_EQ(grower->GetStatistics()->GetRisk(), 0.0);
+}
+
+TEST(Pruning, ByCrossValidationKeepsTheSignalAndDropsTheNoise) {
+  SampleData const data = Noisy(600, 4);
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetValidationSpec()->Set(ValidationCrossValidation);
+
+  auto const grower = Grown(data, settings);
+  ASSERT_TRUE(grower->Prune());
+
+  EXPECT_EQ(grower->GetNumNodes(TerminalNodes), 2);
+  EXPECT_EQ(grower->GetTree()->GetCompetitorImp(0)->GetPredictorIndex(), 0);
+}
+
+TEST(Pruning, OnTheTrainingSampleDropsOnlyWhatDoesNotHelp) {
+  SampleData const data = Noisy(200, 5);
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetPruningSpec()->SetPickMinRiskTree(true);
+
+  auto const grower = Grown(data, settings);
+  ASSERT_TRUE(grower->Validate());
+  double const risk = grower->GetStatistics()->GetRisk();
+  ASSERT_TRUE(grower->Prune());
+  EXPECT_EQ(grower->GetStatistics(), nullptr);
+  ASSERT_TRUE(grower->Validate());
+
+  EXPECT_NEAR(grower->GetStatistics()->GetRisk(), risk, 1e-12);
+  EXPECT_GT(grower->GetNumNodes(TerminalNodes), 10);
+}
+
+TEST(Pruning, TakesTheSmallestTreeWithinSoManyStandardErrors) {
+  SampleData const data = Noisy(300, 6);
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetValidationSpec()->Set(ValidationSplitSample);
+  auto const chosenBy = [&](double factor, bool least) {
+    settings.GetPruningSpec()->SetSERuleFactor(factor);
+    settings.GetPruningSpec()->SetPickMinRiskTree(least);
+    auto const grower = Grown(data, settings);
+    EXPECT_TRUE(grower->Prune());
+    return grower->GetNumNodes(TerminalNodes);
+  };
+  auto const grower = Grown(data, settings);
+  std::vector<PruningStep> steps;
+  ASSERT_TRUE(grower->GetPruningSequence(&steps));
+  auto const within = [&](double factor) {
+    PruningStep const* least = &steps.front();
+    for (PruningStep const& step : steps) {
+      if (step.risk < least->risk) least = &step;
+    }
+    int smallest = 0;
+    for (PruningStep const& step : steps) {
+      if (step.risk <= least->risk + factor * least->stdError) smallest = step.numTerminalNodes;
+    }
+    return smallest;
+  };
+
+  EXPECT_EQ(chosenBy(1.0, false), within(1.0));
+  EXPECT_EQ(chosenBy(0.0, false), within(0.0));
+  EXPECT_EQ(chosenBy(5.0, true), within(0.0));
+  EXPECT_EQ(chosenBy(1000.0, false), 1);
+}
+
+TEST(Pruning, RemembersTheRiskOfTheTreeThatItChose) {
+  SampleData const data = Noisy(300, 7);
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetValidationSpec()->Set(ValidationCrossValidation);
+  auto const grower = Grown(data, settings);
+  std::vector<PruningStep> steps;
+  ASSERT_TRUE(grower->GetPruningSequence(&steps));
+  ASSERT_TRUE(grower->Prune());
+  ASSERT_TRUE(grower->Validate());
+
+  double risk = -1.0;
+  for (PruningStep const& step : steps) {
+    if (step.numTerminalNodes == grower->GetNumNodes(TerminalNodes)) risk = step.risk;
+  }
+  EXPECT_EQ(grower->GetStatistics()->GetRisk(), risk);
+}
+
+TEST(Pruning, LeavesCompetitorsAndTakesSurrogates) {
+  SampleData const data = Noisy(100, 8);
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetValidationSpec()->Set(ValidationCrossValidation);
+  settings.GetPruningSpec()->SetSERuleFactor(1000.0);
+
+  auto const grower = Grown(data, settings);
+  ASSERT_TRUE(grower->Prune());
+
+  EXPECT_EQ(grower->GetNumNodes(AllNodes), 1);
+  EXPECT_GT(grower->GetRootNode()->GetNumCompetitors(), 0);
+  EXPECT_EQ(grower->GetRootNode()->GetNumSurrogates(), 0);
+}
+
+}  // namespace
+}  // namespace tree::grow
