@@ -29,6 +29,8 @@ class BestScore {
     threshold_ = quotient * (1.0 - 1e-10);  // more than rounding
     return true;
   }
+  /// What a score has to reach to be looked at.
+  double GetThreshold() const { return threshold_; }
   /// The best score; 0 as long as there is none.
   double Get() const { return best_; }
 

@@ -27,8 +27,6 @@ inline constexpr std::size_t kMaxExhaustiveCategories = 12;
 /// one with the lowest cut point. `Sides`: one of `sides.h`.
 template <class Sides>
 class PredictorSearch {
-  // Cases lie scattered when they are sorted: so far ahead they are called for.
-  static constexpr std::size_t kPrefetchDistance = 24;
 
  public:
   /// `minChildSize`: the least size of a child, in units of frequency. All **borrowed**.
@@ -44,6 +42,7 @@ class PredictorSearch {
   FoundSplit Find(NodeRanges const& node, NodeSums const& sums, std::size_t predictor) {
     GrowingPredictor const& description = data_.GetPredictors()[predictor];
     if (!description.used) return {};
+    sides_.SetNode(sums);
     if (!description.IsCoded()) {
       return FindCut(lists_.Sorted(node, predictor), node.places.Size(), sums, predictor);
     }
@@ -95,25 +94,50 @@ class PredictorSearch {
     bool tooFewOnRight;
   };
 
-  /// Looks at the cuts behind the cases from `begin` to `end` - 1.
+  /// Looks at the cuts behind the cases from `begin` to `end` - 1. Most of them lie far below the
+  /// best one so far, and so do their neighbours: whole blocks of cases are only added up.
   void ScanSlice(std::span<SortedCase const> cases, std::size_t begin, std::size_t end,
                  Scan& progress) const {
     Scan scan = std::move(progress);  // a copy of its own stays in registers
     std::int64_t const* const frequencies = lists_.GetFrequencies();
-    std::int64_t const minChildSize = minChildSize_;
-    for (std::size_t position = begin; position < end; ++position) {
-      std::uint32_t const place = cases[position].Place();
-      scan.sides.Prefetch(cases[std::min(position + kPrefetchDistance, cases.size() - 1)].Place());
-      scan.sides.Move(place);
-      std::int64_t const size = frequencies == nullptr ? 1 : frequencies[place];
-      scan.sizeOnLeft += size;
-      scan.sizeOnRight -= size;
-      if (!cases[position + 1].StartsValue() || scan.sizeOnLeft < minChildSize) continue;
-      scan.tooFewOnRight = scan.sizeOnRight < minChildSize;
-      if (scan.tooFewOnRight) break;
-      if (scan.best.Take(scan.sides)) scan.bestPosition = position;
+    bool const scattered = cases.size() > kPlacesInCache;
+    std::size_t const blockSize = scattered ? 64 : cases.size() > 4096 ? 32 : 8;
+    std::size_t const last = cases.size() - 1;
+    std::size_t position = begin;
+    while (position < end && !scan.tooFewOnRight) {
+      std::size_t const blockEnd = std::min(position + blockSize, end);
+      if (scattered) {
+        for (std::size_t ahead = position + blockSize; ahead < blockEnd + blockSize; ++ahead) {
+          scan.sides.Prefetch(cases[std::min(ahead, last)].Place());
+        }
+      }
+      if (frequencies == nullptr &&
+          scan.sides.StaysBelow(scan.best.GetThreshold(),
+                                static_cast<std::int64_t>(blockEnd - position))) {
+        auto const size = static_cast<std::int64_t>(blockEnd - position);
+        for (; position < blockEnd; ++position) scan.sides.Move(cases[position].Place());
+        scan.sizeOnLeft += size;
+        scan.sizeOnRight -= size;
+      } else {
+        for (; position < blockEnd; ++position) ScanCase(cases, position, frequencies, scan);
+      }
     }
     progress = std::move(scan);
+  }
+
+  void ScanCase(std::span<SortedCase const> cases, std::size_t position,
+                std::int64_t const* frequencies, Scan& scan) const {
+    std::uint32_t const place = cases[position].Place();
+    scan.sides.Move(place);
+    std::int64_t const size = frequencies == nullptr ? 1 : frequencies[place];
+    scan.sizeOnLeft += size;
+    scan.sizeOnRight -= size;
+    if (!cases[position + 1].StartsValue() || scan.sizeOnLeft < minChildSize_) return;
+    if (scan.sizeOnRight < minChildSize_) {
+      scan.tooFewOnRight = true;
+    } else if (scan.best.Take(scan.sides)) {
+      scan.bestPosition = position;
+    }
   }
 
   // ---- Coded predictors ----

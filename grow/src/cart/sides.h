@@ -7,11 +7,14 @@
 //
 // All kinds of sides have the same operations, called where a search would not have the time for a
 // virtual call:
+//   SetNode(sums)      says which node it is: before everything else
 //   Start(group)       puts the cases of the group on the right
 //   Move(index)        moves a case to the left
 //   MoveGroup(g, sign) moves a group to the left (1) or back (-1)
 //   Reaches(quotient)  whether the score of the division as it stands may be so great: cheap, and
 //                      wrong only where rounding decides
+//   StaysBelow(q, n)   whether no score can reach q while any n cases move to the left one by one:
+//                      for cases that weigh 1; false where it is not known
 //   GetQuotient()      the score, the same for a division and its mirror image; 0 for none
 //   ImprovementOf(q)   the improvement, on the scale of the tree, of a score
 // and know groups of cases, such as those of one category, as `GetGroupSize()` sums:
@@ -19,6 +22,7 @@
 //   GroupOf(sums, group)     makes the group of a whole node
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <type_traits>
@@ -57,6 +61,7 @@ class ClassSides {
     std::copy(sums.classWeights.begin(), sums.classWeights.end(), group);
   }
 
+  void SetNode(NodeSums const&) {}
   void Start(Sum const* group) {
     total_.assign(group, group + total_.size());
     left_.assign(left_.size(), 0);
@@ -70,6 +75,7 @@ class ClassSides {
   void MoveGroup(Sum const* group, Sum sign) {
     for (std::size_t j = 0; j < left_.size(); ++j) left_[j] += sign * group[j];
   }
+  static bool StaysBelow(double, std::int64_t) { return false; }
   bool Reaches(double quotient) {
     Score const score = GetScore();
     return score.numerator >= quotient * score.denominator;
@@ -113,6 +119,9 @@ class ClassSides {
   double offset_ = 0.0;
 };
 
+/// What bounds have to be below to be sure in spite of rounding.
+inline constexpr double kCertain = 1.0 - 1e-9;
+
 /// The sides of a split by two classes of cases that each weigh 1 with Gini's criterion: the usual
 /// case, made fast. With l and r cases of a class on the left and the right, n of both, and factors
 /// f, the decrease of impurity comes down to
@@ -130,12 +139,14 @@ class TwoClassSides {
     std::copy(sums.classWeights.begin(), sums.classWeights.end(), group);
   }
 
+  void SetNode(NodeSums const&) {}
   void Start(Sum const* group) {
     total_ = group[0] + group[1];
     totalSecond_ = group[1];
     leftAll_ = 0;
     leftSecond_ = 0;
     probability_ = Probability(total_, totalSecond_);
+    largestStep_ = static_cast<double>(std::max(totalSecond_, total_ - totalSecond_));
   }
   void Prefetch(std::uint32_t index) const { __builtin_prefetch(classes_ + index); }
   void Move(std::uint32_t index) {
@@ -145,6 +156,16 @@ class TwoClassSides {
   void MoveGroup(Sum const* group, Sum sign) {
     leftAll_ += sign * (group[0] + group[1]);
     leftSecond_ += sign * group[1];
+  }
+  // The product of L and R is least at one of the ends of the way that L can go.
+  bool StaysBelow(double quotient, std::int64_t count) const {
+    auto const steps = static_cast<double>(count);
+    double const excess = std::abs(static_cast<double>(Excess())) + steps * largestStep_;
+    double const left = Probability(leftAll_, leftSecond_);
+    double const after = left + steps * std::max(first_, second_);
+    double const least =
+        std::min(left * (probability_ - left), after * (probability_ - after));
+    return excess * excess < kCertain * quotient * least;
   }
   bool Reaches(double quotient) const {
     auto const excess = static_cast<double>(Excess());
@@ -184,6 +205,7 @@ class TwoClassSides {
   Sum total_ = 0;
   Sum totalSecond_ = 0;
   double probability_ = 0.0;
+  double largestStep_ = 0.0;  // by which a case can change the excess
 };
 
 /// The numbers of the cases as the sides of a split see them. Pointers are by place.
@@ -217,11 +239,18 @@ class NumberSides {
     group[1] = static_cast<Sum>(sums.weightedNumbers);
   }
 
+  void SetNode(NodeSums const& sums) {
+    least_ = sums.least;
+    greatest_ = sums.greatest;
+  }
   void Start(Sum const* group) {
     weight_ = group[0];
     wholeMean_ = weight_ == 0 ? 0 : group[1] / weight_;
     rest_ = group[1] - wholeMean_ * weight_;
     restOfMean_ = weight_ == 0 ? 0.0 : static_cast<double>(rest_) / static_cast<double>(weight_);
+    auto const mean = static_cast<double>(wholeMean_) + restOfMean_;
+    largestStep_ = std::max(static_cast<double>(greatest_) - mean,
+                            mean - static_cast<double>(least_));
     leftWeight_ = 0;
     leftSum_ = 0;
   }
@@ -235,10 +264,19 @@ class NumberSides {
     leftWeight_ += sign * group[0];
     leftSum_ += sign * group[1];
   }
+  // The product of the weights is least at one of the ends of the way.
+  bool StaysBelow(double quotient, std::int64_t count) const {
+    if constexpr (kWeighted) return false;
+    auto const steps = static_cast<double>(count);
+    auto const left = static_cast<double>(leftWeight_);
+    auto const all = static_cast<double>(weight_);
+    double const excess = std::abs(ExcessAt(left)) + steps * largestStep_;
+    double const least = std::min(left * (all - left), (left + steps) * (all - left - steps));
+    return excess * excess < kCertain * quotient * least;
+  }
   bool Reaches(double quotient) const {
     auto const left = static_cast<double>(leftWeight_);
-    double const excess =
-        static_cast<double>(leftSum_ - wholeMean_ * leftWeight_) - restOfMean_ * left;
+    double const excess = ExcessAt(left);
     return excess * excess >= quotient * left * static_cast<double>(weight_ - leftWeight_);
   }
   double GetQuotient() const {
@@ -267,6 +305,9 @@ class NumberSides {
   using Wide = std::conditional_t<kWeighted, long double, WideInteger>;
 
   Sum WeightOf(std::uint32_t index) const { return kWeighted ? weights_[index] : 1; }
+  double ExcessAt(double left) const {
+    return static_cast<double>(leftSum_ - wholeMean_ * leftWeight_) - restOfMean_ * left;
+  }
 
   std::int64_t const* numbers_;
   std::int64_t const* weights_;
@@ -275,6 +316,9 @@ class NumberSides {
   Sum wholeMean_ = 0;
   Sum rest_ = 0;  // of the sum of the node, once the whole mean is taken from each unit of weight
   double restOfMean_ = 0.0;
+  std::int64_t least_ = 0;
+  std::int64_t greatest_ = 0;
+  double largestStep_ = 0.0;  // by which a case of weight 1 can change the excess
   Sum leftWeight_ = 0;
   Sum leftSum_ = 0;
 };

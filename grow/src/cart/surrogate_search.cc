@@ -144,8 +144,8 @@ FoundSurrogate SurrogateSearch::AssignCategories(Placed const& placed) const {
   for (std::size_t code = 0; code < table_.size(); ++code) {
     Placed const& entry = table_[code];
     if (entry == Placed{}) continue;
-    // A category that is torn goes with the majority.
-    bool const left = entry[0] != entry[1] ? entry[0] > entry[1] : both[0] > both[1];
+    // A category that is torn goes with the majority; the left one, if there is none.
+    bool const left = entry[0] != entry[1] ? entry[0] > entry[1] : both[0] >= both[1];
     found.childOfCode[code] = left ? 0 : 1;
     agreement += std::max(entry[0], entry[1]);
   }

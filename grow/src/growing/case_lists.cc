@@ -9,8 +9,6 @@ constexpr std::uint32_t kNoPlace = 0xFFFF'FFFF;
 
 /// Cases lie scattered when they are sorted: so far ahead they are called for.
 constexpr std::size_t kPrefetchDistance = 24;
-/// The data of so many cases stay in the processor's cache, where nothing has to be called for.
-constexpr std::size_t kPlacesInCache = std::size_t{1} << 17;
 
 /// Puts cases into new lists. A case starts a value in its new list when it is the first of its
 /// value there, whether or not it was the first in the old one.

@@ -26,6 +26,10 @@ struct NodeRanges {
   std::vector<Range> byPredictor;  ///< its part of the list of each sorted predictor
 };
 
+/// The data of so many cases stay in the processor's cache; those of more have to be called for
+/// ahead when they are visited in the order of a sorted predictor.
+inline constexpr std::size_t kPlacesInCache = std::size_t{1} << 17;
+
 /// The child that the case at each place goes to.
 using ChildOfPlace = std::vector<std::uint8_t>;
 /// More children than this a split has not.

@@ -27,8 +27,13 @@ FixedWeights FixWeights(std::vector<double> const& weights) {
     whole = whole && weight == std::floor(weight);
   }
   if (!whole || sum > kLargestSum) {
+    // Halved as often as there can be cases, the sum is a number even where it is not as it stands.
+    constexpr int kHalvings = 32;
+    double scaled = 0.0;
+    for (double const weight : weights) scaled += std::ldexp(weight, -kHalvings);
     int exponent = 0;
-    std::frexp(sum, &exponent);  // sum < 2^exponent
+    std::frexp(std::isinf(sum) ? scaled : sum, &exponent);  // sum < 2^exponent
+    if (std::isinf(sum)) exponent += kHalvings;
     fixed.unit = std::ldexp(1.0, exponent - 52);
   }
   fixed.multiples.reserve(weights.size());

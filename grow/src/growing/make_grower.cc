@@ -81,6 +81,11 @@ std::unique_ptr<Grower> MakeGrower(DataSet const& data, CaseRoles const& roles,
     throw InputError("a grower cannot work with " + std::to_string(options.numThreads) +
                      " threads");
   }
+  if (options.maxCodedValues < 0 || options.maxCodedValues > 65535) {
+    throw InputError("the number of values that are held as codes has to lie between 0 and 65535, "
+                     "and is " +
+                     std::to_string(options.maxCodedValues));
+  }
   if (!(options.testShare > 0.0 && options.testShare < 1.0)) {
     throw InputError("the share of the test sample has to lie between 0 and 1, and is " +
                      std::to_string(options.testShare));

@@ -87,7 +87,7 @@ PruningPath::PruningPath(IndexedTree const& tree, std::vector<double> const& ris
   }
   double const tie = kTie * std::abs(risks[0]);
   steps_.push_back({0.0, links.NumTerminal(0), {}});
-  double complexity = -1.0;  // of no step yet
+  double complexity = -HUGE_VAL;  // of no step yet
   std::vector<char> gone(risks.size());  // below a collapsed node
   while (!weakest.empty()) {
     auto const [strength, position] = weakest.top();

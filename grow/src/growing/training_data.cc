@@ -18,10 +18,11 @@ constexpr std::size_t kMaxClasses = 65535;
 
 TrainingData::TrainingData(DataSet const& data, CaseRoles const& roles, AlgSettings const& settings,
                            std::vector<std::size_t> rows, std::vector<double> const& weights,
-                           std::vector<double> const& frequencies)
+                           std::vector<double> const& frequencies, int maxCodedValues)
     : data_(data),
       predictorColumns_(roles.predictors),
       maxNominalCategories_(static_cast<std::size_t>(settings.GetMaxNominalPredCategories())),
+      maxCodedValues_(static_cast<std::size_t>(maxCodedValues)),
       rows_(std::move(rows)),
       weights_(FixWeights(weights)),
       frequencies_(FixWeights(frequencies)) {
@@ -66,10 +67,8 @@ void TrainingData::PreparePredictors(Workers& workers) {
   });
   for (GrowingPredictor const& predictor : predictors_) {
     if (predictor.used) continue;
-    std::string const name = "predictor \"" + predictor.column->description.name + "\" ";
-    remarks_.push_back(name + "is not used: it has " + std::to_string(predictor.values.size()) +
-                       " categories, and the settings allow " +
-                       std::to_string(maxNominalCategories_));
+    remarks_.push_back("predictor \"" + predictor.column->description.name +
+                       "\" is not used: " + predictor.whyNot);
   }
   prepared_ = true;
 }
@@ -78,6 +77,7 @@ void TrainingData::Prepare(GrowingPredictor& predictor, Workers& workers) const 
   predictor.sorted.clear();
   predictor.codes.clear();
   predictor.values.clear();
+  predictor.whyNot.clear();
   std::vector<double> values(rows_.size());
   std::vector<std::uint32_t> indexes;
   indexes.reserve(rows_.size());
@@ -91,16 +91,28 @@ void TrainingData::Prepare(GrowingPredictor& predictor, Workers& workers) const 
   std::vector<SortedCase> sorted = SortCases(values.data(), indexes, workers);
   auto const numValues = static_cast<std::size_t>(
       std::count_if(sorted.begin(), sorted.end(), [](SortedCase c) { return c.StartsValue(); }));
-  if (!predictor.IsNominal() && numValues > kMaxCodedValues) {
+  if (!predictor.IsNominal() && numValues > maxCodedValues_) {
     predictor.hasTies = numValues < sorted.size();
     predictor.sorted = std::move(sorted);
     return;
   }
   CodeValues(predictor, values, sorted);
-  if (predictor.IsNominal()) {
-    predictor.used = numValues <= std::min<std::size_t>(maxNominalCategories_,
-                                                        GrowingPredictor::kMissingCode);
+  if (predictor.IsNominal()) CheckCategories(predictor);
+}
+
+/// Nominal predictors with too many categories are not used. Nor are those with huge codes: each
+/// rule would hold a table up to them.
+void TrainingData::CheckCategories(GrowingPredictor& predictor) const {
+  constexpr double kLargestCode = 1'000'000.0;
+  std::size_t const numValues = predictor.values.size();
+  if (numValues > std::min<std::size_t>(maxNominalCategories_, GrowingPredictor::kMissingCode)) {
+    predictor.whyNot = "it has " + std::to_string(numValues) +
+                       " categories, and the settings allow " +
+                       std::to_string(maxNominalCategories_);
+  } else if (!predictor.values.empty() && predictor.values.back() > kLargestCode) {
+    predictor.whyNot = "the code of one of its categories is more than 1000000";
   }
+  predictor.used = predictor.whyNot.empty();
 }
 
 void TrainingData::CodeValues(GrowingPredictor& predictor, std::vector<double> const& values,

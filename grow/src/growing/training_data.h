@@ -23,6 +23,7 @@ struct GrowingPredictor {
 
   Column const* column = nullptr;
   bool used = true;         ///< whether it may split
+  std::string whyNot;       ///< if not, why; the rest of a sentence
   bool hasMissing = false;  ///< whether some case has no value
 
   std::vector<SortedCase> sorted;    ///< of a sorted predictor
@@ -38,14 +39,12 @@ struct GrowingPredictor {
 /// numbers in fixed point. Made once for all trees that are grown on it.
 class TrainingData {
  public:
-  /// Ordered predictors with no more different values than this are coded.
-  static constexpr std::size_t kMaxCodedValues = 256;
-
   /// Reads the cases at `rows` with their weights and frequencies, as `CaseSelection` gives them.
-  /// `data`: **borrowed** for this object's life.
+  /// Ordered predictors with at most `maxCodedValues` different values are coded. `data`:
+  /// **borrowed** for this object's life.
   TrainingData(DataSet const& data, CaseRoles const& roles, AlgSettings const& settings,
                std::vector<std::size_t> rows, std::vector<double> const& weights,
-               std::vector<double> const& frequencies);
+               std::vector<double> const& frequencies, int maxCodedValues = 256);
 
   /// Sorts and codes the predictors, once; later calls do nothing.
   void PreparePredictors(Workers& workers);
@@ -85,12 +84,14 @@ class TrainingData {
  private:
   void ReadTarget(Column const& target);
   void Prepare(GrowingPredictor& predictor, Workers& workers) const;
+  void CheckCategories(GrowingPredictor& predictor) const;
   void CodeValues(GrowingPredictor& predictor, std::vector<double> const& values,
                   std::vector<SortedCase> const& sorted) const;
 
   DataSet const& data_;
   std::vector<int> predictorColumns_;
   std::size_t maxNominalCategories_;
+  std::size_t maxCodedValues_;
   std::vector<std::size_t> rows_;
   FixedWeights weights_;
   FixedWeights frequencies_;

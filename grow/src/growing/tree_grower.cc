@@ -62,7 +62,7 @@ void TreeGrower::SelectSamples(DataSet const& data, CaseRoles const& roles,
   };
   std::array<Cases, 2> samples;
   for (DataSample const sample : {TrainingSample, TestSample}) {
-    samples[sample] = {selection_.GetRows(sample), selection_.GetWeights(sample),
+    samples[static_cast<std::size_t>(sample)] = {selection_.GetRows(sample), selection_.GetWeights(sample),
                        selection_.GetFrequencies(sample)};
   }
   if (GetValidation() == ValidationSplitSample && !roles.sample.has_value()) {
@@ -79,7 +79,7 @@ void TreeGrower::SelectSamples(DataSet const& data, CaseRoles const& roles,
   }
   auto const make = [&](Cases& cases) {
     return std::make_unique<TrainingData>(data, roles, *algorithm_.settings, std::move(cases.rows),
-                                          cases.weights, cases.frequencies);
+                                          cases.weights, cases.frequencies, options.maxCodedValues);
   };
   training_ = make(samples[TrainingSample]);
   if (!samples[TestSample].rows.empty()) test_ = make(samples[TestSample]);
@@ -391,6 +391,12 @@ void TreeGrower::CheckSplit(SplitRuleImp const& rule) const {
   if (!predictor.used) {
     throw Refusal{FailureInvalidSplit,
                   "predictor " + Quoted(*predictor.column) + " has too many categories"};
+  }
+  auto const* const ordered = dynamic_cast<OSplitRule const*>(&rule);
+  if (ordered != nullptr &&
+      ordered->GetMissingValue() != predictor.column->description.missingValue) {
+    throw Refusal{FailureInvalidSplit, "the rule has another missing value than predictor " +
+                                           Quoted(*predictor.column)};
   }
   if (rule.GetNumChildren() < 2 || rule.GetNumChildren() > kMaxChildren) {
     throw Refusal{FailureInvalidSplit, "a split cannot have " +

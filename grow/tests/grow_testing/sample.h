@@ -1,13 +1,10 @@
 #ifndef TREE_GROW_TESTS_TESTING_SAMPLE_H_
 #define TREE_GROW_TESTS_TESTING_SAMPLE_H_
 
-#include <algorithm>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
 #include <numeric>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "growing/case_lists.h"
@@ -39,22 +36,16 @@ struct Sample {
   std::size_t GetNumCases() const { return target.size(); }
 };
 
-/// Whether ordered predictors are to be sorted although they have few values. More cases than
-/// `TrainingData` would code follow those of the sample then, and are not included.
-enum class Form { kAsItComes, kSorted };
+/// Whether ordered predictors are sorted even if they have few values, or coded even if they have
+/// many.
+enum class Form { kAsItComes, kSorted, kCoded };
 
 /// A sample as the parts of a grower read it: `TrainingData` with all that it needs.
 class PreparedSample {
  public:
-  explicit PreparedSample(Sample sample, Form form = Form::kAsItComes, int numThreads = 1)
+  explicit PreparedSample(Sample const& sample, Form form = Form::kAsItComes, int numThreads = 1)
       : workers_(numThreads) {
     workers_.Begin();
-    included_.assign(sample.GetNumCases(), 1);
-    if (form == Form::kSorted) {
-      Pad(sample);
-    } else {
-      included_.clear();
-    }
     data_ = std::make_unique<DataSet>(sample.GetNumCases());
     auto const describe = [](std::string const& name, global::MeasurementLevel level) {
       ColumnDescription description;
@@ -82,40 +73,24 @@ class PreparedSample {
     std::vector<std::size_t> rows(sample.GetNumCases());
     std::iota(rows.begin(), rows.end(), std::size_t{0});
     training_ = std::make_unique<TrainingData>(*data_, roles_, *settings_, rows, sample.weights,
-                                               sample.frequencies);
+                                               sample.frequencies,
+                                               form == Form::kSorted  ? 0
+                                               : form == Form::kCoded ? 65535
+                                                                      : 256);
     training_->PreparePredictors(workers_);
   }
 
   TrainingData const& GetData() const { return *training_; }
-  /// The flag of each case: whether it is one of the sample.
-  std::vector<std::uint8_t> const& GetIncluded() const { return included_; }
   CartSettings& GetSettings() { return *settings_; }
   Workers& GetWorkers() { return workers_; }
-  CaseLists MakeLists() { return CaseLists(*training_, included_, workers_); }
+  CaseLists MakeLists() { return CaseLists(*training_, {}, workers_); }
   /// What the cases of the sample add up to, by class.
   std::vector<double> ClassWeights(CaseLists const& lists) const {
     return ClassWeightsOf(*training_, SumCases(*training_, lists.Cases(lists.GetRoot())));
   }
 
  private:
-  void Pad(Sample& sample) {
-    constexpr std::size_t kNumCases = TrainingData::kMaxCodedValues + 1;
-    auto const append = [](std::vector<double>& column, double value) {
-      if (!column.empty()) column.insert(column.end(), kNumCases, value);
-    };
-    included_.insert(included_.end(), kNumCases, 0);
-    append(sample.target, sample.target.front());
-    append(sample.weights, 1.0);
-    append(sample.frequencies, 1.0);
-    for (Sample::Predictor& predictor : sample.predictors) {
-      append(predictor.values, predictor.values.front());
-      if (predictor.nominal) continue;
-      std::iota(predictor.values.end() - kNumCases, predictor.values.end(), 1000.0);
-    }
-  }
-
   Workers workers_;
-  std::vector<std::uint8_t> included_;
   std::unique_ptr<DataSet> data_;
   CaseRoles roles_;
   std::unique_ptr<CartSettings> settings_;

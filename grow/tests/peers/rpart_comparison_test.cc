@@ -70,13 +70,12 @@ class RpartComparison : public testing::TestWithParam<std::string> {
     return split.improve * (IsOfClasses() ? 1.0 : node.deviance) / RootWeight();
   }
   template <class Rule>  // a split or a surrogate
-  void ExpectSameWays(Rule const& theirs, SplitRuleImp const& ours, int leftChild,
-                      std::set<std::string> const& either = {}) const {
-    bool const same = tree_.Divides(ours, theirs.ways, leftChild, either) ||
-                      std::any_of(theirs.ties.begin(), theirs.ties.end(), [&](Ways const& tie) {
-                        return tree_.Divides(ours, tie, leftChild, either);
-                      });
-    EXPECT_TRUE(same) << "other ways: ours is " << tree_.Describe(ours);
+  bool HasSameWays(Rule const& theirs, SplitRuleImp const& ours, int leftChild,
+                   std::set<std::string> const& either = {}) const {
+    return tree_.Divides(ours, theirs.ways, leftChild, either) ||
+           std::any_of(theirs.ties.begin(), theirs.ties.end(), [&](Ways const& tie) {
+             return tree_.Divides(ours, tie, leftChild, either);
+           });
   }
   /// Categories of which there is no right way: even ones of a node with even sides.
   std::set<std::string> FreeCategories(NodePair const& pair, Surrogate const& surrogate) const {
@@ -104,7 +103,8 @@ TEST_P(RpartComparison, SplitsTheSameNodesTheSameWay) {
     SplitRuleImp const& primary = *pair.ours->GetCompetitorImp(0);
     EXPECT_EQ(tree_.PredictorOf(primary).name, pair.theirs->splits.front().predictor);
     if (tree_.PredictorOf(primary).name != pair.theirs->splits.front().predictor) continue;
-    ExpectSameWays(pair.theirs->splits.front(), primary, pair.leftChild);
+    EXPECT_TRUE(HasSameWays(pair.theirs->splits.front(), primary, pair.leftChild))
+        << "ours is " << tree_.Describe(primary);
   }
 }
 
@@ -128,8 +128,24 @@ TEST_P(RpartComparison, ListsTheSameCompetitorsByImprovement) {
       SplitRuleImp const& rule = *ours[split.predictor];
       EXPECT_TRUE(
           AreClose(rule.GetStatistic(SplitImprovement), ImprovementOf(*pair.theirs, split)));
-      bool const canSwap = !tree_.Divides(rule, split.ways, 0);  // sides have no order of their own
-      ExpectSameWays(split, rule, canSwap ? 1 : 0);
+      // The sides of a competitor have no order of their own.
+      EXPECT_TRUE(HasSameWays(split, rule, 0) || HasSameWays(split, rule, 1))
+          << "ours is " << tree_.Describe(rule);
+    }
+  }
+}
+
+/// Sums are exact here, so that splits that are equal come out equal, and keep their order.
+TEST_P(RpartComparison, PutsEqualCompetitorsInOrderOfPredictors) {
+  for (NodePair const& pair : pairs_) {
+    SCOPED_TRACE(At(*pair.theirs));
+    for (int i = 1; i < pair.ours->GetNumCompetitors(); ++i) {
+      SplitRuleImp const& one = *pair.ours->GetCompetitorImp(static_cast<unsigned int>(i - 1));
+      SplitRuleImp const& next = *pair.ours->GetCompetitorImp(static_cast<unsigned int>(i));
+
+      double const improvement = one.GetStatistic(SplitImprovement);
+      if (!AreClose(next.GetStatistic(SplitImprovement), improvement)) continue;
+      EXPECT_LT(one.GetPredictorIndex(), next.GetPredictorIndex());
     }
   }
 }
@@ -150,7 +166,8 @@ TEST_P(RpartComparison, ListsTheSameSurrogatesByAssociation) {
       EXPECT_EQ(tree_.PredictorOf(rule).name, theirs[i].predictor);
       if (tree_.PredictorOf(rule).name != theirs[i].predictor) continue;
       EXPECT_TRUE(AreClose(rule.GetStatistic(SurrogateAssociation), theirs[i].adj));
-      ExpectSameWays(theirs[i], rule, pair.leftChild, FreeCategories(pair, theirs[i]));
+      EXPECT_TRUE(HasSameWays(theirs[i], rule, pair.leftChild, FreeCategories(pair, theirs[i])))
+          << "ours is " << tree_.Describe(rule);
     }
   }
 }

@@ -38,6 +38,9 @@ struct GrowOptions {
   /// The share of the cases that a split-sample validation draws for its test sample, in (0, 1).
   /// Not used where a column of the data says which sample each case belongs to.
   double testShare = 0.3;
+  /// Ordered predictors with at most so many different values are held as codes of them, which is
+  /// faster where they are few; the tree does not depend on it. From 0 to 65535.
+  int maxCodedValues = 256;
 };
 
 /// A growing algorithm on a data set.

@@ -12,6 +12,9 @@
 namespace tree::grow::rpart {
 namespace {
 
+/// Every ordered predictor sorted: what codes make of them is the same, as other tests show.
+constexpr GrowOptions kOptions{0, 0.3, 0};
+
 constexpr int kMostCategories = 1000;  // more than any predictor has
 
 global::MeasurementLevel LevelOf(Predictor const& predictor) {
@@ -100,12 +103,12 @@ GrownTree::GrownTree(Fixture const& fixture, std::filesystem::path const& dataFo
   if (fixture.classes.empty()) {
     RCartSettingsImp settings(core);
     SetLimits(fixture, settings);
-    grower_ = MakeGrower(csv_->data, roles_, settings);
+    grower_ = MakeGrower(csv_->data, roles_, settings, kOptions);
   } else {
     CCartSettingsImp settings(core);
     SetLimits(fixture, settings);
     SetPriorsAndCosts(fixture, settings);
-    grower_ = MakeGrower(csv_->data, roles_, settings);
+    grower_ = MakeGrower(csv_->data, roles_, settings, kOptions);
   }
   Demand(grower_->Grow(), *grower_);
   SendCasesAsRpartDoes();

@@ -231,6 +231,10 @@ TEST_F(GrowerOnSteps, RefusesRulesThatDoNotFit) {
   ExpectFailure(grower_->ApplySplit(0, SplitRule(NSplitRule(0, 2))), FailureInvalidSplit,
                 "\"x0\" is ordered");
   ExpectFailure(grower_->ApplySplit(0, SplitRule(single)), FailureInvalidSplit, "1 children");
+  OSplitRule foreign(-1.0, 0);
+  foreign.SetCutPoint(5.0);
+  ExpectFailure(grower_->ApplySplit(0, SplitRule(foreign)), FailureInvalidSplit,
+                "another missing value");
   ExpectFailure(grower_->ApplySplit(0, SplitRule(Cut(100))), FailureInvalidSplit,
                 "less than two children");
   EXPECT_EQ(Describe(*grower_->GetRootNode()), before);
@@ -306,6 +310,8 @@ TEST(MakeGrower, RefusesWhatItCannotDo) {
   EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {-1}), HasSubstr("-1 threads"));
   EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 0.0}), HasSubstr("test sample"));
   EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 1.0}), HasSubstr("test sample"));
+  EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 0.3, -1}), HasSubstr("and is -1"));
+  EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 0.3, 65536}), HasSubstr("and is 65536"));
   EXPECT_THAT(RefusalOf(data, QuestSettingsImp(data.Core())), HasSubstr("CART"));
 }
 

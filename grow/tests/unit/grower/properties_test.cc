@@ -76,17 +76,34 @@ Columns RandomColumns(std::uint32_t seed, bool classes, std::uint32_t numClasses
   return columns;
 }
 
-std::string Grown(SampleData const& data) {
-  bool const classes =
-      data.GetData().GetColumn(data.GetRoles().target).IsNominal();
-  std::unique_ptr<Grower> const grower =
-      classes ? data.Make(data.ClassSettings()) : data.Make(data.NumberSettings());
+/// All ordered predictors sorted, or all of them coded.
+constexpr GrowOptions kSorted{1, 0.3, 0};
+constexpr GrowOptions kCoded{1, 0.3, 256};
+
+std::unique_ptr<Grower> MakeFor(SampleData const& data, GrowOptions const& options) {
+  bool const classes = data.GetData().GetColumn(data.GetRoles().target).IsNominal();
+  return classes ? data.Make(data.ClassSettings(), options)
+                 : data.Make(data.NumberSettings(), options);
+}
+
+std::string Grown(SampleData const& data, GrowOptions const& options) {
+  std::unique_ptr<Grower> const grower = MakeFor(data, options);
   EXPECT_TRUE(grower->Grow()) << grower->GetFailureMessage();
   return Describe(*grower->GetRootNode());
 }
 
 class EverySeed : public testing::TestWithParam<std::uint32_t> {};
 INSTANTIATE_TEST_SUITE_P(Trees, EverySeed, testing::Range(1U, 41U));
+
+TEST_P(EverySeed, SortedAndCodedPredictorsGrowTheSameTree) {
+  for (bool const classes : {true, false}) {
+    for (bool const counted : {true, false}) {
+      SampleData const data = RandomColumns(GetParam(), classes).Make(counted);
+
+      EXPECT_EQ(Grown(data, kSorted), Grown(data, kCoded));
+    }
+  }
+}
 
 TEST_P(EverySeed, ShuffledRowsGrowTheSameTree) {
   for (bool const classes : {true, false}) {
@@ -98,7 +115,9 @@ TEST_P(EverySeed, ShuffledRowsGrowTheSameTree) {
       std::swap(rows[i - 1], rows[random.Below(static_cast<std::uint32_t>(i))]);
     }
 
-    EXPECT_EQ(Grown(columns.Make(true)), Grown(columns.Pick(rows).Make(true)));
+    for (GrowOptions const& options : {kSorted, kCoded}) {
+      EXPECT_EQ(Grown(columns.Make(true), options), Grown(columns.Pick(rows).Make(true), options));
+    }
   }
 }
 
@@ -110,18 +129,18 @@ TEST_P(EverySeed, FrequenciesGrowTheTreeOfRepeatedCases) {
       rows.insert(rows.end(), static_cast<std::size_t>(columns.counts[row]), row);
     }
 
-    EXPECT_EQ(Grown(columns.Make(true)), Grown(columns.Pick(rows).Make(false)));
+    for (GrowOptions const& options : {kSorted, kCoded}) {
+      EXPECT_EQ(Grown(columns.Make(true), options), Grown(columns.Pick(rows).Make(false), options));
+    }
   }
 }
 
 TEST_P(EverySeed, AnyNumberOfThreadsGrowsTheSameTree) {
   for (bool const classes : {true, false}) {
     SampleData const data = RandomColumns(GetParam(), classes).Make(false);
-    std::string const alone = Grown(data);
+    std::string const alone = Grown(data, kSorted);
     for (int const numThreads : {2, 3, 7}) {
-      std::unique_ptr<Grower> const grower =
-          classes ? data.Make(data.ClassSettings(), {numThreads})
-                  : data.Make(data.NumberSettings(), {numThreads});
+      std::unique_ptr<Grower> const grower = MakeFor(data, {numThreads, 0.3, 0});
       ASSERT_TRUE(grower->Grow());
 
       EXPECT_EQ(Describe(*grower->GetRootNode()), alone) << numThreads << " threads";
@@ -159,8 +178,7 @@ TEST_P(EverySeed, MonotoneTransformsChangeNothingButCutPoints) {
 TEST_P(EverySeed, RoutingSendsEveryCaseWhereGrowingPutIt) {
   for (bool const classes : {true, false}) {
     SampleData const data = RandomColumns(GetParam(), classes).Make(false);
-    std::unique_ptr<Grower> const grower =
-        classes ? data.Make(data.ClassSettings()) : data.Make(data.NumberSettings());
+    std::unique_ptr<Grower> const grower = MakeFor(data, kSorted);
     ASSERT_TRUE(grower->Grow());
     std::vector<unsigned int> const nodes = RouteAll(*grower, data);
 
@@ -254,8 +272,7 @@ double BestByForce(SampleData const& data, bool classes, std::vector<std::size_t
 TEST_P(EverySeed, NoLegalSplitIsBetterThanTheChosenOne) {
   for (bool const classes : {true, false}) {
     SampleData const data = RandomColumns(GetParam(), classes).Make(false);
-    std::unique_ptr<Grower> const grower =
-        classes ? data.Make(data.ClassSettings()) : data.Make(data.NumberSettings());
+    std::unique_ptr<Grower> const grower = MakeFor(data, kSorted);
     ASSERT_TRUE(grower->Grow());
 
     PrefixNodeIterator walk(grower->GetRootNode());
@@ -290,8 +307,7 @@ TEST_P(EverySeed, NoLegalSplitIsBetterThanTheChosenOne) {
 TEST_P(EverySeed, PruningSequencesAreNestedAndRiskGrowsAsTheyShrink) {
   for (bool const classes : {true, false}) {
     SampleData const data = RandomColumns(GetParam(), classes).Make(false);
-    std::unique_ptr<Grower> const grower =
-        classes ? data.Make(data.ClassSettings()) : data.Make(data.NumberSettings());
+    std::unique_ptr<Grower> const grower = MakeFor(data, kSorted);
     ASSERT_TRUE(grower->Grow());
     std::vector<PruningStep> steps;
     ASSERT_TRUE(grower->GetPruningSequence(&steps));

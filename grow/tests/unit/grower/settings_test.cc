@@ -213,6 +213,16 @@ TEST(Settings, NominalPredictorsWithTooManyCategoriesAreLeftOutAndSaidSo) {
                           "allow 3"));
 }
 
+TEST(Settings, NominalPredictorsWithHugeCodesAreLeftOutAndSaidSo) {
+  SampleData data(4);
+  data.Classes({0, 0, 1, 1}).Nominal({0, 0, 1, 2000000});
+
+  auto const grower = Grown(data, data.ClassSettings());
+
+  EXPECT_EQ(grower->GetNumNodes(AllNodes), 1);
+  EXPECT_THAT(grower->GetRemarks(), ElementsAre(HasSubstr("more than 1000000")));
+}
+
 TEST(Settings, CategoriesThatANodeHasNotSeenAreLeftToSurrogates) {
   SampleData data(8);
   data.Classes({0, 0, 0, 1, 1, 1, 0, 1})

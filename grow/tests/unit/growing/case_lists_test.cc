@@ -115,10 +115,8 @@ TEST(CaseLists, LeaveOutCasesThatAreNotIncluded) {
   PreparedSample sample({.target = {0.0, 0.0, 1.0, 1.0},
                          .predictors = {{{4.0, 4.0, 4.0, 2.0}}, {{1.0, 1.0, 1.0, 0.0}, true}}},
                         Form::kSorted);
-  std::vector<std::uint8_t> included = sample.GetIncluded();
-  included[0] = 0;
 
-  CaseLists const lists(sample.GetData(), included, sample.GetWorkers());
+  CaseLists const lists(sample.GetData(), {0, 1, 1, 1}, sample.GetWorkers());
 
   EXPECT_THAT(CasesOf(lists, lists.GetRoot()), ElementsAre(1, 2, 3));
   EXPECT_THAT(PlacesOf(lists.Sorted(lists.GetRoot(), 0)), ElementsAre(2, 0, 1));
@@ -252,12 +250,20 @@ TEST(CaseLists, HaveWhatTheCasesOfEachNodeHaveAtEveryLevel) {
     SCOPED_TRACE(seed);
     RandomNumbers random(seed);
     PreparedSample sample(RandomSample(random), seed % 2 == 0 ? Form::kSorted : Form::kAsItComes);
-    CaseLists lists = sample.MakeLists();
+    std::vector<std::uint8_t> included;
+    if (seed % 3 == 0) included.resize(sample.GetData().GetNumCases());
+    std::vector<std::uint32_t> cases;
+    for (std::uint32_t index = 0; index < sample.GetData().GetNumCases(); ++index) {
+      bool const isIncluded = included.empty() || random.Below(3) != 0;
+      if (!included.empty()) included[index] = isIncluded ? 1 : 0;
+      if (isIncluded) cases.push_back(index);
+    }
+    CaseLists lists(sample.GetData(), included, sample.GetWorkers());
     struct Node {
       NodeRanges ranges;
       std::vector<std::uint32_t> cases;
     };
-    std::vector<Node> level = {{lists.GetRoot(), CasesOf(lists, lists.GetRoot())}};
+    std::vector<Node> level = {{lists.GetRoot(), cases}};
     for (int depth = 0; depth < 5; ++depth) {
       std::vector<Node> next;
       ChildOfPlace childOf(lists.GetNumPlaces(), kNoChild);

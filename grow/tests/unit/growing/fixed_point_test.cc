@@ -68,6 +68,17 @@ TEST(FixWeights, KeepsTheLargestWeightsApartFromInfinity) {
   EXPECT_GT(fixed.multiples[1], 1);
 }
 
+TEST(FixWeights, DoesNotDependOnTheOrderOfTheCases) {
+  // Added up in this order, doubles give 1, and in the other one a little less.
+  FixedWeights const fixed = FixWeights({0.1, 0.2, 0.3, 0.4});
+
+  FixedWeights const reversed = FixWeights({0.4, 0.3, 0.2, 0.1});
+
+  EXPECT_EQ(reversed.unit, fixed.unit);
+  EXPECT_THAT(reversed.multiples, ElementsAre(fixed.multiples[3], fixed.multiples[2],
+                                              fixed.multiples[1], fixed.multiples[0]));
+}
+
 TEST(FixWeights, IsCloseToRandomWeightsAndAddsThemExactly) {
   for (std::uint32_t seed = 1; seed <= 100; ++seed) {
     SCOPED_TRACE(seed);

@@ -52,6 +52,16 @@ TEST(SumCases, AddsWeightedNumbers) {
   EXPECT_EQ(static_cast<double>(sums.weightedNumbers) * sample.GetData().GetNumbers().unit, -3.0);
 }
 
+TEST(SumCases, FindsTheLeastAndTheGreatestNumber) {
+  PreparedSample const sample({.target = {-4.0, 4.0, 1.0, 2.0}, .hasClasses = false});
+  double const unit = sample.GetData().GetNumbers().unit;
+
+  NodeSums const sums = Sum(sample, {3, 1, 2});
+
+  EXPECT_EQ(static_cast<double>(sums.least) * unit, 1.0);
+  EXPECT_EQ(static_cast<double>(sums.greatest) * unit, 4.0);
+}
+
 TEST(SumCases, AddsMoreThanSixtyFourBits) {
   PreparedSample const sample(
       {.target = {1.0, -1.0}, .hasClasses = false, .weights = {0.75, 0.125}});

@@ -177,6 +177,27 @@ TEST(TrainingData, CodesOrderedPredictorsUpToALimitAndSortsOthers) {
   }
 }
 
+TEST(TrainingData, TakesAnotherLimitOfCodes) {
+  std::vector<double> const values = {3.0, 1.0, 2.0, 1.0};
+  DataSet data(4);
+  data.AddColumn({"y", global::MeasurementNominal, {}, kMissing}, {0.0, 1.0, 0.0, 1.0});
+  data.AddColumn({"x", global::MeasurementContinuous, {}, kMissing}, values);
+  data.AddColumn({"z", global::MeasurementNominal, {}, kMissing}, values);
+  CaseRoles const roles{.target = 0, .predictors = {1, 2}};
+  CCartSettingsImp const settings(MakeCoreSettings(data, roles));
+  for (int const limit : {0, 2, 3}) {
+    SCOPED_TRACE(limit);
+    TrainingData training(data, roles, settings, {0, 1, 2, 3}, {}, {}, limit);
+    Workers workers(1);
+    workers.Begin();
+
+    training.PreparePredictors(workers);
+
+    EXPECT_EQ(training.GetPredictors()[0].IsCoded(), limit == 3);
+    EXPECT_TRUE(training.GetPredictors()[1].IsCoded()) << "nominal predictors are always coded";
+  }
+}
+
 TEST(TrainingData, SortsTheCasesThatHaveAValue) {
   std::vector<double> values = Counting(300);
   std::reverse(values.begin(), values.end());
@@ -228,6 +249,20 @@ TEST(TrainingData, LeavesOutPredictorsWithTooManyCategories) {
                       "allow 32"));
     }
   }
+}
+
+TEST(TrainingData, LeavesOutPredictorsWithHugeCodes) {
+  PreparedSample const sample({.target = {0.0, 1.0, 0.0},
+                               .predictors = {{{1e6, 0.0, kMissing}, true},
+                                              {{1e6 + 1.0, 0.0, kMissing}, true},
+                                              {{1e6 + 1.0, 0.0, kMissing}}}});
+
+  EXPECT_TRUE(sample.GetData().GetPredictors()[0].used);
+  EXPECT_FALSE(sample.GetData().GetPredictors()[1].used);
+  EXPECT_TRUE(sample.GetData().GetPredictors()[2].used);
+  EXPECT_THAT(sample.GetData().GetRemarks(),
+              ElementsAre("predictor \"x1\" is not used: the code of one of its categories is more "
+                          "than 1000000"));
 }
 
 TEST(TrainingData, LeavesOutPredictorsWithMoreCategoriesThanCodes) {

@@ -271,17 +271,17 @@ TEST(Workers, EndWhereTheListenerStopsWhileOthersWork) {
   workers.Begin();
   std::thread::id const caller = std::this_thread::get_id();
   std::atomic<bool> callerIsIn{false};
+  std::atomic<bool> otherIsIn{false};
 
-  EXPECT_THROW(workers.Run(2,
-                           [&](std::size_t) {
-                             if (std::this_thread::get_id() == caller) {
-                               callerIsIn = true;
-                               return;
-                             }
-                             while (!callerIsIn) std::this_thread::yield();
-                             for (;;) workers.Poll();
-                           }),
-               Cancelled);
+  // The task of the calling thread is done at once; the other one would never be.
+  auto const task = [&](std::size_t) {
+    bool const isCaller = std::this_thread::get_id() == caller;
+    (isCaller ? callerIsIn : otherIsIn) = true;
+    while (!callerIsIn || !otherIsIn) std::this_thread::yield();
+    while (!isCaller) workers.Poll();
+  };
+
+  EXPECT_THROW(workers.Run(2, task), Cancelled);
 }
 
 TEST(Workers, StayCancelledUntilTheNextOperation) {

@@ -1,0 +1,141 @@
+// Makes the data that the peers grow trees on, and grows the same trees with this library.
+//
+//     grow_peer data FILE CASES NOMINAL             writes the data
+//     grow_peer grow FILE CASES NOMINAL KIND DEPTH LEAF THREADS SURROGATES COMPETITORS
+//
+// The file holds doubles, a column after the other: 20 predictors, of which the first NOMINAL are
+// categories from 0 to 9, then a number to predict; its sign is the class to predict.
+// `grow` prints: seconds, terminal nodes, MB of memory beyond the data at the peak.
+
+#include <sys/resource.h>
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "tree/grow/grower.h"
+
+namespace {
+
+using namespace tree;
+using namespace tree::grow;
+
+constexpr std::size_t kNumPredictors = 20;
+using Columns = std::vector<std::vector<double>>;
+
+/// Four predictors matter; two of them only together.
+Columns MakeData(std::size_t numCases, std::size_t numNominal) {
+  std::mt19937_64 engine(7);
+  std::normal_distribution<double> normal;
+  Columns columns(kNumPredictors + 1, std::vector<double>(numCases));
+  for (std::size_t position = 0; position < kNumPredictors; ++position) {
+    for (double& value : columns[position]) {
+      value = position < numNominal ? static_cast<double>(engine() % 10) : normal(engine);
+    }
+  }
+  for (std::size_t row = 0; row < numCases; ++row) {
+    double value = columns[5][row] + 0.8 * columns[6][row] * columns[7][row] -
+                   (columns[8][row] > 0.0 ? 0.5 : 0.0) + 0.3 * columns[9][row] + normal(engine);
+    if (numNominal > 0 && columns[0][row] == 3.0) value += 0.5;
+    columns[kNumPredictors][row] = value;
+  }
+  return columns;
+}
+
+void Write(Columns const& columns, char const* path) {
+  std::ofstream file(path, std::ios::binary);
+  for (auto const& column : columns) {
+    file.write(reinterpret_cast<char const*>(column.data()),
+               static_cast<std::streamsize>(column.size() * sizeof(double)));
+  }
+  if (!file.flush()) throw std::runtime_error(std::string("cannot write ") + path);
+}
+
+Columns Read(char const* path, std::size_t numCases) {
+  Columns columns(kNumPredictors + 1, std::vector<double>(numCases));
+  std::ifstream file(path, std::ios::binary);
+  for (auto& column : columns) {
+    file.read(reinterpret_cast<char*>(column.data()),
+              static_cast<std::streamsize>(column.size() * sizeof(double)));
+  }
+  if (!file) throw std::runtime_error(std::string("cannot read ") + path);
+  return columns;
+}
+
+double PeakMegabytes() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return static_cast<double>(usage.ru_maxrss) / 1024.0;
+}
+
+void Grow(Columns& columns, std::size_t numNominal, bool classes, char** options) {
+  if (classes) {
+    for (double& value : columns[kNumPredictors]) value = value > 0.0 ? 1.0 : 0.0;
+  }
+  DataSet data(columns[0].size());
+  CaseRoles roles;
+  for (std::size_t position = 0; position <= kNumPredictors; ++position) {
+    ColumnDescription description;
+    description.name = "x" + std::to_string(position);
+    bool const isTarget = position == kNumPredictors;
+    if (isTarget ? classes : position < numNominal) description.level = global::MeasurementNominal;
+    int const index = data.BorrowColumn(description, columns[position].data());
+    if (isTarget) {
+      roles.target = index;
+    } else {
+      roles.predictors.push_back(index);
+    }
+  }
+  CoreSettingsImp const core = MakeCoreSettings(data, roles);
+  std::unique_ptr<CartSettings> settings;
+  if (classes) {
+    auto ofClasses = std::make_unique<CCartSettingsImp>(core);
+    ofClasses->GetPriors()->Set(PriorTypeAlternate);
+    settings = std::move(ofClasses);
+  } else {
+    settings = std::make_unique<RCartSettingsImp>(core);
+  }
+  int const leaf = std::atoi(options[1]);
+  settings->GetStopRule()->SetMaxTreeDepth(std::atoi(options[0]));
+  settings->GetStopRule()->SetMinNodeSize(2 * leaf);
+  settings->GetStopRule()->SetMinChildSize(leaf);
+  settings->GetStopRule()->SetMinImprovement(0.0);
+  settings->SetMaxNumSurrogates(std::atoi(options[3]));
+  settings->SetMaxNumCompetitors(std::atoi(options[4]) + 1);
+
+  double const before = PeakMegabytes();
+  auto const start = std::chrono::steady_clock::now();
+  std::unique_ptr<Grower> const grower =
+      MakeGrower(data, roles, *settings, {std::atoi(options[2])});
+  if (!grower->Grow()) throw std::runtime_error(grower->GetFailureMessage());
+  std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - start;
+  std::printf("%.3f %d %.0f\n", seconds.count(), grower->GetNumNodes(TerminalNodes),
+              PeakMegabytes() - before);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    std::string const what = argc > 1 ? argv[1] : "";
+    if (what == "data" && argc == 5) {
+      Write(MakeData(std::strtoul(argv[3], nullptr, 10), std::strtoul(argv[4], nullptr, 10)),
+            argv[2]);
+    } else if (what == "grow" && argc == 11) {
+      Columns columns = Read(argv[2], std::strtoul(argv[3], nullptr, 10));
+      Grow(columns, std::strtoul(argv[4], nullptr, 10), std::string(argv[5]) == "class", argv + 6);
+    } else {
+      std::cerr << "usage: see the top of grow_peer.cc\n";
+      return 2;
+    }
+  } catch (std::exception const& error) {
+    std::cerr << "grow_peer: " << error.what() << '\n';
+    return 1;
+  }
+}

@@ -1,0 +1,89 @@
+"""Grows the same trees with this library and with its peers, on one machine in one run.
+
+run.py GROW_PEER [CASES]
+GROW_PEER: the program made of grow_peer.cc. CASES: 1000000 unless told otherwise. Peers that are not
+installed are left out. Each tree is grown by each program in a process of its own, on one thread;
+the smaller of two runs counts.
+"""
+
+import os
+import pathlib
+import subprocess
+import sys
+import tempfile
+
+HERE = pathlib.Path(__file__).parent
+PYTHON = "/usr/bin/python3"
+PEERS = ("rpart", "sklearn", "xgboost")
+OUT = 30  # levels of a tree that is grown out
+ENVIRONMENT = dict(os.environ, OMP_NUM_THREADS="1", OPENBLAS_NUM_THREADS="1")
+
+
+def measure(command, runs=2):
+    """The smallest seconds of the runs, with what else the program prints; None if it cannot run."""
+    best = None
+    for _ in range(runs):
+        done = subprocess.run([str(part) for part in command], capture_output=True, text=True,
+                              env=ENVIRONMENT)
+        if done.returncode != 0:
+            last = (done.stderr.strip().splitlines() or ["no message"])[-1]
+            print(f"# {pathlib.Path(str(command[0])).name} failed: {last}", file=sys.stderr)
+            return None
+        numbers = [float(text) for text in done.stdout.split()]
+        if best is None or numbers[0] < best[0]:
+            best = numbers
+    return best
+
+
+def run_peer(peer, path, cases, nominal, kind, depth, surrogates, competitors):
+    if peer == "rpart":
+        return measure(["Rscript", HERE / "rpart_peer.R", path, cases, nominal, kind, depth, 50,
+                        surrogates, competitors])
+    if nominal or surrogates or competitors:
+        return None  # which they do not have
+    return measure([PYTHON, HERE / "python_peer.py", peer, path, cases, nominal, kind, depth, 50])
+
+
+def text_of(numbers, own):
+    if numbers is None:
+        return "-"
+    return f"{numbers[0]:.2f} s, {numbers[0] / own[0]:.1f}x ({numbers[1]:.0f})"
+
+
+def main():
+    program = sys.argv[1]
+    cases = sys.argv[2] if len(sys.argv) > 2 else "1000000"
+    megabytes = int(cases) * 21 * 8 / 1024 / 1024
+    trees = [(nominal, kind, depth, 0, 0) for nominal in (0, 5) for kind in ("class", "number")
+             for depth in (5, OUT)]
+    trees += [(0, kind, 5, 5, 4) for kind in ("class", "number")]
+    print(f"{cases} cases x 20 predictors, 50 cases a leaf; seconds, times ours, (terminal nodes)\n")
+    print("| tree | ours | memory beyond the data | ours, 2 threads | " + " | ".join(PEERS) + " |")
+    print("|---" * (4 + len(PEERS)) + "|", flush=True)
+    with tempfile.TemporaryDirectory() as folder:
+        paths = {}
+        for nominal in (0, 5):
+            paths[nominal] = pathlib.Path(folder) / f"data{nominal}.bin"
+            subprocess.run([program, "data", paths[nominal], cases, str(nominal)], check=True)
+        for nominal, kind, depth, surrogates, competitors in trees:
+            path = paths[nominal]
+
+            def grow(threads):
+                return measure([program, "grow", path, cases, nominal, kind, depth, 50, threads,
+                                surrogates, competitors])
+
+            own, two = grow(1), grow(2)
+            name = f"{kind}, " + ("grown out" if depth == OUT else f"depth {depth}")
+            if nominal:
+                name += f", {nominal} nominal"
+            if surrogates:
+                name += f", {surrogates} surrogates, {competitors} competitors"
+            cells = [name, f"{own[0]:.2f} s ({own[1]:.0f})", f"{own[2] / megabytes:.2f}x",
+                     f"{two[0]:.2f} s, {own[0] / two[0]:.2f}x faster"]
+            cells += [text_of(run_peer(peer, path, cases, nominal, kind, depth, surrogates,
+                                       competitors), own) for peer in PEERS]
+            print("| " + " | ".join(cells) + " |", flush=True)
+
+
+if __name__ == "__main__":
+    main()
