@@ -101,8 +101,8 @@ std::unique_ptr<SplitRuleImp> CartMethod::MakeRule(std::size_t predictor,
     map(split.right, 1);
     rule = std::move(nominal);
   } else {
-    auto ordered = std::make_unique<OSplitRule>(description.column->description.missingValue,
-                                                position);
+    auto ordered =
+        std::make_unique<OSplitRule>(description.column->description.missingValue, position);
     ordered->SetCutPoint(split.cutPoint);
     rule = std::move(ordered);
   }
@@ -124,8 +124,8 @@ std::unique_ptr<SplitRuleImp> CartMethod::MakeRule(std::size_t predictor,
     }
     rule = std::move(nominal);
   } else {
-    auto ordered = std::make_unique<OSplitRule>(description.column->description.missingValue,
-                                                position);
+    auto ordered =
+        std::make_unique<OSplitRule>(description.column->description.missingValue, position);
     ordered->SetCutPoint(surrogate.cutPoint);
     if (surrogate.reversed) ordered->SetReverse();
     rule = std::move(ordered);
@@ -135,8 +135,7 @@ std::unique_ptr<SplitRuleImp> CartMethod::MakeRule(std::size_t predictor,
 }
 
 std::vector<RuleList> CartMethod::FindSplits(CaseLists const& lists,
-                                             std::span<GrowingNode const> nodes,
-                                             Workers& workers) {
+                                             std::span<GrowingNode const> nodes, Workers& workers) {
   std::size_t const numPredictors = data_.GetPredictors().size();
   std::vector<FoundSplit> found(nodes.size() * numPredictors);  // [node][predictor]
   double const frequencyUnit = data_.GetFrequencies().unit;

@@ -50,7 +50,8 @@ class CartMethod : public SplitMethod {
   SplitLimits limits_;
   double totalWeight_;
   int criterion_ = 0;
-  std::vector<double> factors_;  // by class: what a unit of weight adds to the probability of a node
+  std::vector<double>
+      factors_;         // by class: what a unit of weight adds to the probability of a node
   double scale_ = 1.0;  // what an improvement in units of weight and number is on that of the tree
 };
 

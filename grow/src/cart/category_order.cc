@@ -1,6 +1,7 @@
 #include "cart/category_order.h"
 
 #include <Eigen/Eigenvalues>
+#include <numeric>
 
 namespace tree::grow {
 
@@ -25,6 +26,22 @@ std::vector<double> PrincipalScores(std::vector<double> const& weights, std::siz
   if (component[largest] < 0.0) component = -component;
   Eigen::VectorXd const scores = shares * component;
   return {scores.data(), scores.data() + scores.size()};
+}
+
+std::vector<std::vector<double>> SuperclassShares(std::vector<double> const& weights,
+                                                  std::size_t numClasses) {
+  std::size_t const numCategories = weights.size() / numClasses;
+  std::vector<std::vector<double>> shares(numClasses - 1, std::vector<double>(numCategories));
+  for (std::size_t category = 0; category < numCategories; ++category) {
+    double const* const ofCategory = weights.data() + category * numClasses;
+    double const sum = std::accumulate(ofCategory, ofCategory + numClasses, 0.0);
+    double below = 0.0;
+    for (std::size_t j = 0; j + 1 < numClasses && sum > 0.0; ++j) {
+      below += ofCategory[j];
+      shares[j][category] = below / sum;
+    }
+  }
+  return shares;
 }
 
 }  // namespace tree::grow

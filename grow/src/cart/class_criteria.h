@@ -22,6 +22,8 @@ struct Score {
 /// sum p(j, L)^2 / p(L) + sum p(j, R)^2 / p(R) - sum p(j, t)^2 / p(t). Source: Breiman, Friedman,
 /// Olshen and Stone 1984, section 4.3.1.
 struct Gini {
+  static constexpr bool kOrderedClasses = false;
+
   static Score ScoreOf(double const* left, double const* right, std::size_t numClasses) {
     double leftSum = 0.0;
     double rightSum = 0.0;
@@ -50,6 +52,8 @@ struct Gini {
 /// probability of the node: the decrease of Gini impurity of the best pair of superclasses, halved.
 /// Source: Breiman et al. 1984, section 4.3.2.
 struct Twoing {
+  static constexpr bool kOrderedClasses = false;
+
   static Score ScoreOf(double const* left, double const* right, std::size_t numClasses) {
     double leftSum = 0.0;
     double rightSum = 0.0;
@@ -71,6 +75,8 @@ struct Twoing {
 /// The twoing value of the best pair of superclasses {0..k}, {k+1..} of ordered classes, times the
 /// probability of the node. Source: Breiman et al. 1984, section 4.3.3.
 struct OrderedTwoing {
+  static constexpr bool kOrderedClasses = true;
+
   static Score ScoreOf(double const* left, double const* right, std::size_t numClasses) {
     double leftSum = 0.0;
     double rightSum = 0.0;

@@ -21,13 +21,15 @@ namespace tree::grow {
 /// contains the best one.
 inline constexpr std::size_t kMaxExhaustiveCategories = 12;
 
-/// Finds the best split of a node by one predictor, on the cases that have a value of it: exactly,
-/// but for nominal predictors with more than `kMaxExhaustiveCategories` categories in the node and
-/// more than two classes, which are divided in the order of `PrincipalScores`. Of equal splits, the
-/// one with the lowest cut point. `Sides`: one of `sides.h`.
+/// Finds the best split of a node by one predictor, on the cases that have a value of it. Of equal
+/// splits, the one with the lowest cut point. `Sides`: one of `sides.h`.
+///
+/// Categories are divided in the best of all ways for two classes and for numbers, by ordered
+/// twoing, and wherever the node has at most `kMaxExhaustiveCategories` of them; otherwise they are
+/// cut in the order of `PrincipalScores`. Where categories are cut in an order, the least size of a
+/// child only chooses among the cuts of that order.
 template <class Sides>
 class PredictorSearch {
-
  public:
   /// `minChildSize`: the least size of a child, in units of frequency. All **borrowed**.
   PredictorSearch(TrainingData const& data, CaseLists const& lists, Sides sides,
@@ -216,38 +218,53 @@ class PredictorSearch {
   FoundSplit DivideCategories() {
     if (present_.size() < 2) return {};
     if (!sides_.HasKey() && present_.size() <= kMaxExhaustiveCategories) return TryAll();
-    SortCategories();
-    auto const [numOnLeft, improvement] = CutInOrder();
-    if (!(improvement > 0.0)) return {};
-    auto const middle = present_.begin() + static_cast<std::ptrdiff_t>(numOnLeft);
-    FoundSplit split{improvement, 0.0, {present_.begin(), middle}, {middle, present_.end()}};
-    std::sort(split.left.begin(), split.left.end());
-    std::sort(split.right.begin(), split.right.end());
-    return split;
+    FoundSplit best;
+    for (std::vector<double> const& keys : OrdersOfCategories()) {
+      std::vector<std::uint16_t> const ascending = present_;
+      std::stable_sort(present_.begin(), present_.end(),
+                       [&](std::uint16_t a, std::uint16_t b) { return keys[a] < keys[b]; });
+      auto const [numOnLeft, improvement] = CutInOrder();
+      if (improvement > best.improvement) {
+        auto const middle = present_.begin() + static_cast<std::ptrdiff_t>(numOnLeft);
+        best = {improvement, 0.0, {present_.begin(), middle}, {middle, present_.end()}};
+      }
+      present_ = ascending;
+    }
+    std::sort(best.left.begin(), best.left.end());
+    std::sort(best.right.begin(), best.right.end());
+    return best;
   }
 
-  /// Puts the categories of the node into an order that contains the best division, or is likely to
-  /// contain a good one. Source of the first: Breiman, Friedman, Olshen and Stone 1984, theorem 4.5
-  /// for two classes and proposition 8.16 for numbers.
-  void SortCategories() {
+  /// Keys by code: orders of the categories of the node that contain the best division between
+  /// them, or are likely to contain a good one. Source of the first: Breiman, Friedman, Olshen and
+  /// Stone 1984, theorem 4.5 for two classes, and so for each pair of superclasses that ordered
+  /// twoing looks at; proposition 8.16 for numbers.
+  std::vector<std::vector<double>> OrdersOfCategories() const {
     std::vector<double> keys(sizes_.size());
     if (sides_.HasKey()) {
       for (std::uint16_t const code : present_) keys[code] = sides_.KeyOf(GroupOf(code));
-    } else {
-      std::vector<double> const factors = sides_.GetFactors();
-      std::vector<double> weights;
-      for (std::uint16_t const code : present_) {
-        for (std::size_t j = 0; j < factors.size(); ++j) {
-          weights.push_back(factors[j] * static_cast<double>(GroupOf(code)[j]));
-        }
+      return {keys};
+    }
+    std::vector<double> const factors = sides_.GetFactors();
+    std::vector<double> weights;  // [category][class]
+    for (std::uint16_t const code : present_) {
+      for (std::size_t j = 0; j < factors.size(); ++j) {
+        weights.push_back(factors[j] * static_cast<double>(GroupOf(code)[j]));
       }
-      std::vector<double> const scores = PrincipalScores(weights, factors.size());
+    }
+    std::vector<std::vector<double>> orders;
+    if (sides_.HasOrderedClasses()) {
+      orders = SuperclassShares(weights, factors.size());
+    } else {
+      orders.push_back(PrincipalScores(weights, factors.size()));
+    }
+    for (std::vector<double>& scores : orders) {
       for (std::size_t place = 0; place < present_.size(); ++place) {
         keys[present_[place]] = scores[place];
       }
+      scores = keys;
     }
-    std::stable_sort(present_.begin(), present_.end(),
-                     [&](std::uint16_t a, std::uint16_t b) { return keys[a] < keys[b]; });
+    return orders;
   }
 
   /// The best of all divisions. Goes through them in the order of a Gray code, so that from one to
@@ -284,8 +301,8 @@ class PredictorSearch {
   Workers& workers_;
   std::vector<Sum> total_;  // of the cases with a value
   // Of the present node and coded predictor:
-  std::vector<Sum> table_;             // a group per code
-  std::vector<std::int64_t> sizes_;    // by code
+  std::vector<Sum> table_;              // a group per code
+  std::vector<std::int64_t> sizes_;     // by code
   std::vector<std::uint16_t> present_;  // codes that the node has
   std::int64_t size_ = 0;
 };

@@ -37,7 +37,8 @@ namespace tree::grow {
 struct ClassTarget {
   std::uint16_t const* classes = nullptr;
   std::int64_t const* weights = nullptr;  ///< null where each case weighs 1
-  std::vector<double> factors;  ///< by class: what a unit of weight adds to the probability of a node
+  std::vector<double>
+      factors;  ///< by class: what a unit of weight adds to the probability of a node
 };
 
 /// The sides of a split by classes.
@@ -96,6 +97,7 @@ class ClassSides {
     return sum > 0.0 ? second / sum : 0.0;
   }
   std::vector<double> const& GetFactors() const { return target_->factors; }
+  static bool HasOrderedClasses() { return Criterion::kOrderedClasses; }
 
  private:
   Score GetScore() {
@@ -163,8 +165,7 @@ class TwoClassSides {
     double const excess = std::abs(static_cast<double>(Excess())) + steps * largestStep_;
     double const left = Probability(leftAll_, leftSecond_);
     double const after = left + steps * std::max(first_, second_);
-    double const least =
-        std::min(left * (probability_ - left), after * (probability_ - after));
+    double const least = std::min(left * (probability_ - left), after * (probability_ - after));
     return excess * excess < kCertain * quotient * least;
   }
   bool Reaches(double quotient) const {
@@ -189,6 +190,7 @@ class TwoClassSides {
     return sum > 0.0 ? second_ * static_cast<double>(group[1]) / sum : 0.0;
   }
   std::vector<double> GetFactors() const { return {first_, second_}; }
+  static bool HasOrderedClasses() { return false; }
 
  private:
   double Probability(Sum all, Sum second) const {
@@ -218,11 +220,11 @@ struct NumberTarget {
 /// The sides of a split by numbers. An improvement is the sum of squares around the means that the
 /// split explains, w(L) w(R) / w (mean(L) - mean(R))^2. Source: Breiman, Friedman, Olshen and Stone
 /// 1984, section 8.4, least squares regression.
-template <bool kWeighted>
+template <bool Weighted>
 class NumberSides {
  public:
   /// Products of weights and numbers need more than 64 bits.
-  using Sum = std::conditional_t<kWeighted, WideInteger, std::int64_t>;
+  using Sum = std::conditional_t<Weighted, WideInteger, std::int64_t>;
 
   explicit NumberSides(NumberTarget const& target)
       : numbers_(target.numbers), weights_(target.weights), scale_(target.scale) {}
@@ -249,8 +251,8 @@ class NumberSides {
     rest_ = group[1] - wholeMean_ * weight_;
     restOfMean_ = weight_ == 0 ? 0.0 : static_cast<double>(rest_) / static_cast<double>(weight_);
     auto const mean = static_cast<double>(wholeMean_) + restOfMean_;
-    largestStep_ = std::max(static_cast<double>(greatest_) - mean,
-                            mean - static_cast<double>(least_));
+    largestStep_ =
+        std::max(static_cast<double>(greatest_) - mean, mean - static_cast<double>(least_));
     leftWeight_ = 0;
     leftSum_ = 0;
   }
@@ -266,7 +268,7 @@ class NumberSides {
   }
   // The product of the weights is least at one of the ends of the way.
   bool StaysBelow(double quotient, std::int64_t count) const {
-    if constexpr (kWeighted) return false;
+    if constexpr (Weighted) return false;
     auto const steps = static_cast<double>(count);
     auto const left = static_cast<double>(leftWeight_);
     auto const all = static_cast<double>(weight_);
@@ -283,11 +285,13 @@ class NumberSides {
     if (leftWeight_ == 0 || leftWeight_ == weight_) return 0.0;
     // How far the left sum is from what the mean of the node would make it, times the weight of the
     // node: in numbers wide enough that mirror images differ in nothing but the sign.
-    auto const excess = static_cast<double>(
-        static_cast<Wide>(leftSum_ - wholeMean_ * leftWeight_) * static_cast<Wide>(weight_) -
-        static_cast<Wide>(rest_) * static_cast<Wide>(leftWeight_)) / static_cast<double>(weight_);
-    return excess * excess / (static_cast<double>(leftWeight_) *
-                              static_cast<double>(weight_ - leftWeight_));
+    auto const excess =
+        static_cast<double>(static_cast<Wide>(leftSum_ - wholeMean_ * leftWeight_) *
+                                static_cast<Wide>(weight_) -
+                            static_cast<Wide>(rest_) * static_cast<Wide>(leftWeight_)) /
+        static_cast<double>(weight_);
+    return excess * excess /
+           (static_cast<double>(leftWeight_) * static_cast<double>(weight_ - leftWeight_));
   }
   double ImprovementOf(double quotient) const {
     return quotient * static_cast<double>(weight_) * scale_;
@@ -299,12 +303,13 @@ class NumberSides {
     return static_cast<double>(group[1]) / static_cast<double>(group[0]);
   }
   static std::vector<double> GetFactors() { return {}; }
+  static bool HasOrderedClasses() { return false; }
 
  private:
   // Products of wide sums need more than 128 bits, and are rounded to 64 digits instead.
-  using Wide = std::conditional_t<kWeighted, long double, WideInteger>;
+  using Wide = std::conditional_t<Weighted, long double, WideInteger>;
 
-  Sum WeightOf(std::uint32_t index) const { return kWeighted ? weights_[index] : 1; }
+  Sum WeightOf(std::uint32_t index) const { return Weighted ? weights_[index] : 1; }
   double ExcessAt(double left) const {
     return static_cast<double>(leftSum_ - wholeMean_ * leftWeight_) - restOfMean_ * left;
   }

@@ -85,9 +85,8 @@ FoundSurrogate SurrogateSearch::FindCut(std::span<SortedCase const> cases, std::
   FoundSurrogate found;
   found.association = AssociationOf(cut.GetAgreement(), placed);
   if (found.association > 0.0) {
-    found.cutPoint =
-        CutBetween(data_.ValueOf(predictor, lists_.CaseAt(around.first)),
-                   data_.ValueOf(predictor, lists_.CaseAt(around.second)));
+    found.cutPoint = CutBetween(data_.ValueOf(predictor, lists_.CaseAt(around.first)),
+                                data_.ValueOf(predictor, lists_.CaseAt(around.second)));
     found.reversed = cut.IsReversed();
   }
   return found;

@@ -32,9 +32,9 @@ class ValueStarts {
 };
 
 /// The usual case, two children and all cases in one of them: without a branch that depends on the
-/// data. `middle`: the first place of child 1; `kTies`: whether cases may share a value. Gives the
+/// data. `middle`: the first place of child 1; `Ties`: whether cases may share a value. Gives the
 /// number of cases of child 0.
-template <bool kTies, bool kScattered>
+template <bool Ties, bool Scattered>
 std::size_t DivideInTwo(SortedCase* cases, std::size_t size, std::uint32_t const* newPlaces,
                         std::uint32_t middle, SortedCase* right) {
   SortedCase* toLeft = cases;
@@ -42,14 +42,14 @@ std::size_t DivideInTwo(SortedCase* cases, std::size_t size, std::uint32_t const
   std::uint32_t pending = 0;  // bit i: whether the present value has not yet had a case in child i
   for (std::size_t position = 0; position < size; ++position) {
     SortedCase const item = cases[position];
-    if constexpr (kScattered) {
+    if constexpr (Scattered) {
       std::size_t const ahead = std::min(position + kPrefetchDistance, size - 1);
       __builtin_prefetch(newPlaces + cases[ahead].Place());
     }
     std::uint32_t const place = newPlaces[item.Place()];
     std::uint32_t const child = place >= middle ? 1U : 0U;
     bool starts = true;
-    if constexpr (kTies) {
+    if constexpr (Ties) {
       pending |= item.StartsValue() ? 3U : 0U;
       starts = ((pending >> child) & 1U) != 0;
       pending &= ~(1U << child);
@@ -180,16 +180,15 @@ void CaseLists::DividePredictor(NodeRanges const& node, std::size_t predictor,
     bool const scattered = node.places.Size() > kPlacesInCache;
     auto* const divide = ties ? (scattered ? DivideInTwo<true, true> : DivideInTwo<true, false>)
                               : (scattered ? DivideInTwo<false, true> : DivideInTwo<false, false>);
-    sizes[0] = static_cast<std::uint32_t>(divide(cases, range.Size(), newPlaces_.data(),
-                                                 children[1].places.begin, scratch.data()));
+    sizes[0] = static_cast<std::uint32_t>(
+        divide(cases, range.Size(), newPlaces_.data(), children[1].places.begin, scratch.data()));
     sizes[1] = range.Size() - sizes[0];
   } else {
     std::span<SortedCase const> const moved(scratch.data(), range.Size());
     std::copy(cases, cases + range.Size(), scratch.data());
     auto const childAt = [&](std::uint32_t place) {
-      auto const child = std::find_if(children.begin(), children.end(), [&](NodeRanges const& c) {
-        return place < c.places.end;
-      });
+      auto const child = std::find_if(children.begin(), children.end(),
+                                      [&](NodeRanges const& c) { return place < c.places.end; });
       return static_cast<std::size_t>(child - children.begin());
     };
     for (SortedCase const item : moved) {

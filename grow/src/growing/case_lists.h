@@ -82,12 +82,12 @@ class CaseLists {
 
   /// Moves the cases of a node so that those of each child lie together, in order; gives the places
   /// of each child. Cases of no child come last and belong to none. `childOf`: the child of each
-  /// case of the node, by its place so far, below `numChildren`, or `kNoChild`. Codes and lists stay
-  /// as they are until they are divided, too.
+  /// case of the node, by its place so far, below `numChildren`, or `kNoChild`. Codes and lists
+  /// stay as they are until they are divided, too.
   std::vector<NodeRanges> DivideCases(NodeRanges const& node, ChildOfPlace const& childOf,
                                       int numChildren);
-  /// Makes the codes, or the list, of a predictor follow the cases, and adds the children's parts of
-  /// the list to `children`. Different predictors can be divided at the same time, each with a
+  /// Makes the codes, or the list, of a predictor follow the cases, and adds the children's parts
+  /// of the list to `children`. Different predictors can be divided at the same time, each with a
   /// `scratch` of its own, which may hold anything.
   void DividePredictor(NodeRanges const& node, std::size_t predictor,
                        std::vector<NodeRanges>& children, std::vector<SortedCase>& scratch);

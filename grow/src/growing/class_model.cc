@@ -23,8 +23,8 @@ std::vector<double> FactorsOf(std::vector<double> const& priors,
 
 ClassModel::ClassModel(Priors const& priors, Cost const& costs, std::vector<double> classWeights)
     : priors_(FindPriors(priors, classWeights)), factors_(FactorsOf(priors_, classWeights)) {
-  splitFactors_ = priors.HasAlteredValues() ? FactorsOf(AlterPriors(priors_, costs), classWeights)
-                                            : factors_;
+  splitFactors_ =
+      priors.HasAlteredValues() ? FactorsOf(AlterPriors(priors_, costs), classWeights) : factors_;
   for (std::size_t predicted = 0; predicted < priors_.size(); ++predicted) {
     for (std::size_t observed = 0; observed < priors_.size(); ++observed) {
       costs_.push_back(

@@ -1,6 +1,7 @@
 #include "growing/fixed_point.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <numeric>
@@ -12,6 +13,19 @@ namespace {
 double CountCases(FixedWeights const& weights, std::size_t numCases) {
   if (weights.multiples.empty() || weights.unit != 1.0) return static_cast<double>(numCases);
   return std::accumulate(weights.multiples.begin(), weights.multiples.end(), 0.0);
+}
+
+/// An exponent e with which the sum of the weights is at most 2^e, found in whole numbers, since a
+/// rounded sum would depend on the order of the cases.
+int ExponentOfSum(std::vector<double> const& weights) {
+  constexpr int kDigits = 30;
+  int exponent = 0;
+  std::frexp(*std::max_element(weights.begin(), weights.end()), &exponent);
+  WideInteger sum = 0;
+  for (double const weight : weights) {
+    sum += static_cast<std::int64_t>(std::ceil(std::ldexp(weight, kDigits - exponent)));
+  }
+  return exponent - kDigits + static_cast<int>(std::bit_width(static_cast<std::uint64_t>(sum)));
 }
 
 }  // namespace
@@ -26,16 +40,7 @@ FixedWeights FixWeights(std::vector<double> const& weights) {
     sum += weight;
     whole = whole && weight == std::floor(weight);
   }
-  if (!whole || sum > kLargestSum) {
-    // Halved as often as there can be cases, the sum is a number even where it is not as it stands.
-    constexpr int kHalvings = 32;
-    double scaled = 0.0;
-    for (double const weight : weights) scaled += std::ldexp(weight, -kHalvings);
-    int exponent = 0;
-    std::frexp(std::isinf(sum) ? scaled : sum, &exponent);  // sum < 2^exponent
-    if (std::isinf(sum)) exponent += kHalvings;
-    fixed.unit = std::ldexp(1.0, exponent - 52);
-  }
+  if (!whole || sum > kLargestSum) fixed.unit = std::ldexp(1.0, ExponentOfSum(weights) - 52);
   fixed.multiples.reserve(weights.size());
   for (double const weight : weights) {
     // A case that counts at all counts at least one unit.

@@ -151,8 +151,8 @@ void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<Growin
   workers_.Run(numPredictors, [&](std::size_t predictor) {
     for (std::size_t number = 0; number < block.size(); ++number) {
       if (sizes[number].empty()) continue;
-      SummariseForChildren(data_, lists_, block[number].ranges, predictor, childOf_,
-                           sizes[number], *block[number].node);
+      SummariseForChildren(data_, lists_, block[number].ranges, predictor, childOf_, sizes[number],
+                           *block[number].node);
     }
   });
   std::vector<std::vector<GrowingNode>> families(block.size());
@@ -165,7 +165,9 @@ void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<Growin
     for (int position = 0; position < numChildren; ++position) {
       NodeRanges const& ofChild = ranges[number][static_cast<std::size_t>(position)];
       GrowingNode child{parent.node->GetChildImp(static_cast<unsigned int>(position)),
-                        parent.level + 1, {}, SumCases(data_, lists_.Cases(ofChild))};
+                        parent.level + 1,
+                        {},
+                        SumCases(data_, lists_.Cases(ofChild))};
       statistics_.Fill(*child.node, lists_.Cases(ofChild), child.sums);
       families[number].push_back(std::move(child));
     }

@@ -15,9 +15,9 @@ namespace tree::grow {
 
 /// When a node is not split any further.
 struct GrowthLimits {
-  int maxLevels = 0;           ///< below the node that growing begins at
-  double minNodeSize = 0.0;    ///< in cases
-  double minChildSize = 1.0;   ///< in cases
+  int maxLevels = 0;          ///< below the node that growing begins at
+  double minNodeSize = 0.0;   ///< in cases
+  double minChildSize = 1.0;  ///< in cases
 };
 
 /// Grows a tree downwards, level by level: finds the splits of a block of nodes, divides their

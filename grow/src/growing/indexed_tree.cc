@@ -31,7 +31,8 @@ IndexedTree::IndexedTree(NodeImp const& root) {
   ends_.resize(nodes_.size());
   for (std::size_t position = nodes_.size(); position-- > 0;) {
     ends_[position] = std::max(ends_[position], position + 1);
-    if (position > 0) ends_[parents_[position]] = std::max(ends_[parents_[position]], ends_[position]);
+    if (position > 0)
+      ends_[parents_[position]] = std::max(ends_[parents_[position]], ends_[position]);
   }
 }
 

@@ -10,9 +10,7 @@
 namespace tree::grow {
 namespace {
 
-bool IsContinuous(global::MeasurementLevel level) {
-  return level == global::MeasurementContinuous;
-}
+bool IsContinuous(global::MeasurementLevel level) { return level == global::MeasurementContinuous; }
 
 [[noreturn]] void Refuse(std::string const& why) {
   throw InputError("the settings do not fit the data: " + why);
@@ -38,11 +36,11 @@ void CheckSettings(DataSet const& data, CaseRoles const& roles, AlgSettings cons
     }
   }
   ColumnDescription const& target = data.GetColumn(roles.target).description;
-  bool const wantsNumbers =
-      settings.GetType() == AlgRCart || settings.GetType() == AlgRChaid;
+  bool const wantsNumbers = settings.GetType() == AlgRCart || settings.GetType() == AlgRChaid;
   if (wantsNumbers != IsContinuous(target.level)) {
     Refuse("target \"" + target.name + "\" is " + (wantsNumbers ? "not continuous" : "continuous") +
-           ", which this kind of settings " + (wantsNumbers ? "requires" : "cannot grow a tree for"));
+           ", which this kind of settings " +
+           (wantsNumbers ? "requires" : "cannot grow a tree for"));
   }
 }
 
@@ -63,8 +61,9 @@ TreeGrower::Algorithm MakeCart(AlgSettings const& settings) {
   }
   double const minImprovement =
       std::as_const(*algorithm.settings).GetStopRule()->GetMinImprovement();
-  algorithm.makeMethod = [&cart, minImprovement](TrainingData const& data, ClassModel const* classes,
-                                                 double minChildSize, double totalWeight) {
+  algorithm.makeMethod = [&cart, minImprovement](TrainingData const& data,
+                                                 ClassModel const* classes, double minChildSize,
+                                                 double totalWeight) {
     return std::make_unique<CartMethod>(data, cart, classes,
                                         SplitLimits{minImprovement, minChildSize}, totalWeight);
   };
@@ -82,9 +81,10 @@ std::unique_ptr<Grower> MakeGrower(DataSet const& data, CaseRoles const& roles,
                      " threads");
   }
   if (options.maxCodedValues < 0 || options.maxCodedValues > 65535) {
-    throw InputError("the number of values that are held as codes has to lie between 0 and 65535, "
-                     "and is " +
-                     std::to_string(options.maxCodedValues));
+    throw InputError(
+        "the number of values that are held as codes has to lie between 0 and 65535, "
+        "and is " +
+        std::to_string(options.maxCodedValues));
   }
   if (!(options.testShare > 0.0 && options.testShare < 1.0)) {
     throw InputError("the share of the test sample has to lie between 0 and 1, and is " +

@@ -40,9 +40,8 @@ std::unique_ptr<ClsInfoImp> NodeStatistics::MakeClsInfo(NodeImp const& node,
     info->SetClassCount(static_cast<int>(j), weights[j]);
     info->SetClassProbability(static_cast<int>(j), probabilities[j]);
   }
-  info->SetPrediction(sample_ == TrainingSample
-                          ? static_cast<int>(classes_->Predict(probabilities))
-                          : static_cast<int>(node.GetAssignment()));
+  info->SetPrediction(sample_ == TrainingSample ? static_cast<int>(classes_->Predict(probabilities))
+                                                : static_cast<int>(node.GetAssignment()));
   info->SetUnweightedCount(static_cast<double>(sums.size) * data_.GetFrequencies().unit);
   if (rootWeight_ > 0.0) info->SetPercentSize(100.0 * info->GetCount() / rootWeight_);
   return info;
@@ -60,8 +59,8 @@ std::unique_ptr<RegInfoImp> NodeStatistics::MakeRegInfo(std::span<std::uint32_t 
   FixedNumbers const& numbers = data_.GetNumbers();
   auto const wholeMean = static_cast<std::int64_t>(sums.weightedNumbers / sums.weight);
   auto const rest = static_cast<double>(sums.weightedNumbers % sums.weight);
-  info->SetMean(numbers.ValueOf(static_cast<double>(wholeMean) +
-                                rest / static_cast<double>(sums.weight)));
+  info->SetMean(
+      numbers.ValueOf(static_cast<double>(wholeMean) + rest / static_cast<double>(sums.weight)));
   std::int64_t minimum = std::numeric_limits<std::int64_t>::max();
   std::int64_t maximum = std::numeric_limits<std::int64_t>::min();
   for (std::uint32_t const index : cases) {
@@ -84,13 +83,14 @@ std::unique_ptr<RegInfoImp> NodeStatistics::MakeRegInfo(std::span<std::uint32_t 
     bins[std::min<std::size_t>(bin, kNumBins - 1)] += weight;
   }
   for (int bin = 0; bin < kNumBins; ++bin) {
-    info->SetBinSize(bin, static_cast<double>(bins[static_cast<std::size_t>(bin)]) *
-                              data_.GetWeights().unit);
+    info->SetBinSize(
+        bin, static_cast<double>(bins[static_cast<std::size_t>(bin)]) * data_.GetWeights().unit);
   }
   double const variance = std::ldexp(static_cast<double>(squares), 2 * shift) /
                           static_cast<double>(sums.weight) * numbers.unit * numbers.unit;
   if (count > 1.0) {
-    info->SetExtendedStatistic(RegInfoImp::StoreStdDev, std::sqrt(variance * count / (count - 1.0)));
+    info->SetExtendedStatistic(RegInfoImp::StoreStdDev,
+                               std::sqrt(variance * count / (count - 1.0)));
   } else {
     info->SetExtendedStatistic(RegInfoImp::StoreStdDev, 0.0);
   }

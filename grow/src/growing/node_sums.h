@@ -11,12 +11,12 @@ namespace tree::grow {
 
 /// What the cases of a node add up to, exactly.
 struct NodeSums {
-  std::int64_t size = 0;                    ///< of frequencies, in their unit
-  std::int64_t weight = 0;                  ///< of weights, in their unit
-  std::vector<std::int64_t> classWeights;   ///< of weights, by class; empty for numbers
-  WideInteger weightedNumbers = 0;          ///< of weights times numbers, in units of both
-  std::int64_t least = 0;                   ///< of the numbers
-  std::int64_t greatest = 0;                ///< of the numbers
+  std::int64_t size = 0;                   ///< of frequencies, in their unit
+  std::int64_t weight = 0;                 ///< of weights, in their unit
+  std::vector<std::int64_t> classWeights;  ///< of weights, by class; empty for numbers
+  WideInteger weightedNumbers = 0;         ///< of weights times numbers, in units of both
+  std::int64_t least = 0;                  ///< of the numbers
+  std::int64_t greatest = 0;               ///< of the numbers
 };
 
 /// Adds up cases. Linear in them.

@@ -15,13 +15,13 @@ std::uint8_t ChildFrom(int position) {
 void PlaceCoded(GrowingPredictor const& predictor, std::uint16_t const* codes,
                 NodeRanges const& node, SplitRuleImp const& rule, ChildOfPlace& childOf) {
   std::vector<std::uint8_t> childOfCode;
-  for (double const value : predictor.values) childOfCode.push_back(ChildFrom(rule.Classify(value)));
+  for (double const value : predictor.values)
+    childOfCode.push_back(ChildFrom(rule.Classify(value)));
   std::uint8_t const childOfMissing =
       ChildFrom(rule.Classify(predictor.column->description.missingValue));
   for (std::uint32_t place = node.places.begin; place < node.places.end; ++place) {
     std::uint16_t const code = codes[place];
-    childOf[place] =
-        code == GrowingPredictor::kMissingCode ? childOfMissing : childOfCode[code];
+    childOf[place] = code == GrowingPredictor::kMissingCode ? childOfMissing : childOfCode[code];
   }
 }
 
@@ -30,26 +30,26 @@ void PlaceSorted(TrainingData const& data, CaseLists const& lists, NodeRanges co
   auto const position = static_cast<std::size_t>(rule.GetPredictorIndex());
   std::span<SortedCase const> const cases = lists.Sorted(node, position);
   if (cases.size() < node.places.Size()) {
-    std::uint8_t const childOfMissing = ChildFrom(
-        rule.Classify(data.GetPredictors()[position].column->description.missingValue));
+    std::uint8_t const childOfMissing =
+        ChildFrom(rule.Classify(data.GetPredictors()[position].column->description.missingValue));
     std::fill(childOf.begin() + node.places.begin, childOf.begin() + node.places.end,
               childOfMissing);
   }
   auto const valueOf = [&](SortedCase item) {
     return data.ValueOf(position, lists.CaseAt(item.Place()));
   };
-  auto const childAt = [&](SortedCase item) {
-    return ChildFrom(rule.Classify(valueOf(item)));
-  };
+  auto const childAt = [&](SortedCase item) { return ChildFrom(rule.Classify(valueOf(item))); };
   // A rule with one cut point is asked only as often as it takes to find where the list changes
   // sides; any other one, once for each value.
   auto const* const ordered = dynamic_cast<OSplitRule const*>(&rule);
-  if (ordered != nullptr && ordered->IsValidBinary() && !cases.empty()) {
+  if (ordered != nullptr && ordered->IsValidBinary() && !cases.empty() &&
+      ordered->GetMissingValue() ==
+          data.GetPredictors()[position].column->description.missingValue) {
     std::uint8_t const first = childAt(cases.front());
     std::uint8_t const last = childAt(cases.back());
-    auto const middle = std::partition_point(
-        cases.begin(), cases.end(),
-        [&](SortedCase item) { return valueOf(item) <= ordered->GetCutPoint(); });
+    auto const middle = std::partition_point(cases.begin(), cases.end(), [&](SortedCase item) {
+      return valueOf(item) <= ordered->GetCutPoint();
+    });
     for (auto item = cases.begin(); item != middle; ++item) childOf[item->Place()] = first;
     for (auto item = middle; item != cases.end(); ++item) childOf[item->Place()] = last;
     return;

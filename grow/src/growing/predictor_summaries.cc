@@ -48,9 +48,8 @@ class CodesPresent {
 /// Whether some case of the child has no value, when not all cases of the parent have one.
 bool HasMissing(std::span<SortedCase const> cases, std::uint8_t child, std::size_t numInChild,
                 ChildOfPlace const& childOf) {
-  auto const count = std::count_if(cases.begin(), cases.end(), [&](SortedCase item) {
-    return childOf[item.Place()] == child;
-  });
+  auto const count = std::count_if(cases.begin(), cases.end(),
+                                   [&](SortedCase item) { return childOf[item.Place()] == child; });
   return static_cast<std::size_t>(count) < numInChild;
 }
 
@@ -118,8 +117,7 @@ void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
     auto const position = static_cast<std::uint8_t>(child);
     bool const hasMissing = cases.size() < ranges.places.Size() &&
                             HasMissing(cases, position, numInChild[child], childOf);
-    SummariseSorted(data, lists, cases, position, hasMissing, predictor, childOf,
-                    childNode(child));
+    SummariseSorted(data, lists, cases, position, hasMissing, predictor, childOf, childNode(child));
   }
 }
 

@@ -18,6 +18,7 @@ constexpr double kTie = 1e-12;
 std::vector<double> ClassWeightsIn(NodeImp const& node) {
   ClsInfo const& info = *node.GetClsInfo(TrainingSample);
   std::vector<double> weights;
+  weights.reserve(static_cast<std::size_t>(info.GetNumClasses()));
   for (int j = 0; j < info.GetNumClasses(); ++j) weights.push_back(info.GetClassCount(j));
   return weights;
 }
@@ -57,7 +58,7 @@ class Links {
  private:
   IndexedTree const& tree_;
   std::vector<double> const& risks_;
-  std::vector<double> subtreeRisks_;       // sums over the terminal nodes below
+  std::vector<double> subtreeRisks_;      // sums over the terminal nodes below
   std::vector<std::size_t> numTerminal_;  // nodes below; 1 for a terminal node
 };
 
@@ -87,7 +88,7 @@ PruningPath::PruningPath(IndexedTree const& tree, std::vector<double> const& ris
   }
   double const tie = kTie * std::abs(risks[0]);
   steps_.push_back({0.0, links.NumTerminal(0), {}});
-  double complexity = -HUGE_VAL;  // of no step yet
+  double complexity = -HUGE_VAL;         // of no step yet
   std::vector<char> gone(risks.size());  // below a collapsed node
   while (!weakest.empty()) {
     auto const [strength, position] = weakest.top();

@@ -10,8 +10,8 @@
 namespace tree::grow {
 
 /// Each node's part of the risk of the tree if it were terminal, on the training sample, by
-/// position: the cost expected of its prediction, or the squared errors around its mean, per case of
-/// the whole sample. `classes`: null for numbers.
+/// position: the cost expected of its prediction, or the squared errors around its mean, per case
+/// of the whole sample. `classes`: null for numbers.
 std::vector<double> NodeRisks(IndexedTree const& tree, ClassModel const* classes);
 
 /// The sequence of subtrees that minimise risk plus complexity times number of terminal nodes, from
@@ -23,7 +23,7 @@ class PruningPath {
  public:
   /// One subtree.
   struct Step {
-    double complexity;                 ///< from which on the subtree is the best one
+    double complexity;  ///< from which on the subtree is the best one
     std::size_t numTerminalNodes;
     std::vector<std::size_t> collapsed;  ///< nodes that became terminal in this step, by position
   };

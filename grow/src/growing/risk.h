@@ -32,7 +32,7 @@ class LossSums {
   LossSums& Add(LossSums const& other, double sign);
 
   std::size_t numClasses_;
-  double numCases_ = 0.0;       // by frequency
+  double numCases_ = 0.0;  // by frequency
   double weight_ = 0.0;
   double squares_ = 0.0;        // weighted errors of numbers, squared
   double fourths_ = 0.0;        // to the fourth power

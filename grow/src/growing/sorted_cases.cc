@@ -106,8 +106,8 @@ std::vector<SortedCase> SortCases(double const* values, std::vector<std::uint32_
                        });
     }
     for (std::size_t place = begin; place < end; ++place) {
-      bool const starts = place == begin || (varies && values[cases[place].index] !=
-                                                           values[cases[place - 1].index]);
+      bool const starts = place == begin ||
+                          (varies && values[cases[place].index] != values[cases[place - 1].index]);
       sorted[place] = {cases[place].index, starts};
     }
     begin = end;

@@ -30,7 +30,8 @@ TrainingData::TrainingData(DataSet const& data, CaseRoles const& roles, AlgSetti
     throw InputError("more than " + std::to_string(SortedCase::kMaxPlace) + " cases");
   }
   ReadTarget(data.GetColumn(roles.target));
-  for (int const index : roles.predictors) predictors_.emplace_back().column = &data.GetColumn(index);
+  for (int const index : roles.predictors)
+    predictors_.emplace_back().column = &data.GetColumn(index);
 }
 
 void TrainingData::ReadTarget(Column const& target) {
@@ -121,8 +122,8 @@ void TrainingData::CodeValues(GrowingPredictor& predictor, std::vector<double> c
   for (SortedCase const item : sorted) {
     if (item.StartsValue()) predictor.values.push_back(values[item.Place()]);
     // Of too many values for a code the predictor will not be used.
-    predictor.codes[item.Place()] = static_cast<std::uint16_t>(std::min<std::size_t>(
-        predictor.values.size() - 1, GrowingPredictor::kMissingCode));
+    predictor.codes[item.Place()] = static_cast<std::uint16_t>(
+        std::min<std::size_t>(predictor.values.size() - 1, GrowingPredictor::kMissingCode));
   }
 }
 

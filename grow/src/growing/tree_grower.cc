@@ -22,7 +22,8 @@ struct Refusal {
 
 std::string Quoted(Column const& column) { return "\"" + column.description.name + "\""; }
 
-/// Children removed and replaced one by one would leave rules without them: nodes are swapped whole.
+/// Children removed and replaced one by one would leave rules without them: nodes are swapped
+/// whole.
 std::size_t PositionInParent(NodeImp const& node) {
   auto const& parent = static_cast<NodeImp const&>(*node.GetParent());
   std::size_t position = 0;
@@ -62,8 +63,9 @@ void TreeGrower::SelectSamples(DataSet const& data, CaseRoles const& roles,
   };
   std::array<Cases, 2> samples;
   for (DataSample const sample : {TrainingSample, TestSample}) {
-    samples[static_cast<std::size_t>(sample)] = {selection_.GetRows(sample), selection_.GetWeights(sample),
-                       selection_.GetFrequencies(sample)};
+    samples[static_cast<std::size_t>(sample)] = {selection_.GetRows(sample),
+                                                 selection_.GetWeights(sample),
+                                                 selection_.GetFrequencies(sample)};
   }
   if (GetValidation() == ValidationSplitSample && !roles.sample.has_value()) {
     Cases const all = std::move(samples[TrainingSample]);
@@ -253,19 +255,18 @@ std::unique_ptr<TreeGrower::Sprout> TreeGrower::PlantSprout(NodeImp const* node,
     sprout->testCases = AllCases(*test_);
   }
   sprout->lists = std::make_unique<CaseLists>(*training_, included, workers_);
-  sprout->method = algorithm_.makeMethod(*training_, basis_.Classes(), limits.minChildSize,
-                                         basis_.totalWeight);
+  sprout->method =
+      algorithm_.makeMethod(*training_, basis_.Classes(), limits.minChildSize, basis_.totalWeight);
   sprout->statistics = std::make_unique<NodeStatistics>(*training_, TrainingSample,
                                                         basis_.Classes(), basis_.totalWeight);
   sprout->nextId = nextId_;
-  sprout->growth =
-      std::make_unique<Growth>(*training_, *sprout->lists, *sprout->method, *sprout->statistics,
-                               limits, sprout->nextId, workers_);
+  sprout->growth = std::make_unique<Growth>(*training_, *sprout->lists, *sprout->method,
+                                            *sprout->statistics, limits, sprout->nextId, workers_);
   sprout->root = std::make_unique<NodeImp>();
   sprout->root->SetId(node != nullptr ? node->GetId() : 0);
   if (sprout->lists->GetRoot().places.Size() == 0) {
-    throw Refusal{FailureNoData, "no training case reaches node " +
-                                     std::to_string(sprout->root->GetId())};
+    throw Refusal{FailureNoData,
+                  "no training case reaches node " + std::to_string(sprout->root->GetId())};
   }
   sprout->growth->PlantRoot(*sprout->root);
   return sprout;
@@ -290,13 +291,12 @@ void TreeGrower::FillTestStatistics(NodeImp& root, std::vector<std::uint32_t> co
   workers_.BeginStage("testing", 0.9, 1.0);
   IndexedTree const tree(root);
   RoutedCases const routed(tree, *test_, cases, workers_);
-  double const total = static_cast<double>(SumCases(*test_, AllCases(*test_)).weight) *
-                       test_->GetWeights().unit;
+  double const total =
+      static_cast<double>(SumCases(*test_, AllCases(*test_)).weight) * test_->GetWeights().unit;
   NodeStatistics const statistics(*test_, TestSample, basis_.Classes(), total);
   workers_.Run(tree.GetNumNodes(), [&](std::size_t position) {
     auto const ofNode = routed.CasesOf(position);
-    statistics.Fill(const_cast<NodeImp&>(tree.GetNode(position)), ofNode,
-                    SumCases(*test_, ofNode));
+    statistics.Fill(const_cast<NodeImp&>(tree.GetNode(position)), ofNode, SumCases(*test_, ofNode));
   });
 }
 
@@ -395,12 +395,12 @@ void TreeGrower::CheckSplit(SplitRuleImp const& rule) const {
   auto const* const ordered = dynamic_cast<OSplitRule const*>(&rule);
   if (ordered != nullptr &&
       ordered->GetMissingValue() != predictor.column->description.missingValue) {
-    throw Refusal{FailureInvalidSplit, "the rule has another missing value than predictor " +
-                                           Quoted(*predictor.column)};
+    throw Refusal{FailureInvalidSplit,
+                  "the rule has another missing value than predictor " + Quoted(*predictor.column)};
   }
   if (rule.GetNumChildren() < 2 || rule.GetNumChildren() > kMaxChildren) {
-    throw Refusal{FailureInvalidSplit, "a split cannot have " +
-                                           std::to_string(rule.GetNumChildren()) + " children"};
+    throw Refusal{FailureInvalidSplit,
+                  "a split cannot have " + std::to_string(rule.GetNumChildren()) + " children"};
   }
 }
 
@@ -429,7 +429,8 @@ bool TreeGrower::ApplySplit(unsigned int nodeId, SplitRule const& rule) noexcept
     });
     rules.insert(rules.begin(), std::unique_ptr<SplitRuleImp>(given->Clone()));
     auto const limit = static_cast<std::size_t>(algorithm_.settings->GetMaxNumCompetitors());
-    if (rules.size() > std::max<std::size_t>(1, limit)) rules.resize(std::max<std::size_t>(1, limit));
+    if (rules.size() > std::max<std::size_t>(1, limit))
+      rules.resize(std::max<std::size_t>(1, limit));
     sprout->root->SetNumCompetitors(static_cast<unsigned int>(rules.size()));
     for (std::size_t position = 0; position < rules.size(); ++position) {
       sprout->root->SetCompetitor(static_cast<unsigned int>(position), rules[position].release());
@@ -500,8 +501,8 @@ std::vector<RiskEstimate> TreeGrower::EstimateOnSample(IndexedTree const& tree,
 /// in turn, each pruned to the same complexity, predict the fold that they have not seen.
 std::vector<RiskEstimate> TreeGrower::CrossValidate(std::vector<double> const& complexities) {
   ValidationSpec const& spec = *std::as_const(*algorithm_.settings).GetValidationSpec();
-  auto const numFolds = std::min(static_cast<std::size_t>(spec.GetNumCVFolds()),
-                                 training_->GetNumCases());
+  auto const numFolds =
+      std::min(static_cast<std::size_t>(spec.GetNumCVFolds()), training_->GetNumCases());
   if (numFolds < 2) throw Refusal{FailureNoData, "there are too few cases for cross-validation"};
   std::vector<std::uint32_t> const folds =
       DrawFolds(training_->GetNumCases(), numFolds, spec.GetRandomSeed());
@@ -530,8 +531,8 @@ void TreeGrower::AddFold(std::vector<std::uint8_t> const& included,
   GrowthLimits const limits =
       MakeLimits(std::as_const(*algorithm_.settings).GetStopRule()->GetMaxTreeDepth());
   CaseLists lists(*training_, included, workers_);
-  std::unique_ptr<SplitMethod> const method = algorithm_.makeMethod(
-      *training_, basis.Classes(), limits.minChildSize, basis.totalWeight);
+  std::unique_ptr<SplitMethod> const method =
+      algorithm_.makeMethod(*training_, basis.Classes(), limits.minChildSize, basis.totalWeight);
   NodeStatistics const statistics(*training_, TrainingSample, basis.Classes(), basis.totalWeight);
   unsigned int nextId = 1;
   Growth growth(*training_, lists, *method, statistics, limits, nextId, workers_);
@@ -574,7 +575,8 @@ bool TreeGrower::GetPruningSequence(std::vector<PruningStep>* steps) noexcept {
     std::vector<PruningStep> found;
     PrunedSubtree subtree(tree, path);
     for (std::size_t step = 0; step < risks.size(); ++step) {
-      subtree.AdvanceTo(step, [](std::size_t) {}, [](std::size_t) {});
+      subtree.AdvanceTo(
+          step, [](std::size_t) {}, [](std::size_t) {});
       PruningStep& each = found.emplace_back();
       each.numTerminalNodes = static_cast<int>(path.GetSteps()[step].numTerminalNodes);
       each.complexity = path.GetSteps()[step].complexity;
@@ -600,9 +602,8 @@ bool TreeGrower::Prune() noexcept {
     std::vector<RiskEstimate> const risks = EstimateRisks(tree, path);
     // Breiman, Friedman, Olshen and Stone 1984, section 3.4.3: the smallest subtree whose risk is
     // within so many standard errors of the least one.
-    auto const least = std::min_element(risks.begin(), risks.end(), [](auto& a, auto& b) {
-      return a.risk < b.risk;
-    });
+    auto const least = std::min_element(risks.begin(), risks.end(),
+                                        [](auto& a, auto& b) { return a.risk < b.risk; });
     double const allowance = algorithm_.pruning->GetPickMinRiskTree()
                                  ? 0.0
                                  : algorithm_.pruning->GetSERuleFactor() * least->stdError;
@@ -612,7 +613,8 @@ bool TreeGrower::Prune() noexcept {
 
     PrunedSubtree subtree(tree, path);
     std::vector<NodeImp*> tops;
-    subtree.AdvanceTo(chosen, [](std::size_t) {}, [](std::size_t) {});
+    subtree.AdvanceTo(
+        chosen, [](std::size_t) {}, [](std::size_t) {});
     for (std::size_t position = 0; position < tree.GetNumNodes(); ++position) {
       if (subtree.IsTerminal(position) && !tree.IsTerminal(position)) {
         tops.push_back(const_cast<NodeImp*>(&tree.GetNode(position)));
@@ -635,8 +637,8 @@ bool TreeGrower::Validate() noexcept {
       risk_ = GetValidation() == ValidationCrossValidation ? CrossValidate({complexity_}).front()
                                                            : EstimateRisks(tree, path).front();
     }
-    statistics_ = std::make_unique<TreeStatisticsImp>(*this, risk_->risk, risk_->stdError,
-                                                      GetValidation());
+    statistics_ =
+        std::make_unique<TreeStatisticsImp>(*this, risk_->risk, risk_->stdError, GetValidation());
   });
 }
 
