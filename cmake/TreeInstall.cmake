@@ -1,5 +1,7 @@
 # What `cmake --install` gives: the component `runtime` with the libraries, and `development` with
-# the headers, the CMake package (find_package(tree) gives tree::tree) and the pkg-config file.
+# the headers, the CMake package (find_package(tree) gives tree::tree) and the pkg-config file. Where
+# the growers are built, `grow-runtime` with their library and the program growtree, and
+# `grow-development` with what find_package(tree COMPONENTS grow) needs to give tree::grow.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tree)
@@ -25,6 +27,28 @@ install(
   NAMESPACE tree::
   DESTINATION ${package_dir}
   COMPONENT development)
+
+if(TREE_BUILD_GROW)
+  set_target_properties(tree_grow PROPERTIES INSTALL_RPATH "$ORIGIN" EXPORT_NAME grow)
+  install(
+    TARGETS tree_grow
+    EXPORT treeGrowTargets
+    RUNTIME COMPONENT grow-runtime
+    LIBRARY COMPONENT grow-runtime NAMELINK_COMPONENT grow-development
+    ARCHIVE COMPONENT grow-development
+            FILE_SET HEADERS
+            COMPONENT grow-development)
+  install(
+    EXPORT treeGrowTargets
+    NAMESPACE tree::
+    DESTINATION ${package_dir}
+    COMPONENT grow-development)
+endif()
+if(TREE_BUILD_CLI)
+  file(RELATIVE_PATH libraries_from_programs "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")
+  set_target_properties(growtree PROPERTIES INSTALL_RPATH "$ORIGIN/${libraries_from_programs}")
+  install(TARGETS growtree RUNTIME COMPONENT grow-runtime)
+endif()
 
 configure_package_config_file(
   packaging/treeConfig.cmake.in ${PROJECT_BINARY_DIR}/packaging/treeConfig.cmake

@@ -47,7 +47,8 @@ consume_by_pkg_config() {
 stage() {
   fresh_directory "$WORK/staged"
   DESTDIR=$WORK/staged cmake --install "$BUILD" --prefix /usr
-  diff <(cd "$SOURCE/include" && find . -name '*.h' | sort) \
+  diff <({ cd "$SOURCE/include" && find . -name '*.h' &&
+    cd "$SOURCE/grow/include" && find . -name '*.h'; } | sort) \
     <(cd "$staged/include" && find . -type f | sort) || fail 'not the public headers'
   if grep -rnE -e '-W[a-z]|tree_warnings' "$staged/$LIBDIR/cmake" "$staged/$LIBDIR/pkgconfig"; then
     fail 'warning flags are handed on'
@@ -62,12 +63,18 @@ components() {
   fresh_directory "$work"
   DESTDIR=$work/runtime cmake --install "$BUILD" --prefix /usr --component runtime
   DESTDIR=$work/development cmake --install "$BUILD" --prefix /usr --component development
+  DESTDIR=$work/grow cmake --install "$BUILD" --prefix /usr --component grow-runtime
+  local grow
+  grow=$(cd "$work/grow" && find . -not -type d | sed -E 's/[0-9.]+$//; s|.*/||' | sort -u)
+  [[ $grow == $'growtree\nlibtree-grow.so' ]] || fail "the runtime of the growers is $grow"
+  DESTDIR=$work/grow cmake --install "$BUILD" --prefix /usr --component grow-development
   local runtime
   runtime=$(cd "$work/runtime" && find . -not -type d | sed -E 's/[0-9.]+$//; s|.*/||' | sort -u)
   [[ $runtime == $'libtree-support.so\nlibtree.so' ]] || fail "the runtime is $runtime"
   diff <(cd "$staged" && find . -not -type d | sort) \
     <(cd "$work" && { (cd runtime/usr && find . -not -type d) &&
-      (cd development/usr && find . -not -type d); } | sort) || fail 'the components are not all'
+      (cd development/usr && find . -not -type d) &&
+      (cd grow/usr && find . -not -type d); } | sort) || fail 'the components are not all'
 }
 
 # The two libraries find each other wherever the whole is moved to.
@@ -89,6 +96,18 @@ included() {
   "$WORK/included/consumer"
   DESTDIR=$WORK/included/installed cmake --install "$WORK/included" --prefix /usr
   [[ ! -e $WORK/included/installed ]] || fail 'the library is installed by the including project'
+}
+
+# The growers are found as a component, and their program where everything was moved to.
+grow() {
+  fresh_directory "$WORK/grow"
+  cp -a "$staged" "$WORK/grow/elsewhere"
+  configure "$here/grow_consumer" "$WORK/grow/build" -DCMAKE_PREFIX_PATH="$WORK/grow/elsewhere"
+  cmake --build "$WORK/grow/build"
+  "$WORK/grow/build/consumer"
+  printf 'y,x\na,1\na,2\nb,3\nb,4\n' |
+    LD_LIBRARY_PATH='' "$WORK/grow/elsewhere/bin/growtree" --target y --min-node 2 --min-child 1 - |
+    grep -F 'x <= 2.5' || fail 'growtree does not grow where it is moved to'
 }
 
 # Static libraries, a library directory of several levels, and one given by its absolute path.

@@ -9,6 +9,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <numeric>
 
 namespace tree::grow {
 
@@ -55,12 +56,8 @@ struct Twoing {
   static constexpr bool kOrderedClasses = false;
 
   static Score ScoreOf(double const* left, double const* right, std::size_t numClasses) {
-    double leftSum = 0.0;
-    double rightSum = 0.0;
-    for (std::size_t j = 0; j < numClasses; ++j) {
-      leftSum += left[j];
-      rightSum += right[j];
-    }
+    double const leftSum = std::accumulate(left, left + numClasses, 0.0);
+    double const rightSum = std::accumulate(right, right + numClasses, 0.0);
     if (!(leftSum > 0.0) || !(rightSum > 0.0)) return {0.0, 1.0};
     double difference = 0.0;
     for (std::size_t j = 0; j < numClasses; ++j) {
@@ -78,12 +75,8 @@ struct OrderedTwoing {
   static constexpr bool kOrderedClasses = true;
 
   static Score ScoreOf(double const* left, double const* right, std::size_t numClasses) {
-    double leftSum = 0.0;
-    double rightSum = 0.0;
-    for (std::size_t j = 0; j < numClasses; ++j) {
-      leftSum += left[j];
-      rightSum += right[j];
-    }
+    double const leftSum = std::accumulate(left, left + numClasses, 0.0);
+    double const rightSum = std::accumulate(right, right + numClasses, 0.0);
     if (!(leftSum > 0.0) || !(rightSum > 0.0)) return {0.0, 1.0};
     double difference = 0.0;
     double largest = 0.0;

@@ -17,7 +17,8 @@ void DescribeRule(SplitRuleImp const& rule, std::ostream& out) {
       if (child >= 0) out << ' ' << category << "->" << child;
     }
   }
-  for (StatisticFlag const flag : {StatisticFlag1, StatisticFlag2, StatisticFlag3, StatisticFlag4}) {
+  for (StatisticFlag const flag :
+       {StatisticFlag1, StatisticFlag2, StatisticFlag3, StatisticFlag4}) {
     if (rule.HasStatistic(flag)) out << " s" << flag << '=' << rule.GetStatistic(flag);
   }
   out << " dumb " << rule.GetDumbChildPos() << ' ' << rule.GetDumbChildProb() << ']';
@@ -27,7 +28,8 @@ void DescribeNode(NodeImp const& node, int depth, std::ostream& out) {
   out << std::string(static_cast<std::size_t>(depth), ' ') << node.GetId() << ": "
       << node.GetNodeSize(TrainingSample) << ' ' << node.GetUnweightedNodeSize(TrainingSample)
       << " / " << node.GetNodeSize(TestSample) << " -> " << node.GetAssignment();
-  if (RegInfo const* const info = node.GetRegInfo(TrainingSample)) out << " sd " << info->GetStdDev();
+  if (RegInfo const* const info = node.GetRegInfo(TrainingSample))
+    out << " sd " << info->GetStdDev();
   for (unsigned int i = 0; i < static_cast<unsigned int>(node.GetNumCompetitors()); ++i) {
     DescribeRule(*node.GetCompetitorImp(i), out);
   }

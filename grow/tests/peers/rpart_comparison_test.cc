@@ -79,9 +79,9 @@ class RpartComparison : public testing::TestWithParam<std::string> {
   }
   /// Categories of which there is no right way: even ones of a node with even sides.
   std::set<std::string> FreeCategories(NodePair const& pair, Surrogate const& surrogate) const {
-    bool const canBe =
+    bool const possible =
         pair.theirs->way == Default::kNone && std::holds_alternative<Sets>(surrogate.ways);
-    return canBe ? tree_.EvenCategories(pair, surrogate.predictor) : std::set<std::string>();
+    return possible ? tree_.EvenCategories(pair, surrogate.predictor) : std::set<std::string>();
   }
 
   Fixture fixture_;

@@ -99,5 +99,12 @@ TEST(PrincipalScores, VaryAtLeastAsMuchAsScoresInAnyOtherDirection) {
   }
 }
 
+TEST(SuperclassShares, AddUpTheClassesOfEachCategory) {
+  // Categories with 1, 2, 5 and 6, 0, 2 of three classes, and one that weighs nothing.
+  auto const shares = SuperclassShares({1.0, 2.0, 5.0, 6.0, 0.0, 2.0, 0.0, 0.0, 0.0}, 3);
+
+  EXPECT_THAT(shares, ElementsAre(ElementsAre(0.125, 0.75, 0.0), ElementsAre(0.375, 0.75, 0.0)));
+}
+
 }  // namespace
 }  // namespace tree::grow

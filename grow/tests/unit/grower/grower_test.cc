@@ -227,7 +227,8 @@ TEST_F(GrowerOnSteps, RefusesRulesThatDoNotFit) {
 
   ExpectFailure(grower_->ApplySplit(0, SplitRule(Cut(5, 2))), FailureInvalidSplit, "predictor 2");
   ExpectFailure(grower_->ApplySplit(0, SplitRule(Cut(5, -1))), FailureInvalidSplit, "predictor -1");
-  ExpectFailure(grower_->ApplySplit(0, SplitRule(Cut(5, 1))), FailureInvalidSplit, "\"x1\" is nominal");
+  ExpectFailure(grower_->ApplySplit(0, SplitRule(Cut(5, 1))), FailureInvalidSplit,
+                "\"x1\" is nominal");
   ExpectFailure(grower_->ApplySplit(0, SplitRule(NSplitRule(0, 2))), FailureInvalidSplit,
                 "\"x0\" is ordered");
   ExpectFailure(grower_->ApplySplit(0, SplitRule(single)), FailureInvalidSplit, "1 children");
@@ -292,13 +293,16 @@ TEST(MakeGrower, RefusesSettingsThatWereMadeForOtherData) {
   SampleData numbers(2);
   numbers.Numbers({0, 1}).Ordered({0, 1}).Nominal({0, 1});
 
-  EXPECT_THAT(RefusalOf(data, fewer.ClassSettings()), HasSubstr("they have 1 predictors, the data 2"));
-  EXPECT_THAT(RefusalOf(data, others.ClassSettings()), HasSubstr("\"x0\" is of another measurement"));
+  EXPECT_THAT(RefusalOf(data, fewer.ClassSettings()),
+              HasSubstr("they have 1 predictors, the data 2"));
+  EXPECT_THAT(RefusalOf(data, others.ClassSettings()),
+              HasSubstr("\"x0\" is of another measurement"));
   EXPECT_THAT(RefusalOf(data, numbers.NumberSettings()), HasSubstr("\"class\" is not continuous"));
   EXPECT_THAT(RefusalOf(numbers, data.ClassSettings()), HasSubstr("\"number\" is continuous"));
   CoreSettingsImp core = data.Core();
   core.GetPredictor(1)->SetMissingValue(-9.0);
-  EXPECT_THAT(RefusalOf(data, CCartSettingsImp(core)), HasSubstr("\"x1\" has another missing value"));
+  EXPECT_THAT(RefusalOf(data, CCartSettingsImp(core)),
+              HasSubstr("\"x1\" has another missing value"));
 }
 
 TEST(MakeGrower, RefusesWhatItCannotDo) {

@@ -224,8 +224,8 @@ double ImpurityOf(SampleData const& data, bool classes, std::vector<std::size_t>
 /// What dividing the rows with a value by a set of values improves.
 double ImprovementOf(SampleData const& data, bool classes, std::vector<std::size_t> const& rows,
                      int predictor, std::set<double> const& leftValues) {
-  Column const& column = data.GetData().GetColumn(
-      data.GetRoles().predictors[static_cast<std::size_t>(predictor)]);
+  Column const& column =
+      data.GetData().GetColumn(data.GetRoles().predictors[static_cast<std::size_t>(predictor)]);
   std::vector<std::size_t> both;
   std::vector<std::size_t> left;
   std::vector<std::size_t> right;
@@ -243,8 +243,8 @@ double ImprovementOf(SampleData const& data, bool classes, std::vector<std::size
 /// The greatest improvement of all legal splits by a predictor, one after the other.
 double BestByForce(SampleData const& data, bool classes, std::vector<std::size_t> const& rows,
                    int predictor) {
-  Column const& column = data.GetData().GetColumn(
-      data.GetRoles().predictors[static_cast<std::size_t>(predictor)]);
+  Column const& column =
+      data.GetData().GetColumn(data.GetRoles().predictors[static_cast<std::size_t>(predictor)]);
   std::set<double> values;
   for (std::size_t const row : rows) {
     if (!column.IsMissing(row)) values.insert(column.values[row]);
@@ -326,8 +326,8 @@ TEST_P(EverySeed, PruningSequencesAreNestedAndRiskGrowsAsTheyShrink) {
           }
           return false;
         };
-        EXPECT_TRUE(std::any_of(steps[step].nodesToPrune.begin(), steps[step].nodesToPrune.end(),
-                                covers));
+        EXPECT_TRUE(
+            std::any_of(steps[step].nodesToPrune.begin(), steps[step].nodesToPrune.end(), covers));
       }
     }
   }

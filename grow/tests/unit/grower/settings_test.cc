@@ -261,8 +261,7 @@ TEST(Settings, TheDumbRuleIsTheBiggestChildWithItsShare) {
 /// 9 of class 0, 3 of class 1.
 SampleData Unbalanced() {
   SampleData data(12);
-  data.Classes({0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1})
-      .Ordered({1, 1, 1, 1, 1, 1, 2, 2, 2, 2, 2, 2});
+  data.Classes({0, 0, 0, 0, 0, 0, 0, 0, 0, 1, 1, 1}).Ordered({1, 1, 1, 1, 1, 1, 2, 2, 2, 2, 2, 2});
   return data;
 }
 

@@ -215,6 +215,27 @@ TEST(CaseLists, DivideInAsManyChildrenAsASplitCanHave) {
   }
 }
 
+TEST(CaseLists, DivideMoreCasesThanTheCacheHolds) {
+  constexpr std::uint32_t kCount = static_cast<std::uint32_t>(kPlacesInCache) + 5;
+  Sample cases{.target = std::vector<double>(kCount), .predictors = {{}, {}}};
+  ChildOfPlace childOf(kCount);
+  for (std::uint32_t index = 0; index < kCount; ++index) {
+    cases.predictors[0].values.push_back(index / 2);
+    cases.predictors[1].values.push_back(-static_cast<double>(index));
+    childOf[index] = index % 3 == 0 ? 1 : 0;
+  }
+  PreparedSample sample(cases, Form::kSorted);
+  CaseLists lists = sample.MakeLists();
+
+  auto const children = Divide(lists, lists.GetRoot(), childOf, 2);
+
+  std::vector<std::vector<std::uint32_t>> expected(2);
+  for (std::uint32_t index = 0; index < kCount; ++index) expected[childOf[index]].push_back(index);
+  for (std::size_t child = 0; child < 2; ++child) {
+    ExpectNode(lists, children[child], sample.GetData(), expected[child]);
+  }
+}
+
 Sample RandomSample(RandomNumbers& random) {
   std::size_t const count = 1 + random.Below(120);
   Sample sample{.target = std::vector<double>(count), .hasClasses = random.Below(2) == 0};

@@ -165,15 +165,6 @@ TEST(PlaceByRule, PlacesCasesAsTheRuleClassifiesThem) {
   }
 }
 
-TEST(PlaceByRule, GoesByTheMissingValueOfTheRule) {
-  // A rule that was made elsewhere takes 9 for missing, a value of some cases.
-  PreparedSample sample(OnePredictor({1.0, 2.0, 8.0, 9.0}), Form::kSorted);
-  OSplitRule rule(9.0, 0);
-  rule.SetCutPoint(5.0);
-
-  EXPECT_THAT(Place(sample, rule), ElementsAre(0, 0, 1, kNoChild));
-}
-
 std::pair<int, double> DumbRule(Sample const& cases, ChildOfPlace const& childOf) {
   PreparedSample sample(cases);
   CaseLists const lists = sample.MakeLists();

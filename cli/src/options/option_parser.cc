@@ -1,0 +1,533 @@
+#include "options/option_parser.h"
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+#include <CLI/CLI.hpp>
+
+#include "options/help_formatter.h"
+#include "options/label_reader.h"
+#include "options/option_value.h"
+#include "output/number_text.h"
+
+namespace tree::cli {
+namespace {
+
+constexpr int kMaxInt = std::numeric_limits<int>::max();
+
+constexpr NumberRange kNotNegative = {0.0, HUGE_VAL, false, "a number of at least 0"};
+constexpr NumberRange kShare = {0.0, 1.0, true, "a number between 0 and 1"};
+
+constexpr char kDescription[] =
+    "Grows a classification or regression tree on the cases of a CSV file, prints it with its\n"
+    "risk, and writes predictions and pictures.\n";
+
+constexpr char kEpilogue[] =
+    "Labels and names of columns that contain the mark which ends them in a list (a comma, or an\n"
+    "equals sign) are put in quotes, and quotes inside are doubled: --cost '\"no, never\",yes=5'.\n"
+    "\n"
+    "Examples:\n"
+    "  growtree --target class --cost good,bad=5 --altered-priors --validation cross --prune \\\n"
+    "           --svg tree.svg credit.csv\n"
+    "  growtree --target price --exclude id --validation split --max-depth 8 \\\n"
+    "           --predictions predicted.csv diamonds.csv\n"
+    "\n"
+    "Exit status:\n"
+    "  0    done\n"
+    "  1    the data or the options do not fit, or a file cannot be read or written\n"
+    "  2    the arguments make no sense\n"
+    "  3    the tree cannot be grown, as for want of memory\n"
+    "  130  interrupted (143 when asked to terminate); no file is left behind\n";
+
+constexpr Choice<Method> kMethods[] = {{"cart", Method::kCart}};
+
+constexpr Choice<CartSplitCriteria> kCriteria[] = {
+    {"gini", CartSplitCriteria0},
+    {"twoing", static_cast<CartSplitCriteria>(1)},
+    {"ordered-twoing", static_cast<CartSplitCriteria>(2)}};
+
+constexpr Choice<global::MeasurementLevel> kLevels[] = {
+    {"nominal", global::MeasurementNominal},
+    {"ordinal", global::MeasurementOrdinal},
+    {"continuous", global::MeasurementContinuous}};
+
+constexpr Choice<ValidationType> kValidations[] = {{"none", ValidationNone},
+                                                   {"split", ValidationSplitSample},
+                                                   {"cross", ValidationCrossValidation}};
+
+/// New settings, whose values are the defaults. They have predictors, or they would keep neither
+/// competitors nor surrogates.
+CCartSettingsImp DefaultSettings() {
+  CoreSettingsImp core;
+  for (int index = 0; index < 100; ++index) core.AddPredictor();
+  return CCartSettingsImp(core);
+}
+
+// --- values that are made of several ---
+
+/// What `read` makes of the value, with quotes refused in the option's name.
+template <class Read>
+auto Reading(OptionValue const& value, Read read) {
+  try {
+    return read(value.GetText());
+  } catch (MisplacedQuote const& error) {
+    value.Refuse(error.what());
+  }
+}
+
+std::vector<std::string> ListIn(OptionValue const& value) {
+  std::vector<std::string> labels = Reading(value, LabelsOf);
+  if (std::find(labels.begin(), labels.end(), "") != labels.end()) {
+    value.Refuse("has an empty name");
+  }
+  return labels;
+}
+
+/// A name, and what follows the equals sign after it.
+std::pair<std::string, std::string> NameAndRest(OptionValue const& value, char const* form) {
+  return Reading(value, [&](std::string_view text) {
+    LabelReader reader(text);
+    std::string const name = reader.Next('=');
+    if (!reader.HasMore()) value.Refuse(std::string("is not of the form ") + form);
+    if (name.empty()) value.Refuse("has an empty name");
+    return std::pair(name, std::string(reader.GetRest()));
+  });
+}
+
+void AddLevel(OptionValue const& value, grow::CsvOptions& csv) {
+  auto const [column, level] = NameAndRest(value, "COLUMN=LEVEL");
+  if (!csv.levels.emplace(column, OptionValue(value.GetOption(), level).OneOf(kLevels)).second) {
+    value.Refuse("names a column for the second time");
+  }
+}
+
+void AddCategories(OptionValue const& value, grow::CsvOptions& csv) {
+  auto const [column, rest] = NameAndRest(value, "COLUMN=LABEL,LABEL,...");
+  std::vector<std::string> labels = Reading(OptionValue(value.GetOption(), rest), LabelsOf);
+  std::vector<std::string> sorted = labels;
+  std::sort(sorted.begin(), sorted.end());
+  auto const twice = std::adjacent_find(sorted.begin(), sorted.end());
+  if (twice != sorted.end()) value.Refuse("names \"" + *twice + "\" twice");
+  if (sorted.front().empty()) value.Refuse("has an empty label, which would be missing");
+  if (!csv.categories.emplace(column, std::move(labels)).second) {
+    value.Refuse("names a column for the second time");
+  }
+}
+
+double NumberIn(OptionValue const& value, std::string const& text) {
+  return OptionValue(value.GetOption(), text).Number(kNotNegative);
+}
+
+void ReadPriors(OptionValue const& value, ClassOptions& classes) {
+  if (value.GetText() == "equal") {
+    classes.priorType = PriorTypeDefault;
+    return;
+  }
+  if (value.GetText() == "sample") {
+    classes.priorType = PriorTypeAlternate;
+    return;
+  }
+  classes.priorType = PriorTypeCustom;
+  Reading(value, [&](std::string_view text) {
+    LabelReader reader(text);
+    while (reader.HasMore()) {
+      std::string const label = reader.Next('=');
+      if (!reader.HasMore()) value.Refuse("is none of equal, sample, LABEL=NUMBER,...");
+      classes.priors.push_back({label, NumberIn(value, reader.Next(','))});
+    }
+  });
+}
+
+void AddCost(OptionValue const& value, ClassOptions& classes) {
+  constexpr char kForm[] = "is not of the form PREDICTED,OBSERVED=COST";
+  Reading(value, [&](std::string_view text) {
+    LabelReader reader(text);
+    std::string const predicted = reader.Next(',');
+    if (!reader.HasMore()) value.Refuse(kForm);
+    std::string const observed = reader.Next('=');
+    if (!reader.HasMore()) value.Refuse(kForm);
+    std::string const number(reader.GetRest());
+    for (MistakeCost const& other : classes.costs) {
+      if (other.predicted == predicted && other.observed == observed) {
+        value.Refuse("names two classes for the second time");
+      }
+    }
+    classes.costs.push_back({predicted, observed, NumberIn(value, number)});
+  });
+}
+
+char DelimiterIn(OptionValue const& value) {
+  if (value.GetText() == "tab") return '\t';
+  if (value.GetText().size() != 1 ||
+      std::string_view("\" \r\n").find(value.GetText()[0]) != std::string_view::npos) {
+    value.Refuse("is neither a character that can separate fields nor the word tab");
+  }
+  return value.GetText()[0];
+}
+
+/// Opening standard output by its name would not append to what is there already.
+std::string FileIn(std::string const& file) { return file == "/dev/stdout" ? "-" : file; }
+
+/// Declares the options and takes what is given for them.
+class Parser {
+ public:
+  Parser() : app_(kDescription, "growtree"), defaults_(DefaultSettings()) {
+    auto const formatter = std::make_shared<HelpFormatter>();
+    formatter->label("Positionals", "Input");
+    app_.formatter(formatter);
+    app_.set_help_flag();  // the one that is there already would come first
+    app_.footer(kEpilogue);
+    app_.add_option("FILE", options_.file,
+                    "the cases, as CSV with a line of names; - for standard input")
+        ->required();
+    AddData();
+    AddVariables();
+    AddGrowing();
+    AddClasses();
+    AddStopping();
+    AddValidation();
+    AddPruning();
+    AddResults();
+    AddOthers();
+  }
+
+  ParsedArguments Parse(std::vector<std::string> arguments) {
+    RequireValues(arguments);
+    std::reverse(arguments.begin(), arguments.end());  // as the library wants them
+    try {
+      app_.parse(arguments);
+    } catch (CLI::CallForHelp const&) {
+      return {{}, app_.help()};
+    } catch (CLI::CallForVersion const&) {
+      return {{}, "growtree " TREE_CLI_VERSION "\n"};
+    } catch (CLI::ArgumentMismatch const& error) {
+      std::string const message = error.what();  // begins with the option, and knows odd words
+      throw UsageError(message.substr(0, message.find(':')) + ": no value follows");
+    } catch (CLI::ParseError const& error) {
+      throw UsageError(error.what());
+    }
+    CheckCombinations();
+    return {std::move(options_), ""};
+  }
+
+ private:
+  // --- declaring ---
+
+  void Group(char const* name) { group_ = name; }
+
+  CLI::Option* AddFlag(std::string const& name, bool& flag, std::string const& does) {
+    return app_.add_flag(name, flag, does)->group(group_);
+  }
+
+  /// An option with a value, given once.
+  template <class Take>
+  CLI::Option* Add(std::string const& name, std::string const& type, std::string const& does,
+                   Take take) {
+    return AddTexts(name, type, does, [name, take](std::vector<std::string> const& texts) {
+      if (texts.size() > 1)
+        throw UsageError(name + ": is given " + std::to_string(texts.size()) + " times");
+      take(OptionValue(name, texts.front()));
+    });
+  }
+
+  /// An option with a value, given as often as wanted.
+  template <class Take>
+  CLI::Option* AddRepeatable(std::string const& name, std::string const& type,
+                             std::string const& does, Take take) {
+    return AddTexts(name, type, does, [name, take](std::vector<std::string> const& texts) {
+      for (std::string const& text : texts) take(OptionValue(name, text));
+    });
+  }
+
+  /// An option with a value, all of whose values are taken at once.
+  CLI::Option* AddTexts(std::string const& name, std::string const& type, std::string const& does,
+                        std::function<void(std::vector<std::string> const&)> const& take) {
+    return app_.add_option_function<std::vector<std::string>>(name, take, does)
+        ->allow_extra_args(false)  // only the next argument is the value
+        ->type_name(type)
+        ->group(group_);
+  }
+
+  CLI::Option* AddText(std::string const& name, std::string const& type, std::string const& does,
+                       std::function<void(std::string const&)> const& take) {
+    return Add(name, type, does, [take](OptionValue const& value) {
+      if (value.GetText().empty()) value.Refuse("is empty");
+      take(value.GetText());
+    });
+  }
+
+  CLI::Option* AddInt(std::string const& name, std::string const& does, std::optional<int>& number,
+                      int min, int standard) {
+    return Add(name, "N", does,
+               [&number, min](OptionValue const& value) {
+                 number = value.WholeNumber(min, kMaxInt);
+               })
+        ->default_str(std::to_string(standard));
+  }
+
+  CLI::Option* AddNumber(std::string const& name, std::string const& type, std::string const& does,
+                         std::optional<double>& number, NumberRange const& range, double standard) {
+    return Add(name, type, does,
+               [&number, range](OptionValue const& value) { number = value.Number(range); })
+        ->default_str(ShortNumber(standard));
+  }
+
+  void AddData() {
+    grow::CsvOptions& csv = options_.csv;
+    Group("Data");
+    Add("--delimiter", "CHARACTER", "what separates fields, or the word tab",
+        [&csv](OptionValue const& value) { csv.delimiter = DelimiterIn(value); })
+        ->default_str(std::string(1, csv.delimiter));
+    AddRepeatable("--missing", "TEXT",
+                  "a text that marks a missing value, as an empty field always does; repeatable",
+                  [this](OptionValue const& value) { missingTexts_.push_back(value.GetText()); })
+        ->default_str(csv.missingTexts.front());
+    AddRepeatable("--level", "COLUMN=LEVEL",
+                  "nominal, ordinal or continuous; otherwise columns that hold texts are nominal, "
+                  "and those of numbers continuous; repeatable",
+                  [&csv](OptionValue const& value) { AddLevel(value, csv); });
+    AddRepeatable("--categories", "COLUMN=LABEL,LABEL,...",
+                  "all categories of a column, from low to high; it is ordinal unless --level says "
+                  "otherwise; repeatable",
+                  [&csv](OptionValue const& value) { AddCategories(value, csv); });
+  }
+
+  void AddVariables() {
+    VariableOptions& variables = options_.variables;
+    Group("Variables");
+    AddText("--target", "COLUMN",
+            "what is predicted: classes if it is nominal or ordinal, numbers if it is continuous",
+            [&variables](std::string const& name) { variables.target = name; })
+        ->required();
+    AddRepeatable("--predictors", "COLUMN,...",
+                  "what it is predicted from; otherwise all columns without another part; "
+                  "repeatable",
+                  [&variables](OptionValue const& value) {
+                    for (std::string& name : ListIn(value)) {
+                      variables.predictors.push_back(std::move(name));
+                    }
+                  });
+    AddRepeatable("--exclude", "COLUMN,...", "columns that are no predictors; repeatable",
+                  [&variables](OptionValue const& value) {
+                    for (std::string& name : ListIn(value)) {
+                      variables.excluded.push_back(std::move(name));
+                    }
+                  });
+    AddText("--frequency-weight", "COLUMN", "how often each case is repeated",
+            [&variables](std::string const& name) { variables.frequencyWeight = name; });
+    AddText("--case-weight", "COLUMN", "how much each case weighs in the statistics",
+            [&variables](std::string const& name) { variables.caseWeight = name; });
+    AddText("--sample", "COLUMN",
+            "0 puts a case into the training sample, another number into the test sample; "
+            "validation is then by that unless --validation says otherwise",
+            [&variables](std::string const& name) { variables.sample = name; });
+  }
+
+  void AddGrowing() {
+    Group("Growing");
+    Add("--method", "METHOD", "cart: binary splits of Breiman, Friedman, Olshen and Stone",
+        [this](OptionValue const& value) { options_.method = value.OneOf(kMethods); })
+        ->default_str("cart");
+    AddInt("--competitors", "the most competing splits that a node keeps",
+           options_.rules.maxNumCompetitors, 1, defaults_.GetMaxNumCompetitors());
+    AddInt("--surrogates", "the most surrogate splits that a node keeps, for missing values",
+           options_.rules.maxNumSurrogates, 0, defaults_.GetMaxNumSurrogates());
+    AddInt("--max-categories", "nominal predictors with more categories are left out",
+           options_.rules.maxNumCategories, 1, defaults_.GetMaxNominalPredCategories());
+    Add("--threads", "N", "how many threads work; 0: as many as the machine runs at a time",
+        [this](OptionValue const& value) {
+          options_.grow.numThreads = value.WholeNumber(0, kMaxInt);
+        })
+        ->default_str(std::to_string(options_.grow.numThreads));
+  }
+
+  void AddClasses() {
+    ClassOptions& classes = options_.classes;
+    Group("Classes, for a nominal or ordinal target");
+    Add("--criterion", "CRITERION", "gini, twoing or ordered-twoing: what makes a split good",
+        [&classes](OptionValue const& value) { classes.criterion = value.OneOf(kCriteria); })
+        ->default_str("gini");
+    Add("--priors", "PRIORS",
+        "equal; sample: shares of the training cases; or LABEL=NUMBER,... for every class, normed "
+        "to sum 1",
+        [&classes](OptionValue const& value) { ReadPriors(value, classes); })
+        ->default_str("equal");
+    AddFlag("--altered-priors", classes.alteredPriors,
+            "let the costs weigh the priors that the tree is grown with");
+    AddRepeatable("--cost", "PREDICTED,OBSERVED=COST",
+                  "the cost of taking a case of class OBSERVED for one of class PREDICTED, 1 where "
+                  "not given; repeatable",
+                  [&classes](OptionValue const& value) { AddCost(value, classes); });
+  }
+
+  void AddStopping() {
+    StopOptions& stop = options_.stop;
+    StopRule const& rule = *defaults_.GetStopRule();
+    Group("Stopping");
+    AddInt("--max-depth", "the depth of the tree; a root alone has depth 0", stop.maxDepth, 0,
+           rule.GetMaxTreeDepth());
+    AddInt("--min-node", "the least number of cases of a node that is split", stop.minNodeSize, 0,
+           rule.GetMinNodeSize());
+    AddNumber("--min-node-percent", "PERCENT", "the same, in percent of the training sample",
+              stop.minNodePercent, kPercentage, rule.GetMinNodePercentSize());
+    AddInt("--min-child", "the least number of cases of either side of a split", stop.minChildSize,
+           0, rule.GetMinChildSize());
+    AddNumber("--min-child-percent", "PERCENT", "the same, in percent of the training sample",
+              stop.minChildPercent, kPercentage, rule.GetMinChildPercentSize());
+    AddNumber("--min-improvement", "NUMBER",
+              "the least improvement by a split: of impurity for classes, of the mean squared "
+              "error for numbers, over the whole training sample",
+              stop.minImprovement, kNotNegative, rule.GetMinImprovement());
+  }
+
+  void AddValidation() {
+    ValidationOptions& validation = options_.validation;
+    ValidationSpec const& spec = *defaults_.GetValidationSpec();
+    Group("Validation, which measures the risk");
+    Add("--validation", "TYPE",
+        "none: on the training sample itself; split: on a test sample; cross: by cross-validation",
+        [&validation](OptionValue const& value) { validation.type = value.OneOf(kValidations); })
+        ->default_str("none");
+    Add("--test-share", "NUMBER", "the share of the cases that is drawn for the test sample",
+        [this](OptionValue const& value) {
+          options_.grow.testShare = value.Number(kShare);
+          hasTestShare_ = true;
+        })
+        ->default_str(ShortNumber(options_.grow.testShare));
+    AddInt("--folds", "the number of folds of a cross-validation", validation.numFolds, 2,
+           spec.GetNumCVFolds());
+    Add("--seed", "N", "the seed of what is drawn at random, from 1",
+        [&validation](OptionValue const& value) {
+          validation.seed = value.WholeNumber(1L, std::numeric_limits<long>::max());
+        })
+        ->default_str(std::to_string(spec.GetRandomSeed()));
+  }
+
+  void AddPruning() {
+    PruningOptions& pruning = options_.pruning;
+    Group("Pruning, by cost and complexity");
+    AddFlag("--prune", pruning.prune, "prune the tree, by the standard error rule");
+    AddFlag("--no-prune", noPrune_, "keep it as it was grown, which is the default");
+    AddNumber("--se-rule", "FACTOR",
+              "prune to the smallest tree whose risk is within so many standard errors of the "
+              "least",
+              pruning.seRuleFactor, kNotNegative, defaults_.GetPruningSpec()->GetSERuleFactor());
+    AddFlag("--min-risk", pruning.pickMinRiskTree, "prune to the tree of least risk");
+  }
+
+  void AddResults() {
+    ResultOptions& results = options_.results;
+    Group("Results, in files that are written whole or not at all (- is standard output)");
+    AddFlag("--quiet", results.quiet, "print neither tree nor risk");
+    AddFlag("--details", results.details,
+            "print counts, competing splits and surrogates of every node");
+    AddFlag("--sequence", results.sequence, "print the subtrees that pruning chooses from");
+    AddText("--gains", "CLASS",
+            "print the gains of a class, terminal node by terminal node; or the word mean, where "
+            "the target is continuous",
+            [&results](std::string const& gains) { results.gains = gains; });
+    AddText("--predictions", "FILE",
+            "write terminal node, prediction and probabilities of every row, as CSV",
+            [&results](std::string const& file) { results.predictions = FileIn(file); });
+    AddText("--dot", "FILE", "draw the tree in the language of Graphviz",
+            [&results](std::string const& file) { results.dot = FileIn(file); });
+    AddText("--svg", "FILE", "draw the tree as SVG; needs Graphviz",
+            [&results](std::string const& file) { results.svg = FileIn(file); });
+  }
+
+  void AddOthers() {
+    Group("Other");
+    app_.set_help_flag("-h,--help", "this text")->group(group_);
+    app_.set_version_flag("--version", std::string(), "the version of this program")->group(group_);
+  }
+
+  // --- checking ---
+
+  /// The library would take the next argument for the value of `--option=`.
+  static void RequireValues(std::vector<std::string> const& arguments) {
+    for (std::string const& argument : arguments) {
+      if (argument == "--") return;
+      if (argument.starts_with("--") && argument.find('=') + 1 == argument.size()) {
+        throw UsageError(argument.substr(0, argument.size() - 1) +
+                         ": no value follows the equals sign");
+      }
+    }
+  }
+
+  static void Require(bool holds, char const* otherwise) {
+    if (!holds) throw UsageError(otherwise);
+  }
+
+  void CheckCombinations() {
+    if (!missingTexts_.empty()) options_.csv.missingTexts = missingTexts_;
+    CheckValidation();
+    CheckPruning();
+    Require(!options_.classes.alteredPriors || !options_.classes.costs.empty(),
+            "--altered-priors: needs --cost, which alters them");
+    CheckResults();
+  }
+
+  void CheckValidation() {
+    ValidationOptions& validation = options_.validation;
+    bool const hasSample = options_.variables.sample.has_value();
+    if (hasSample && !validation.type.has_value()) validation.type = ValidationSplitSample;
+    ValidationType const type = validation.type.value_or(ValidationNone);
+    Require(!validation.numFolds.has_value() || type == ValidationCrossValidation,
+            "--folds: needs --validation cross");
+    Require(!hasTestShare_ || !hasSample,
+            "--test-share: cannot be combined with --sample, which says where each case belongs");
+    Require(!hasTestShare_ || type == ValidationSplitSample,
+            "--test-share: needs --validation split");
+  }
+
+  void CheckPruning() {
+    PruningOptions& pruning = options_.pruning;
+    Require(!pruning.seRuleFactor.has_value() || !pruning.pickMinRiskTree,
+            "--min-risk: cannot be combined with --se-rule");
+    bool const saysHow = pruning.seRuleFactor.has_value() || pruning.pickMinRiskTree;
+    Require(!noPrune_ || !(pruning.prune || saysHow),
+            "--no-prune: cannot be combined with --prune, --se-rule and --min-risk");
+    pruning.prune = pruning.prune || saysHow;
+  }
+
+  void CheckResults() const {
+    ResultOptions const& results = options_.results;
+    std::pair<char const*, std::string> const files[] = {
+        {"--predictions", results.predictions}, {"--dot", results.dot}, {"--svg", results.svg}};
+    std::vector<std::string> taken;
+    for (auto const& [option, file] : files) {
+      if (file.empty()) continue;
+      if (file == "-" && !results.quiet) {
+        throw UsageError(std::string(option) + ": - needs --quiet, or the tree is printed there");
+      }
+      if (std::find(taken.begin(), taken.end(), file) != taken.end()) {
+        OptionValue(option, file).Refuse("is what another result is written to");
+      }
+      taken.push_back(file);
+    }
+    Require(!results.quiet || !results.details, "--details: cannot be combined with --quiet");
+    Require(!results.quiet || !results.sequence, "--sequence: cannot be combined with --quiet");
+    Require(!results.quiet || results.gains.empty(), "--gains: cannot be combined with --quiet");
+  }
+
+  CLI::App app_;
+  CCartSettingsImp defaults_;
+  std::string group_;
+  Options options_;
+  std::vector<std::string> missingTexts_;
+  bool hasTestShare_ = false;
+  bool noPrune_ = false;
+};
+
+}  // namespace
+
+ParsedArguments ParseArguments(std::vector<std::string> const& arguments) {
+  return Parser().Parse(arguments);
+}
+
+}  // namespace tree::cli
