@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <cstdlib>
+#include <new>
 
 namespace {
 
@@ -20,12 +21,18 @@ bool IsToFail() {
   return fails;
 }
 
-void* Allocate(std::size_t size) {
+/// Null when it fails.
+void* TryToAllocate(std::size_t size) noexcept {
   // Sanitizers end a program that asks malloc for more than a pointer can span.
   bool const fails = IsToFail() || size > PTRDIFF_MAX;
   void* const block = fails ? nullptr : std::malloc(size == 0 ? 1 : size);
+  if (block != nullptr) ++liveAllocations;
+  return block;
+}
+
+void* Allocate(std::size_t size) {
+  void* const block = TryToAllocate(size);
   if (block == nullptr) throw std::bad_alloc();
-  ++liveAllocations;
   return block;
 }
 
@@ -39,6 +46,12 @@ void Deallocate(void* block) noexcept {
 
 void* operator new(std::size_t size) { return Allocate(size); }
 void* operator new[](std::size_t size) { return Allocate(size); }
+void* operator new(std::size_t size, std::nothrow_t const& /*tag*/) noexcept {
+  return TryToAllocate(size);
+}
+void* operator new[](std::size_t size, std::nothrow_t const& /*tag*/) noexcept {
+  return TryToAllocate(size);
+}
 void operator delete(void* block) noexcept { Deallocate(block); }
 void operator delete[](void* block) noexcept { Deallocate(block); }
 void operator delete(void* block, std::size_t /*size*/) noexcept { Deallocate(block); }

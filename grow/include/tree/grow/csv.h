@@ -22,7 +22,7 @@ namespace tree::grow {
 
 /// How a file is to be read.
 struct CsvOptions {
-  char delimiter = ',';  ///< between fields: no quote, blank or line break
+  char delimiter = ',';  ///< between fields: no quote, space or line break
   /// Texts that mark a missing value. An empty field always does.
   std::vector<std::string> missingTexts = {"NA"};
   /// Levels by column name. The level of a column that is not listed is inferred from the first

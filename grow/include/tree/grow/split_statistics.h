@@ -8,6 +8,8 @@
 
 namespace tree::grow {
 
+// Named like the enumerators that they are. NOLINTBEGIN(readability-identifier-naming)
+
 /// By how much a primary or a competing split improves the tree, on the scale of the criterion and
 /// of the whole training sample: the decrease of impurity times the probability of the node for
 /// classes, the decrease of the mean squared error, in squared units of the target, for numbers.
@@ -25,6 +27,8 @@ inline constexpr StatisticFlag SplitTestStatistic = StatisticFlag3;
 /// The natural logarithm of the adjusted p-value of a split that is chosen by a test: logarithms
 /// keep apart what would all be 0.
 inline constexpr StatisticFlag SplitLogPValue = StatisticFlag4;
+
+// NOLINTEND(readability-identifier-naming)
 
 }  // namespace tree::grow
 
