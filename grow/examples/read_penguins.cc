@@ -10,7 +10,6 @@
 int main(int argc, char* argv[]) {
   char const* const file = argc == 2 ? argv[1] : "data/penguins.csv";
   try {
-    // [read data]
     std::optional<tree::grow::CsvData> const csv = tree::grow::ReadCsv(file);
     tree::grow::DataSet const& data = csv->data;
     tree::grow::CaseRoles roles;
@@ -18,7 +17,6 @@ int main(int argc, char* argv[]) {
     roles.predictors = {data.RequireColumn("species"), data.RequireColumn("body_mass_g")};
     tree::grow::CaseSelection const cases(data, roles);
     tree::CCartSettingsImp settings(tree::grow::MakeCoreSettings(data, roles));
-    // [read data]
     std::cout << data.GetNumCases() << " cases, of which "
               << cases.GetRows(tree::TrainingSample).size() << " count and "
               << cases.GetLeftOut().missingTarget << " have no target\n"
