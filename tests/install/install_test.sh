@@ -174,7 +174,7 @@ other_support() {
 }
 
 case ${1-} in
-  stage | components | origin | included | libdirs | other_support) "$1" ;;
+  stage | components | origin | grow | included | libdirs | other_support) "$1" ;;
   find_package) consume_by_find_package "$WORK/find_package" "$staged" ;;
   pkg_config) consume_by_pkg_config "$WORK/pkg_config" "$staged/$LIBDIR/pkgconfig" ;;
   *) fail "unknown command: ${1-}" ;;
