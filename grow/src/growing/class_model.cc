@@ -21,7 +21,8 @@ std::vector<double> FactorsOf(std::vector<double> const& priors,
 
 }  // namespace
 
-ClassModel::ClassModel(Priors const& priors, Cost const& costs, std::vector<double> classWeights)
+ClassModel::ClassModel(Priors const& priors, Cost const& costs,
+                       std::vector<double> const& classWeights)
     : priors_(FindPriors(priors, classWeights)), factors_(FactorsOf(priors_, classWeights)) {
   splitFactors_ =
       priors.HasAlteredValues() ? FactorsOf(AlterPriors(priors_, costs), classWeights) : factors_;

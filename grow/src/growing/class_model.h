@@ -13,7 +13,7 @@ namespace tree::grow {
 class ClassModel {
  public:
   /// `classWeights`: weighted number of the training cases of each class, at least one above 0.
-  ClassModel(Priors const& priors, Cost const& costs, std::vector<double> classWeights);
+  ClassModel(Priors const& priors, Cost const& costs, std::vector<double> const& classWeights);
 
   std::size_t GetNumClasses() const { return priors_.size(); }
   /// The priors of the classes.

@@ -519,6 +519,7 @@ std::vector<RiskEstimate> TreeGrower::CrossValidate(std::vector<double> const& c
   }
   RiskModel const model = MakeRiskModel();
   std::vector<RiskEstimate> risks;
+  risks.reserve(sums.size());
   for (LossSums const& each : sums) risks.push_back(model.Estimate(each));
   return risks;
 }
