@@ -387,7 +387,7 @@ class Parser {
 
   void AddValidation() {
     ValidationOptions& validation = options_.validation;
-    ValidationSpec const& spec = *defaults_.GetValidationSpec();
+    ValidationSpec const& defaults = *defaults_.GetValidationSpec();
     Group("Validation, which measures the risk");
     Add("--validation", "TYPE",
         "none: on the training sample itself; split: on a test sample; cross: by cross-validation",
@@ -400,12 +400,12 @@ class Parser {
         })
         ->default_str(ShortNumber(options_.grow.testShare));
     AddInt("--folds", "the number of folds of a cross-validation", validation.numFolds, 2,
-           spec.GetNumCVFolds());
+           defaults.GetNumCVFolds());
     Add("--seed", "N", "the seed of what is drawn at random, from 1",
         [&validation](OptionValue const& value) {
           validation.seed = value.WholeNumber(1L, std::numeric_limits<long>::max());
         })
-        ->default_str(std::to_string(spec.GetRandomSeed()));
+        ->default_str(std::to_string(defaults.GetRandomSeed()));
   }
 
   void AddPruning() {

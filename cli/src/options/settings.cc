@@ -41,16 +41,16 @@ void Apply(StopOptions const& options, StopRule& rule) {
   if (options.minImprovement) rule.SetMinImprovement(*options.minImprovement);
 }
 
-void Apply(ValidationOptions const& options, ValidationSpec& spec) {
+void Apply(ValidationOptions const& options, ValidationSpec& validation) {
   // New settings validate nothing, and cannot be told to.
-  if (options.type.value_or(ValidationNone) != ValidationNone) spec.Set(*options.type);
-  if (options.numFolds) spec.SetNumCVFolds(*options.numFolds);
-  if (options.seed) spec.SetRandomSeed(*options.seed);
+  if (options.type.value_or(ValidationNone) != ValidationNone) validation.Set(*options.type);
+  if (options.numFolds) validation.SetNumCVFolds(*options.numFolds);
+  if (options.seed) validation.SetRandomSeed(*options.seed);
 }
 
-void Apply(PruningOptions const& options, PruningSpec& spec) {
-  if (options.seRuleFactor) spec.SetSERuleFactor(*options.seRuleFactor);
-  spec.SetPickMinRiskTree(options.pickMinRiskTree);
+void Apply(PruningOptions const& options, PruningSpec& pruning) {
+  if (options.seRuleFactor) pruning.SetSERuleFactor(*options.seRuleFactor);
+  pruning.SetPickMinRiskTree(options.pickMinRiskTree);
 }
 
 void ApplyPriors(ClassOptions const& options, Classes const& classes, Priors& priors) {

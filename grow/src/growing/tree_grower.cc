@@ -500,12 +500,12 @@ std::vector<RiskEstimate> TreeGrower::EstimateOnSample(IndexedTree const& tree,
 /// Source: Breiman, Friedman, Olshen and Stone 1984, section 3.4.2: trees grown without each fold
 /// in turn, each pruned to the same complexity, predict the fold that they have not seen.
 std::vector<RiskEstimate> TreeGrower::CrossValidate(std::vector<double> const& complexities) {
-  ValidationSpec const& spec = *std::as_const(*algorithm_.settings).GetValidationSpec();
+  ValidationSpec const& validation = *std::as_const(*algorithm_.settings).GetValidationSpec();
   auto const numFolds =
-      std::min(static_cast<std::size_t>(spec.GetNumCVFolds()), training_->GetNumCases());
+      std::min(static_cast<std::size_t>(validation.GetNumCVFolds()), training_->GetNumCases());
   if (numFolds < 2) throw Refusal{FailureNoData, "there are too few cases for cross-validation"};
   std::vector<std::uint32_t> const folds =
-      DrawFolds(training_->GetNumCases(), numFolds, spec.GetRandomSeed());
+      DrawFolds(training_->GetNumCases(), numFolds, validation.GetRandomSeed());
   std::vector<LossSums> sums(complexities.size(), LossSums(training_->GetNumClasses()));
   for (std::size_t fold = 0; fold < numFolds; ++fold) {
     double const begin = static_cast<double>(fold) / static_cast<double>(numFolds);
