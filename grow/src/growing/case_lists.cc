@@ -77,7 +77,23 @@ void Read(std::vector<std::uint32_t> const& cases, std::vector<Value> const& sou
 
 CaseLists::CaseLists(TrainingData const& data, std::vector<std::uint8_t> const& included,
                      Workers& workers)
-    : newPlaces_(data.GetNumCases(), kNoPlace) {
+    : sorted_(data.GetPredictors().size()), newPlaces_(data.GetNumCases(), kNoPlace) {
+  PlaceCases(data, included);
+  workers.Run(sorted_.size(), [&](std::size_t position) {
+    std::vector<SortedCase> const& cases = data.GetPredictors()[position].sorted;
+    sorted_[position] = included.empty() ? cases : PlacesOf(cases);
+  });
+  ReadPredictors(data, workers);
+}
+
+CaseLists::CaseLists(TrainingData& data, Workers& workers)
+    : sorted_(data.ReleaseSorted()), newPlaces_(data.GetNumCases(), kNoPlace) {
+  PlaceCases(data, {});
+  ReadPredictors(data, workers);
+}
+
+/// Gives the cases their places, in order, and reads what they are.
+void CaseLists::PlaceCases(TrainingData const& data, std::vector<std::uint8_t> const& included) {
   cases_.reserve(data.GetNumCases());
   for (std::uint32_t index = 0; index < data.GetNumCases(); ++index) {
     if (!included.empty() && included[index] == 0) continue;
@@ -85,44 +101,39 @@ CaseLists::CaseLists(TrainingData const& data, std::vector<std::uint8_t> const& 
     cases_.push_back(index);
   }
   root_.places = {0, static_cast<std::uint32_t>(cases_.size())};
-  ReadTarget(data);
-  auto const& predictors = data.GetPredictors();
-  codes_.resize(predictors.size());
-  sorted_.resize(predictors.size());
-  hasTies_.resize(predictors.size());
-  root_.byPredictor.resize(predictors.size());
-  workers.Run(predictors.size(), [&](std::size_t position) {
-    ReadPredictor(predictors[position], position, included.empty());
-  });
-}
-
-void CaseLists::ReadTarget(TrainingData const& data) {
   Read(cases_, data.GetClasses(), classes_);
   Read(cases_, data.GetNumbers().multiples, numbers_);
   Read(cases_, data.GetWeights().multiples, weights_);
   Read(cases_, data.GetFrequencies().multiples, frequencies_);
 }
 
-void CaseLists::ReadPredictor(GrowingPredictor const& predictor, std::size_t position,
-                              bool includesAll) {
-  Read(cases_, predictor.codes, codes_[position]);
-  hasTies_[position] = predictor.hasTies ? 1 : 0;
-  std::vector<SortedCase>& list = sorted_[position];
-  if (includesAll) {
-    list = predictor.sorted;
-  } else {
-    list.reserve(predictor.sorted.size());
-    ValueStarts starts(1);
-    for (SortedCase const item : predictor.sorted) {
-      std::uint32_t const place = newPlaces_[item.Place()];
-      if (place == kNoPlace) {
-        starts.Skip(item);
-      } else {
-        list.push_back(starts.Place(item, 0, place));
-      }
+/// Reads the codes of the coded predictors, and notes the lists of the sorted ones.
+void CaseLists::ReadPredictors(TrainingData const& data, Workers& workers) {
+  auto const& predictors = data.GetPredictors();
+  codes_.resize(predictors.size());
+  hasTies_.resize(predictors.size());
+  root_.byPredictor.resize(predictors.size());
+  workers.Run(predictors.size(), [&](std::size_t position) {
+    Read(cases_, predictors[position].codes, codes_[position]);
+    hasTies_[position] = predictors[position].hasTies ? 1 : 0;
+    root_.byPredictor[position] = {0, static_cast<std::uint32_t>(sorted_[position].size())};
+  });
+}
+
+/// The cases that have a place, in their order.
+std::vector<SortedCase> CaseLists::PlacesOf(std::vector<SortedCase> const& cases) const {
+  std::vector<SortedCase> list;
+  list.reserve(std::min(cases.size(), cases_.size()));
+  ValueStarts starts(1);
+  for (SortedCase const item : cases) {
+    std::uint32_t const place = newPlaces_[item.Place()];
+    if (place == kNoPlace) {
+      starts.Skip(item);
+    } else {
+      list.push_back(starts.Place(item, 0, place));
     }
   }
-  root_.byPredictor[position] = {0, static_cast<std::uint32_t>(list.size())};
+  return list;
 }
 
 /// Moves values to the new places of their cases.

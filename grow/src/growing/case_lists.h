@@ -49,6 +49,9 @@ class CaseLists {
   /// The lists of a root with the cases for which `included` is not 0; all cases when it is empty.
   /// `data`: with prepared predictors; **borrowed**.
   CaseLists(TrainingData const& data, std::vector<std::uint8_t> const& included, Workers& workers);
+  /// The lists of a root with all cases, which uses up the sorted lists of the data: half the
+  /// memory, and nothing is copied.
+  CaseLists(TrainingData& data, Workers& workers);
 
   /// The root, which has everything.
   NodeRanges const& GetRoot() const { return root_; }
@@ -97,8 +100,9 @@ class CaseLists {
   static Value const* DataOf(std::vector<Value> const& values) {
     return values.empty() ? nullptr : values.data();
   }
-  void ReadTarget(TrainingData const& data);
-  void ReadPredictor(GrowingPredictor const& predictor, std::size_t position, bool includesAll);
+  void PlaceCases(TrainingData const& data, std::vector<std::uint8_t> const& included);
+  void ReadPredictors(TrainingData const& data, Workers& workers);
+  std::vector<SortedCase> PlacesOf(std::vector<SortedCase> const& cases) const;
   template <class Value>
   void Follow(NodeRanges const& node, std::vector<Value>& values) const;
 

@@ -25,6 +25,15 @@ void PlaceCoded(GrowingPredictor const& predictor, std::uint16_t const* codes,
   }
 }
 
+/// A rule may cut through an interval.
+void PlaceByValue(TrainingData const& data, CaseLists const& lists, NodeRanges const& node,
+                  SplitRuleImp const& rule, ChildOfPlace& childOf) {
+  auto const position = static_cast<std::size_t>(rule.GetPredictorIndex());
+  for (std::uint32_t place = node.places.begin; place < node.places.end; ++place) {
+    childOf[place] = ChildFrom(rule.Classify(data.ValueOf(position, lists.CaseAt(place))));
+  }
+}
+
 void PlaceSorted(TrainingData const& data, CaseLists const& lists, NodeRanges const& node,
                  SplitRuleImp const& rule, ChildOfPlace& childOf) {
   auto const position = static_cast<std::size_t>(rule.GetPredictorIndex());
@@ -67,7 +76,9 @@ void PlaceByRule(TrainingData const& data, CaseLists const& lists, NodeRanges co
                  SplitRuleImp const& rule, ChildOfPlace& childOf) {
   auto const position = static_cast<std::size_t>(rule.GetPredictorIndex());
   GrowingPredictor const& predictor = data.GetPredictors()[position];
-  if (predictor.IsCoded()) {
+  if (predictor.hasIntervals) {
+    PlaceByValue(data, lists, node, rule, childOf);
+  } else if (predictor.IsCoded()) {
     PlaceCoded(predictor, lists.Codes(position), node, rule, childOf);
   } else {
     PlaceSorted(data, lists, node, rule, childOf);

@@ -18,14 +18,20 @@ void Summarise(NodeImp& node, std::size_t predictor, double minimum, double maxi
 class CodesPresent {
  public:
   explicit CodesPresent(GrowingPredictor const& description)
-      : description_(description), present_(description.values.size()) {}
+      : description_(description),
+        present_(description.values.size()),
+        numUnseen_(description.values.size() + (description.hasMissing ? 1U : 0U)) {}
 
-  void Add(std::uint16_t code) {
+  /// Gives whether nothing new can come: there are few codes, and mostly they are all seen soon.
+  bool Add(std::uint16_t code) {
     if (code == GrowingPredictor::kMissingCode) {
+      numUnseen_ -= hasMissing_ ? 0U : 1U;
       hasMissing_ = true;
     } else {
+      numUnseen_ -= present_[code] != 0 ? 0U : 1U;
       present_[code] = 1;
     }
+    return numUnseen_ == 0;
   }
   void Store(std::size_t predictor, NodeImp& node) const {
     std::vector<double> values;
@@ -42,6 +48,32 @@ class CodesPresent {
  private:
   GrowingPredictor const& description_;
   std::vector<char> present_;  // by code
+  bool hasMissing_ = false;
+  std::size_t numUnseen_;
+};
+
+/// The range of the values that some cases have of a predictor with intervals.
+class ValueRange {
+ public:
+  void Add(std::uint16_t code, double value) {
+    if (code == GrowingPredictor::kMissingCode) {
+      hasMissing_ = true;
+    } else if (isEmpty_) {
+      isEmpty_ = false;
+      minimum_ = maximum_ = value;
+    } else {
+      minimum_ = std::min(minimum_, value);
+      maximum_ = std::max(maximum_, value);
+    }
+  }
+  void Store(std::size_t predictor, NodeImp& node) const {
+    Summarise(node, predictor, minimum_, maximum_, hasMissing_);
+  }
+
+ private:
+  double minimum_ = 0.0;
+  double maximum_ = 0.0;
+  bool isEmpty_ = true;
   bool hasMissing_ = false;
 };
 
@@ -74,11 +106,20 @@ void SummariseSorted(TrainingData const& data, CaseLists const& lists,
 void SummarisePredictor(TrainingData const& data, CaseLists const& lists, NodeRanges const& ranges,
                         std::size_t predictor, NodeImp& node) {
   GrowingPredictor const& description = data.GetPredictors()[predictor];
+  if (description.hasIntervals) {
+    ValueRange range;
+    std::uint16_t const* const codes = lists.Codes(predictor);
+    for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
+      range.Add(codes[place], data.ValueOf(predictor, lists.CaseAt(place)));
+    }
+    range.Store(predictor, node);
+    return;
+  }
   if (description.IsCoded()) {
     CodesPresent present(description);
     std::uint16_t const* const codes = lists.Codes(predictor);
     for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
-      present.Add(codes[place]);
+      if (present.Add(codes[place])) break;
     }
     present.Store(predictor, node);
     return;
@@ -101,11 +142,31 @@ void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
   auto const childNode = [&](std::size_t child) -> NodeImp& {
     return *parent.GetChildImp(static_cast<unsigned int>(child));
   };
-  if (description.IsCoded()) {
-    std::vector<CodesPresent> present(numInChild.size(), CodesPresent(description));
+  if (description.hasIntervals) {
+    std::vector<ValueRange> values(numInChild.size());
     std::uint16_t const* const codes = lists.Codes(predictor);
     for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
-      if (childOf[place] != kNoChild) present[childOf[place]].Add(codes[place]);
+      if (childOf[place] == kNoChild) continue;
+      values[childOf[place]].Add(codes[place], data.ValueOf(predictor, lists.CaseAt(place)));
+    }
+    for (std::size_t child = 0; child < values.size(); ++child) {
+      values[child].Store(predictor, childNode(child));
+    }
+    return;
+  }
+  if (description.IsCoded()) {
+    std::vector<CodesPresent> present(numInChild.size(), CodesPresent(description));
+    std::vector<char> isComplete(numInChild.size());
+    std::size_t numOpen = present.size();
+    std::uint16_t const* const codes = lists.Codes(predictor);
+    for (std::uint32_t place = ranges.places.begin; place < ranges.places.end && numOpen > 0;
+         ++place) {
+      std::uint8_t const child = childOf[place];
+      if (child == kNoChild || isComplete[child] != 0) continue;
+      if (present[child].Add(codes[place])) {
+        isComplete[child] = 1;
+        --numOpen;
+      }
     }
     for (std::size_t child = 0; child < present.size(); ++child) {
       present[child].Store(predictor, childNode(child));

@@ -1,7 +1,6 @@
 #include "growing/sorted_cases.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <utility>
 
@@ -13,33 +12,51 @@ struct KeyedCase {
   std::uint32_t index;
 };
 
-constexpr unsigned int kDigitBits = 11;
-constexpr std::size_t kNumDigits = 3;  // 3 x 11 bits hold 32
-constexpr std::size_t kNumBuckets = std::size_t{1} << kDigitBits;
+/// How much of a key is sorted by in each pass, and from which bit up.
+struct Digits {
+  unsigned int size;   // in bits
+  unsigned int begin;  // bits below are not sorted by
+};
+/// Two passes leave few of some millions of cases to be told apart by what is below, three none.
+constexpr Digits kTwoDigits{12, 8};
+constexpr Digits kThreeDigits{11, 0};
+constexpr std::size_t kManyCases = std::size_t{1} << 22;
 
-std::size_t DigitOf(std::uint32_t key, std::size_t digit) {
-  return (key >> (digit * kDigitBits)) & (kNumBuckets - 1);
+std::uint32_t DigitOf(std::uint32_t key, Digits digits, unsigned int shift) {
+  return (key >> shift) & ((1U << digits.size) - 1U);
 }
 
-/// Sorts by key, from the lowest digit up; stable.
-void SortByKey(std::vector<KeyedCase>& cases, Workers& workers) {
-  std::array<std::array<std::uint32_t, kNumBuckets>, kNumDigits> counts{};
-  for (KeyedCase const& item : cases) {
-    for (std::size_t digit = 0; digit < kNumDigits; ++digit) {
-      ++counts[digit][DigitOf(item.key, digit)];
-    }
-  }
+/// How many of the cases have each value of the digit.
+std::vector<std::uint32_t> CountDigits(std::vector<KeyedCase> const& cases, Digits digits,
+                                       unsigned int shift) {
+  std::vector<std::uint32_t> counts(std::size_t{1} << digits.size);
+  for (KeyedCase const item : cases) ++counts[DigitOf(item.key, digits, shift)];
+  return counts;
+}
+
+/// Whether so many cases share their highest digit that the second one would leave most together.
+bool AreClustered(std::vector<KeyedCase> const& cases) {
+  constexpr std::size_t kTimesMean = 64;
+  auto const counts = CountDigits(cases, kTwoDigits, kTwoDigits.begin + kTwoDigits.size);
+  return *std::max_element(counts.begin(), counts.end()) / kTimesMean >
+         cases.size() / counts.size();
+}
+
+/// Sorts by the digits of the keys, from the lowest digit up; stable.
+void SortByDigits(std::vector<KeyedCase>& cases, Digits digits, Workers& workers) {
   std::vector<KeyedCase> sorted(cases.size());
-  for (std::size_t digit = 0; digit < kNumDigits; ++digit) {
-    auto& places = counts[digit];
+  for (unsigned int shift = digits.begin; shift < 32; shift += digits.size) {
+    std::vector<std::uint32_t> places = CountDigits(cases, digits, shift);
     // Where all share the digit there is nothing to sort.
-    if (!cases.empty() && places[DigitOf(cases.front().key, digit)] == cases.size()) continue;
+    if (!cases.empty() && places[DigitOf(cases.front().key, digits, shift)] == cases.size()) {
+      continue;
+    }
     std::uint32_t begin = 0;
     for (std::uint32_t& place : places) begin += std::exchange(place, begin);
     ForSlices(cases.size(), workers, [&](std::size_t first, std::size_t last) {
       for (std::size_t place = first; place < last; ++place) {
         KeyedCase const item = cases[place];
-        sorted[places[DigitOf(item.key, digit)]++] = item;
+        sorted[places[DigitOf(item.key, digits, shift)]++] = item;
       }
     });
     cases.swap(sorted);
@@ -83,32 +100,31 @@ std::vector<SortedCase> SortCases(double const* values, std::vector<std::uint32_
   std::vector<KeyedCase> cases;
   cases.reserve(indexes.size());
   for (std::uint32_t const index : indexes) cases.push_back({scale.KeyOf(values[index]), index});
-  SortByKey(cases, workers);
+  Digits const digits =
+      cases.size() > kManyCases || AreClustered(cases) ? kThreeDigits : kTwoDigits;
+  SortByDigits(cases, digits, workers);
   workers.Poll();
 
+  // What the digits do not tell apart is sorted by all of the key, and then by value.
+  auto const precedes = [values](KeyedCase const& a, KeyedCase const& b) {
+    return a.key != b.key ? a.key < b.key : values[a.index] < values[b.index];
+  };
   std::vector<SortedCase> sorted(cases.size());
   for (std::size_t begin = 0; begin < cases.size();) {
     std::size_t end = begin + 1;
     bool ascends = true;
-    bool varies = false;
-    while (end < cases.size() && cases[end].key == cases[begin].key) {
-      double const last = values[cases[end - 1].index];
-      double const next = values[cases[end].index];
-      ascends = ascends && last <= next;
-      varies = varies || last != next;
+    while (end < cases.size() &&
+           (cases[end].key >> digits.begin) == (cases[begin].key >> digits.begin)) {
+      ascends = ascends && !precedes(cases[end], cases[end - 1]);
       ++end;
     }
     if (!ascends) {
       std::stable_sort(cases.begin() + static_cast<std::ptrdiff_t>(begin),
-                       cases.begin() + static_cast<std::ptrdiff_t>(end),
-                       [values](KeyedCase const& a, KeyedCase const& b) {
-                         return values[a.index] < values[b.index];
-                       });
+                       cases.begin() + static_cast<std::ptrdiff_t>(end), precedes);
     }
-    for (std::size_t place = begin; place < end; ++place) {
-      bool const starts = place == begin ||
-                          (varies && values[cases[place].index] != values[cases[place - 1].index]);
-      sorted[place] = {cases[place].index, starts};
+    sorted[begin] = {cases[begin].index, true};
+    for (std::size_t place = begin + 1; place < end; ++place) {
+      sorted[place] = {cases[place].index, precedes(cases[place - 1], cases[place])};
     }
     begin = end;
   }

@@ -1,7 +1,9 @@
 #include "growing/training_data.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
+#include <optional>
 #include <utility>
 
 namespace tree::grow {
@@ -18,16 +20,21 @@ constexpr std::size_t kMaxClasses = 65535;
 
 TrainingData::TrainingData(DataSet const& data, CaseRoles const& roles, AlgSettings const& settings,
                            std::vector<std::size_t> rows, std::vector<double> const& weights,
-                           std::vector<double> const& frequencies, int maxCodedValues)
+                           std::vector<double> const& frequencies, int maxCodedValues,
+                           int numIntervals)
     : data_(data),
       predictorColumns_(roles.predictors),
       maxNominalCategories_(static_cast<std::size_t>(settings.GetMaxNominalPredCategories())),
       maxCodedValues_(static_cast<std::size_t>(maxCodedValues)),
+      numIntervals_(static_cast<std::size_t>(numIntervals)),
       rows_(std::move(rows)),
       weights_(FixWeights(weights)),
       frequencies_(FixWeights(frequencies)) {
   if (rows_.size() > SortedCase::kMaxPlace) {
     throw InputError("more than " + std::to_string(SortedCase::kMaxPlace) + " cases");
+  }
+  for (std::size_t index = 0; takesEachRow_ && index < rows_.size(); ++index) {
+    takesEachRow_ = rows_[index] == index;
   }
   ReadTarget(data.GetColumn(roles.target));
   for (int const index : roles.predictors)
@@ -63,9 +70,10 @@ void TrainingData::PreparePredictors(Workers& workers) {
   if (prepared_) return;
   std::atomic<std::size_t> numDone{0};
   workers.Run(predictors_.size(), [&](std::size_t position) {
-    Prepare(predictors_[position], workers);
+    if (!predictors_[position].IsCoded()) Prepare(predictors_[position], workers);
     workers.Advance(static_cast<double>(++numDone) / static_cast<double>(predictors_.size()));
   });
+  remarks_.clear();
   for (GrowingPredictor const& predictor : predictors_) {
     if (predictor.used) continue;
     remarks_.push_back("predictor \"" + predictor.column->description.name +
@@ -74,31 +82,70 @@ void TrainingData::PreparePredictors(Workers& workers) {
   prepared_ = true;
 }
 
+std::vector<std::vector<SortedCase>> TrainingData::ReleaseSorted() {
+  std::vector<std::vector<SortedCase>> lists(predictors_.size());
+  for (std::size_t position = 0; position < lists.size(); ++position) {
+    lists[position] = std::move(predictors_[position].sorted);
+    predictors_[position].sorted.clear();
+  }
+  prepared_ = false;
+  return lists;
+}
+
 void TrainingData::Prepare(GrowingPredictor& predictor, Workers& workers) const {
-  predictor.sorted.clear();
-  predictor.codes.clear();
-  predictor.values.clear();
-  predictor.whyNot.clear();
-  std::vector<double> values(rows_.size());
+  std::optional<ValueCodes> few;
+  if (std::size_t const maxNumCodes = MaxNumCodes(predictor); maxNumCodes > 0) {
+    few = CodeFewValues(*predictor.column, rows_, maxNumCodes, workers);
+  }
+  if (few.has_value()) {
+    predictor.codes = std::move(few->codes);
+    predictor.values = std::move(few->values);
+  } else {
+    PrepareManyValues(predictor, workers);
+  }
+  predictor.hasMissing = predictor.IsCoded()
+                             ? std::find(predictor.codes.begin(), predictor.codes.end(),
+                                         GrowingPredictor::kMissingCode) != predictor.codes.end()
+                             : predictor.sorted.size() < rows_.size();
+  if (predictor.IsNominal()) CheckCategories(predictor);
+}
+
+/// Up to how many values are coded without sorting.
+std::size_t TrainingData::MaxNumCodes(GrowingPredictor const& predictor) const {
+  if (predictor.IsNominal()) return GrowingPredictor::kMaxValues;
+  if (numIntervals_ == 0) return maxCodedValues_;
+  bool const isOrdinal = predictor.column->description.level == global::MeasurementOrdinal;
+  return isOrdinal ? GrowingPredictor::kMaxValues : numIntervals_;
+}
+
+void TrainingData::PrepareManyValues(GrowingPredictor& predictor, Workers& workers) const {
+  Column const& column = *predictor.column;
   std::vector<std::uint32_t> indexes;
   indexes.reserve(rows_.size());
   for (std::size_t index = 0; index < rows_.size(); ++index) {
-    values[index] = predictor.column->values[rows_[index]];
-    if (!predictor.column->IsMissing(rows_[index])) {
-      indexes.push_back(static_cast<std::uint32_t>(index));
-    }
+    if (!column.IsMissing(rows_[index])) indexes.push_back(static_cast<std::uint32_t>(index));
   }
-  predictor.hasMissing = indexes.size() < rows_.size();
-  std::vector<SortedCase> sorted = SortCases(values.data(), indexes, workers);
-  auto const numValues = static_cast<std::size_t>(
-      std::count_if(sorted.begin(), sorted.end(), [](SortedCase c) { return c.StartsValue(); }));
-  if (!predictor.IsNominal() && numValues > maxCodedValues_) {
-    predictor.hasTies = numValues < sorted.size();
+  std::vector<double> copied;
+  double const* values = column.values;
+  if (!takesEachRow_) {
+    copied.resize(rows_.size());
+    std::transform(rows_.begin(), rows_.end(), copied.begin(),
+                   [&](std::size_t row) { return column.values[row]; });
+    values = copied.data();
+  }
+  std::vector<SortedCase> sorted = SortCases(values, indexes, workers);
+  if (!predictor.IsNominal() && numIntervals_ == 0) {
+    predictor.hasTies = std::any_of(sorted.begin(), sorted.end(),
+                                    [](SortedCase item) { return !item.StartsValue(); });
     predictor.sorted = std::move(sorted);
     return;
   }
-  CodeValues(predictor, values, sorted);
-  if (predictor.IsNominal()) CheckCategories(predictor);
+  predictor.hasIntervals = !predictor.IsNominal();
+  ValueCodes coded = predictor.hasIntervals ? CodeIntervals(sorted, values, frequencies_.multiples,
+                                                            rows_.size(), numIntervals_)
+                                            : CodeSortedValues(sorted, values, rows_.size());
+  predictor.codes = std::move(coded.codes);
+  predictor.values = std::move(coded.values);
 }
 
 /// Nominal predictors with too many categories are not used. Nor are those with huge codes: each
@@ -106,7 +153,7 @@ void TrainingData::Prepare(GrowingPredictor& predictor, Workers& workers) const 
 void TrainingData::CheckCategories(GrowingPredictor& predictor) const {
   constexpr double kLargestCode = 1'000'000.0;
   std::size_t const numValues = predictor.values.size();
-  if (numValues > std::min<std::size_t>(maxNominalCategories_, GrowingPredictor::kMissingCode)) {
+  if (numValues > std::min(maxNominalCategories_, GrowingPredictor::kMaxValues)) {
     predictor.whyNot = "it has " + std::to_string(numValues) +
                        " categories, and the settings allow " +
                        std::to_string(maxNominalCategories_);
@@ -114,17 +161,6 @@ void TrainingData::CheckCategories(GrowingPredictor& predictor) const {
     predictor.whyNot = "the code of one of its categories is more than 1000000";
   }
   predictor.used = predictor.whyNot.empty();
-}
-
-void TrainingData::CodeValues(GrowingPredictor& predictor, std::vector<double> const& values,
-                              std::vector<SortedCase> const& sorted) const {
-  predictor.codes.assign(rows_.size(), GrowingPredictor::kMissingCode);
-  for (SortedCase const item : sorted) {
-    if (item.StartsValue()) predictor.values.push_back(values[item.Place()]);
-    // Of too many values for a code the predictor will not be used.
-    predictor.codes[item.Place()] = static_cast<std::uint16_t>(
-        std::min<std::size_t>(predictor.values.size() - 1, GrowingPredictor::kMissingCode));
-  }
 }
 
 }  // namespace tree::grow

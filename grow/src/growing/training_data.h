@@ -8,6 +8,7 @@
 
 #include "growing/fixed_point.h"
 #include "growing/sorted_cases.h"
+#include "growing/value_codes.h"
 #include "growing/workers.h"
 #include "tree/grow/data_set.h"
 #include "tree/settings.h"
@@ -16,20 +17,23 @@ namespace tree::grow {
 
 /// A predictor, made ready for growing. In one of two forms: **sorted**, a list of the cases with a
 /// value in its order, or **coded**, a small number for the value of every case. Coded are the
-/// nominal predictors, and ordered ones with few values: their splits are found from tables of the
-/// codes, without looking at each case more than once.
+/// nominal predictors, and ordered ones with few values or divided into intervals: their splits are
+/// found from tables of the codes, without looking at each case more than once.
 struct GrowingPredictor {
-  static constexpr std::uint16_t kMissingCode = 0xFFFF;
+  static constexpr std::uint16_t kMissingCode = ValueCodes::kMissing;
+  static constexpr std::size_t kMaxValues = kMissingCode;  ///< of a coded one
 
   Column const* column = nullptr;
-  bool used = true;         ///< whether it may split
-  std::string whyNot;       ///< if not, why; the rest of a sentence
-  bool hasMissing = false;  ///< whether some case has no value
+  bool used = true;    ///< whether it may split
+  std::string whyNot;  ///< if not, why; the rest of a sentence
 
-  std::vector<SortedCase> sorted;    ///< of a sorted predictor
+  std::vector<SortedCase> sorted;    ///< of a sorted predictor; empty once released
   bool hasTies = false;              ///< of a sorted one: whether cases share a value
   std::vector<std::uint16_t> codes;  ///< of a coded one: by case; positions in `values`
-  std::vector<double> values;        ///< of a coded one: its different values, ascending
+  /// Of a coded one: its different values, or the greatest value of each interval, ascending.
+  std::vector<double> values;
+  bool hasIntervals = false;  ///< of a coded one: whether a code may stand for several values
+  bool hasMissing = false;    ///< whether some case has no value
 
   bool IsNominal() const { return column->IsNominal(); }
   bool IsCoded() const { return !codes.empty(); }
@@ -40,14 +44,21 @@ struct GrowingPredictor {
 class TrainingData {
  public:
   /// Reads the cases at `rows` with their weights and frequencies, as `CaseSelection` gives them.
-  /// Ordered predictors with at most `maxCodedValues` different values are coded. `data`:
+  /// Ordered predictors with at most `maxCodedValues` different values are coded. With
+  /// `numIntervals` above 0 all of them are, as algorithms need them that only know categories:
+  /// ordinal ones by their values, continuous ones by so many intervals at quantiles. `data`:
   /// **borrowed** for this object's life.
   TrainingData(DataSet const& data, CaseRoles const& roles, AlgSettings const& settings,
                std::vector<std::size_t> rows, std::vector<double> const& weights,
-               std::vector<double> const& frequencies, int maxCodedValues = 256);
+               std::vector<double> const& frequencies, int maxCodedValues = 256,
+               int numIntervals = 0);
 
-  /// Sorts and codes the predictors, once; later calls do nothing.
+  /// Sorts and codes the predictors. Later calls do nothing, unless sorted lists were released:
+  /// they are made again.
   void PreparePredictors(Workers& workers);
+  /// Hands over the lists of the sorted predictors, by predictor, for a tree that may use them up:
+  /// they take as much memory as all else together. They are gone until they are prepared again.
+  std::vector<std::vector<SortedCase>> ReleaseSorted();
 
   std::size_t GetNumCases() const { return rows_.size(); }
   /// The row of each case in the data set.
@@ -84,15 +95,17 @@ class TrainingData {
  private:
   void ReadTarget(Column const& target);
   void Prepare(GrowingPredictor& predictor, Workers& workers) const;
+  std::size_t MaxNumCodes(GrowingPredictor const& predictor) const;
+  void PrepareManyValues(GrowingPredictor& predictor, Workers& workers) const;
   void CheckCategories(GrowingPredictor& predictor) const;
-  void CodeValues(GrowingPredictor& predictor, std::vector<double> const& values,
-                  std::vector<SortedCase> const& sorted) const;
 
   DataSet const& data_;
   std::vector<int> predictorColumns_;
   std::size_t maxNominalCategories_;
   std::size_t maxCodedValues_;
+  std::size_t numIntervals_;
   std::vector<std::size_t> rows_;
+  bool takesEachRow_ = true;  // whether the index of a case is its row
   FixedWeights weights_;
   FixedWeights frequencies_;
   std::size_t numClasses_ = 0;

@@ -234,9 +234,10 @@ bool TreeGrower::PruneNode(unsigned int nodeId) noexcept {
 // ---- Growing ----
 
 /// Makes a new node with the training cases of `node`, all of them when it is the root or null,
-/// ready to grow.
+/// ready to grow. The lists of sorted predictors can be used up only with all cases.
 std::unique_ptr<TreeGrower::Sprout> TreeGrower::PlantSprout(NodeImp const* node,
-                                                            GrowthLimits const& limits) {
+                                                            GrowthLimits const& limits,
+                                                            SortedLists sortedLists) {
   auto sprout = std::make_unique<Sprout>();
   std::vector<std::uint8_t> included;
   if (node != root_.get() && node != nullptr) {
@@ -254,7 +255,9 @@ std::unique_ptr<TreeGrower::Sprout> TreeGrower::PlantSprout(NodeImp const* node,
   } else if (test_ != nullptr) {
     sprout->testCases = AllCases(*test_);
   }
-  sprout->lists = std::make_unique<CaseLists>(*training_, included, workers_);
+  sprout->lists = sortedLists == SortedLists::kUsedUp
+                      ? std::make_unique<CaseLists>(*training_, workers_)
+                      : std::make_unique<CaseLists>(*training_, included, workers_);
   sprout->method =
       algorithm_.makeMethod(*training_, basis_.Classes(), limits.minChildSize, basis_.totalWeight);
   sprout->statistics = std::make_unique<NodeStatistics>(*training_, TrainingSample,
@@ -310,7 +313,10 @@ bool TreeGrower::Grow() noexcept {
     std::unique_ptr<NodeImp> old = std::move(root_);
     unsigned int const oldNextId = std::exchange(nextId_, 1);
     try {
-      std::unique_ptr<Sprout> const sprout = PlantSprout(nullptr, limits);
+      // Folds of a validation are grown on the sorted lists, too.
+      bool const needed = GetValidation() == ValidationCrossValidation;
+      std::unique_ptr<Sprout> const sprout =
+          PlantSprout(nullptr, limits, needed ? SortedLists::kKept : SortedLists::kUsedUp);
       sprout->growth->Grow();
       sprout->growth.reset();
       sprout->lists.reset();
@@ -337,7 +343,8 @@ bool TreeGrower::GrowNode(unsigned int nodeId, int numLevels) noexcept {
     Prepare(0.3);
     workers_.BeginStage("growing the tree", 0.3, 0.9);
     if (node == nullptr) nextId_ = std::max(nextId_, 1U);
-    std::unique_ptr<Sprout> const sprout = PlantSprout(node, MakeLimits(numLevels));
+    std::unique_ptr<Sprout> const sprout =
+        PlantSprout(node, MakeLimits(numLevels), SortedLists::kKept);
     sprout->growth->Grow();
     FillTestStatistics(*sprout->root, sprout->testCases);
     nextId_ = sprout->nextId;
@@ -358,7 +365,7 @@ bool TreeGrower::FindCandidateSplits(unsigned int nodeId,
     NodeImp const& node = RequireNode(nodeId);
     Prepare(0.5);
     workers_.BeginStage("finding splits", 0.5, 1.0);
-    std::unique_ptr<Sprout> const sprout = PlantSprout(&node, MakeLimits(1));
+    std::unique_ptr<Sprout> const sprout = PlantSprout(&node, MakeLimits(1), SortedLists::kKept);
     RuleList const rules = sprout->growth->FindRootSplits();
     if (rules.empty()) {
       throw Refusal{FailureNoSplit,
@@ -412,7 +419,7 @@ bool TreeGrower::ApplySplit(unsigned int nodeId, SplitRule const& rule) noexcept
     Prepare(0.3);
     workers_.BeginStage("splitting a node", 0.3, 0.9);
     CheckSplit(*given);
-    std::unique_ptr<Sprout> const sprout = PlantSprout(&node, MakeLimits(1));
+    std::unique_ptr<Sprout> const sprout = PlantSprout(&node, MakeLimits(1), SortedLists::kKept);
     ChildOfPlace childOf(sprout->lists->GetNumPlaces(), kNoChild);
     PlaceByRule(*training_, *sprout->lists, sprout->lists->GetRoot(), *given, childOf);
     std::vector<bool> reached(static_cast<std::size_t>(given->GetNumChildren()));

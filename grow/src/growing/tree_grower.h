@@ -84,6 +84,8 @@ class TreeGrower final : public Grower {
 
     ClassModel const* Classes() const { return classes.has_value() ? &*classes : nullptr; }
   };
+  /// What becomes of the lists of sorted predictors: copied for the tree that grows, or its own.
+  enum class SortedLists { kKept, kUsedUp };
   /// A subtree beside the tree, until it takes its place.
   struct Sprout;
 
@@ -96,7 +98,8 @@ class TreeGrower final : public Grower {
   NodeImp& RequireNode(unsigned int id) const;
   void Changed();
 
-  std::unique_ptr<Sprout> PlantSprout(NodeImp const* node, GrowthLimits const& limits);
+  std::unique_ptr<Sprout> PlantSprout(NodeImp const* node, GrowthLimits const& limits,
+                                      SortedLists sortedLists);
   void Graft(NodeImp& node, std::unique_ptr<NodeImp> grown);
   void FillTestStatistics(NodeImp& root, std::vector<std::uint32_t> const& cases);
   std::vector<std::uint32_t> TestCasesOf(NodeImp const& node);

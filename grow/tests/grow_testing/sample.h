@@ -81,6 +81,7 @@ class PreparedSample {
   }
 
   TrainingData const& GetData() const { return *training_; }
+  TrainingData& GetData() { return *training_; }
   CartSettings& GetSettings() { return *settings_; }
   Workers& GetWorkers() { return workers_; }
   CaseLists MakeLists() { return CaseLists(*training_, {}, workers_); }

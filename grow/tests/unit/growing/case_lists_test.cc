@@ -125,6 +125,20 @@ TEST(CaseLists, LeaveOutCasesThatAreNotIncluded) {
   EXPECT_EQ(lists.Codes(1)[2], 0);
 }
 
+TEST(CaseLists, UseUpTheSortedListsOfTheData) {
+  PreparedSample sample({.target = {0.0, 0.0, 1.0, 1.0},
+                         .predictors = {{{4.0, 4.0, 3.0, 2.0}}, {{1.0, 1.0, 1.0, 0.0}, true}}},
+                        Form::kSorted);
+
+  CaseLists const lists(sample.GetData(), sample.GetWorkers());
+
+  EXPECT_TRUE(sample.GetData().GetPredictors()[0].sorted.empty());
+  EXPECT_THAT(CasesOf(lists, lists.GetRoot()), ElementsAre(0, 1, 2, 3));
+  EXPECT_THAT(PlacesOf(lists.Sorted(lists.GetRoot(), 0)), ElementsAre(3, 2, 0, 1));
+  EXPECT_THAT(StartsOf(lists.Sorted(lists.GetRoot(), 0)), ElementsAre(true, true, true, false));
+  EXPECT_EQ(lists.Codes(1)[3], 0);
+}
+
 TEST(CaseLists, DivideTheCasesOfANodeInTheirOrder) {
   PreparedSample sample({.target = {0.0, 1.0, 2.0, 3.0, 4.0}});
   CaseLists lists = sample.MakeLists();

@@ -305,5 +305,38 @@ TEST(TrainingData, PreparesPredictorsOnce) {
   EXPECT_EQ(training.GetPredictors()[0].values.size(), 3U);
 }
 
+TEST(TrainingData, MakesReleasedListsAgain) {
+  DataSet data(4);
+  data.AddColumn({"y", global::MeasurementNominal, {}, kMissing}, {0.0, 1.0, 0.0, 1.0});
+  data.AddColumn({"x", global::MeasurementContinuous, {}, kMissing}, {0.5, -1.0, 2.0, 0.5});
+  data.AddColumn({"c", global::MeasurementNominal, {}, kMissing}, {0.0, 1.0, 2.0, 3.0});
+  CaseRoles const roles{.target = 0, .predictors = {1, 2}};
+  CCartSettingsImp settings(MakeCoreSettings(data, roles));
+  settings.SetMaxNominalPredCategories(2);
+  TrainingData training(data, roles, settings, {0, 1, 2, 3}, {}, {}, 0);
+  Workers workers(1);
+  workers.Begin();
+  training.PreparePredictors(workers);
+  GrowingPredictor const& predictor = training.GetPredictors()[0];
+  auto const places = [](std::vector<SortedCase> const& list) {
+    std::vector<std::uint32_t> found;
+    for (SortedCase const item : list) found.push_back(item.Place());
+    return found;
+  };
+
+  std::vector<std::vector<SortedCase>> const released = training.ReleaseSorted();
+
+  EXPECT_THAT(places(released[0]), testing::ElementsAre(1, 0, 3, 2));
+  EXPECT_TRUE(released[1].empty());
+  EXPECT_TRUE(predictor.sorted.empty());
+
+  training.PreparePredictors(workers);
+
+  EXPECT_EQ(places(predictor.sorted), places(released[0]));
+  EXPECT_TRUE(predictor.hasTies);
+  EXPECT_EQ(training.GetPredictors()[1].values.size(), 4U);
+  EXPECT_EQ(training.GetRemarks().size(), 1U);
+}
+
 }  // namespace
 }  // namespace tree::grow

@@ -1,0 +1,125 @@
+#include "growing/value_codes.h"
+
+#include <algorithm>
+#include <bit>
+#include <numeric>
+
+#include "growing/fixed_point.h"
+
+namespace tree::grow {
+namespace {
+
+/// Numbers values in the order in which they first come.
+class ValueNumbers {
+ public:
+  explicit ValueNumbers(std::size_t maxNumValues)
+      : numbers_(std::bit_ceil(4 * std::max<std::size_t>(1, maxNumValues))),
+        shift_(64 - static_cast<unsigned int>(std::countr_zero(numbers_.size()))) {
+    values_.reserve(maxNumValues);
+  }
+
+  /// The number of the value, which may be a new one.
+  std::size_t NumberOf(double value) {
+    // Both zeros are one value: adding 0 makes them the same.
+    auto const bits = std::bit_cast<std::uint64_t>(value + 0.0);
+    constexpr std::uint64_t kGoldenRatio = 0x9E37'79B9'7F4A'7C15;
+    for (std::size_t slot = (bits * kGoldenRatio) >> shift_;; slot = (slot + 1) % numbers_.size()) {
+      std::uint32_t const number = numbers_[slot];
+      if (number == 0) {
+        values_.push_back(value + 0.0);
+        numbers_[slot] = static_cast<std::uint32_t>(values_.size());
+        return values_.size() - 1;
+      }
+      if (values_[number - 1] == value) return number - 1;
+    }
+  }
+  std::vector<double> const& GetValues() const { return values_; }
+
+ private:
+  std::vector<std::uint32_t> numbers_;  // 1 more than the number; 0 where a slot is free
+  unsigned int shift_;
+  std::vector<double> values_;  // by number
+};
+
+/// Replaces numbers in any order by codes in order of the values.
+ValueCodes Ordered(std::vector<std::uint16_t> numbers, std::vector<double> const& values) {
+  std::vector<std::uint16_t> order(values.size());
+  std::iota(order.begin(), order.end(), std::uint16_t{0});
+  std::sort(order.begin(), order.end(),
+            [&](std::uint16_t a, std::uint16_t b) { return values[a] < values[b]; });
+  std::vector<std::uint16_t> codeOf(values.size());
+  ValueCodes coded;
+  for (std::size_t code = 0; code < order.size(); ++code) {
+    codeOf[order[code]] = static_cast<std::uint16_t>(code);
+    coded.values.push_back(values[order[code]]);
+  }
+  if (!std::is_sorted(order.begin(), order.end())) {
+    for (std::uint16_t& number : numbers) {
+      if (number != ValueCodes::kMissing) number = codeOf[number];
+    }
+  }
+  coded.codes = std::move(numbers);
+  return coded;
+}
+
+}  // namespace
+
+std::optional<ValueCodes> CodeFewValues(Column const& column, std::span<std::size_t const> rows,
+                                        std::size_t maxNumValues, Workers& workers) {
+  ValueNumbers numbers(maxNumValues);
+  std::vector<std::uint16_t> codes(rows.size(), ValueCodes::kMissing);
+  bool tooMany = false;
+  ForSlices(rows.size(), workers, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t index = begin; index < end && !tooMany; ++index) {
+      if (column.IsMissing(rows[index])) continue;
+      std::size_t const number = numbers.NumberOf(column.values[rows[index]]);
+      tooMany = number >= maxNumValues;
+      codes[index] = static_cast<std::uint16_t>(number);
+    }
+  });
+  if (tooMany) return std::nullopt;
+  return Ordered(std::move(codes), numbers.GetValues());
+}
+
+ValueCodes CodeSortedValues(std::vector<SortedCase> const& sorted, double const* values,
+                            std::size_t numCases) {
+  ValueCodes coded;
+  coded.codes.assign(numCases, ValueCodes::kMissing);
+  for (SortedCase const item : sorted) {
+    if (item.StartsValue()) coded.values.push_back(values[item.Place()]);
+    coded.codes[item.Place()] = static_cast<std::uint16_t>(
+        std::min<std::size_t>(coded.values.size() - 1, ValueCodes::kMissing));
+  }
+  return coded;
+}
+
+ValueCodes CodeIntervals(std::vector<SortedCase> const& sorted, double const* values,
+                         std::vector<std::int64_t> const& frequencies, std::size_t numCases,
+                         std::size_t numIntervals) {
+  auto const frequencyOf = [&](SortedCase item) {
+    return frequencies.empty() ? 1 : frequencies[item.Place()];
+  };
+  WideInteger total = 0;
+  for (SortedCase const item : sorted) total += frequencyOf(item);
+  auto const parts = static_cast<WideInteger>(numIntervals);
+  ValueCodes coded;
+  coded.codes.assign(numCases, ValueCodes::kMissing);
+  WideInteger below = 0;  // cases in intervals that have ended
+  WideInteger sum = 0;
+  std::size_t begin = 0;  // of the present interval, in the list
+  for (std::size_t position = 0; position < sorted.size(); ++position) {
+    sum += frequencyOf(sorted[position]);
+    bool const isLast = position + 1 == sorted.size();
+    if (!isLast && !sorted[position + 1].StartsValue()) continue;
+    // Ends where the share passes a multiple of 1 / parts.
+    if (!isLast && sum * parts / total == below * parts / total) continue;
+    for (; begin <= position; ++begin) {
+      coded.codes[sorted[begin].Place()] = static_cast<std::uint16_t>(coded.values.size());
+    }
+    coded.values.push_back(values[sorted[position].Place()]);
+    below = sum;
+  }
+  return coded;
+}
+
+}  // namespace tree::grow
