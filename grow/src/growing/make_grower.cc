@@ -1,9 +1,11 @@
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <string>
 #include <utility>
 
 #include "cart/cart_method.h"
+#include "chaid/chaid_method.h"
 #include "growing/tree_grower.h"
 #include "tree/grow/grower.h"
 
@@ -70,6 +72,49 @@ TreeGrower::Algorithm MakeCart(AlgSettings const& settings) {
   return algorithm;
 }
 
+/// Scores of classes are distances: refuses what is none.
+void CheckScores(Scores const& scores) {
+  for (int j = 0; j < scores.GetNumClasses(); ++j) {
+    if (std::isfinite(scores.Get(j))) continue;
+    throw InputError("the score of class " + std::to_string(j) + " is not finite");
+  }
+}
+
+TreeGrower::Algorithm MakeChaid(AlgSettings const& settings, int numIntervals) {
+  TreeGrower::Algorithm algorithm;
+  algorithm.settings.reset(settings.Clone());
+  algorithm.numIntervals = numIntervals;
+  auto const& chaid = dynamic_cast<ChaidSettings const&>(*algorithm.settings);
+  if (auto const* const classes = dynamic_cast<CChaidSettingsImp const*>(&chaid)) {
+    int const method = static_cast<int>(classes->GetChiSquareMethod());
+    if (method < 0 || method > 1) {
+      throw InputError("there is no chi-square method " + std::to_string(method) +
+                       "; 0 is Pearson's, 1 the likelihood ratio");
+    }
+    CheckScores(*classes->GetScores());
+    algorithm.priors = classes->GetPriors();
+    algorithm.costs = classes->GetCost();
+  }
+  algorithm.makeMethod = [&chaid](TrainingData const& data, ClassModel const* classes,
+                                  double minChildSize, double totalWeight) {
+    return std::make_unique<ChaidMethod>(data, chaid, classes, minChildSize, totalWeight);
+  };
+  return algorithm;
+}
+
+TreeGrower::Algorithm MakeAlgorithm(AlgSettings const& settings, GrowOptions const& options) {
+  switch (settings.GetType()) {
+    case AlgRCart:
+    case AlgCCart:
+      return MakeCart(settings);
+    case AlgRChaid:
+    case AlgCChaid:
+      return MakeChaid(settings, options.numIntervals);
+    default:
+      throw InputError("trees cannot be grown with settings of this kind");
+  }
+}
+
 }  // namespace
 
 Grower::~Grower() = default;
@@ -90,12 +135,13 @@ std::unique_ptr<Grower> MakeGrower(DataSet const& data, CaseRoles const& roles,
     throw InputError("the share of the test sample has to lie between 0 and 1, and is " +
                      std::to_string(options.testShare));
   }
-  if (settings.GetType() != AlgRCart && settings.GetType() != AlgCCart) {
-    throw InputError("only CART settings can be grown with so far");
+  if (options.numIntervals < 2 || options.numIntervals > 65535) {
+    throw InputError("the number of intervals has to lie between 2 and 65535, and is " +
+                     std::to_string(options.numIntervals));
   }
   CoreSettingsImp const core = MakeCoreSettings(data, roles);  // refuses roles that do not exist
   CheckSettings(data, roles, settings);
-  return std::make_unique<TreeGrower>(data, roles, MakeCart(settings), options);
+  return std::make_unique<TreeGrower>(data, roles, MakeAlgorithm(settings, options), options);
 }
 
 void CopyCase(DataSet const& data, std::vector<int> const& predictors, std::size_t row,

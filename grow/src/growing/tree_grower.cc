@@ -81,7 +81,8 @@ void TreeGrower::SelectSamples(DataSet const& data, CaseRoles const& roles,
   }
   auto const make = [&](Cases& cases) {
     return std::make_unique<TrainingData>(data, roles, *algorithm_.settings, std::move(cases.rows),
-                                          cases.weights, cases.frequencies, options.maxCodedValues);
+                                          cases.weights, cases.frequencies, options.maxCodedValues,
+                                          algorithm_.numIntervals);
   };
   training_ = make(samples[TrainingSample]);
   if (!samples[TestSample].rows.empty()) test_ = make(samples[TestSample]);

@@ -31,6 +31,9 @@ class TreeGrower final : public Grower {
     Cost const* costs = nullptr;
     PruningSpec const* pruning = nullptr;
     ///@}
+    /// Into how many intervals continuous predictors are divided for algorithms that only know
+    /// categories; 0 for the others.
+    int numIntervals = 0;
     /// Makes the method that finds splits. `classes`: null for numbers; `limits`: of the children;
     /// `totalWeight`: of the cases that the tree is grown on.
     std::function<std::unique_ptr<SplitMethod>(TrainingData const& data, ClassModel const* classes,

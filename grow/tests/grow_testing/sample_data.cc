@@ -1,6 +1,8 @@
 #include "grow_testing/sample_data.h"
 
+#include <cmath>
 #include <ios>
+#include <memory>
 #include <sstream>
 
 namespace tree::grow {
@@ -9,7 +11,17 @@ namespace {
 void DescribeRule(SplitRuleImp const& rule, std::ostream& out) {
   out << " [" << rule.GetPredictorIndex();
   if (auto const* const ordered = dynamic_cast<OSplitRule const*>(&rule)) {
-    out << (ordered->IsStandard() ? " <= " : " > ") << ordered->GetCutPoint();
+    if (ordered->IsValidBinary()) {
+      out << (ordered->IsStandard() ? " <= " : " > ") << ordered->GetCutPoint();
+    } else {
+      for (int child = 0; child < ordered->GetNumChildren(); ++child) {
+        std::unique_ptr<ValueSet> const values(ordered->GetMappedValues(child));
+        if (values == nullptr) continue;
+        auto const& interval = dynamic_cast<OValueSet const&>(*values);
+        out << " .." << (interval.IsBoundedRight() ? interval.GetRightEnd() : HUGE_VAL) << "->"
+            << child;
+      }
+    }
   } else {
     auto const& nominal = dynamic_cast<NSplitRule const&>(rule);
     for (int category = 0; category < 100; ++category) {
@@ -17,6 +29,7 @@ void DescribeRule(SplitRuleImp const& rule, std::ostream& out) {
       if (child >= 0) out << ' ' << category << "->" << child;
     }
   }
+  out << " missing " << rule.GetMissingValueMapping();
   for (StatisticFlag const flag :
        {StatisticFlag1, StatisticFlag2, StatisticFlag3, StatisticFlag4}) {
     if (rule.HasStatistic(flag)) out << " s" << flag << '=' << rule.GetStatistic(flag);

@@ -24,6 +24,13 @@ class SampleData {
     roles_.target = Add("number", global::MeasurementContinuous, std::move(values));
     return *this;
   }
+  SampleData& OrdinalClasses(std::vector<double> values) {
+    roles_.target = Add("class", global::MeasurementOrdinal, std::move(values));
+    return *this;
+  }
+  SampleData& Ordinal(std::vector<double> values) {
+    return Predictor(global::MeasurementOrdinal, std::move(values));
+  }
   SampleData& Ordered(std::vector<double> values) {
     return Predictor(global::MeasurementContinuous, std::move(values));
   }
@@ -59,6 +66,13 @@ class SampleData {
     Loosen(settings);
     return settings;
   }
+  /// CHAID's settings, which stop only where nothing is significant any more.
+  template <class Settings>
+  Settings ChaidSettingsOf() const {
+    Settings settings(Core());
+    Loosen(settings);
+    return settings;
+  }
   std::unique_ptr<Grower> Make(AlgSettings const& settings, GrowOptions options = {1}) const {
     return MakeGrower(data_, roles_, settings, options);
   }
@@ -70,7 +84,7 @@ class SampleData {
   }
 
  private:
-  static void Loosen(CartSettings& settings) {
+  static void Loosen(AlgSettings& settings) {
     settings.GetStopRule()->SetMinImprovement(0.0);
     settings.GetStopRule()->SetMinNodeSize(2);
     settings.GetStopRule()->SetMinChildSize(1);

@@ -41,6 +41,10 @@ struct GrowOptions {
   /// Ordered predictors with at most so many different values are held as codes of them, which is
   /// faster where they are few; the tree does not depend on it. From 0 to 65535.
   int maxCodedValues = 256;
+  /// CHAID divides each continuous predictor with more values into at most so many intervals that
+  /// hold about equally many training cases each; they end at values of cases. Ordinal predictors
+  /// keep their values, as long as there are no more than 65535. From 2 to 65535.
+  int numIntervals = 10;
 };
 
 /// A growing algorithm on a data set.
@@ -59,10 +63,10 @@ class TREE_API Grower : public TreeAlgorithm {
 
 /// A grower for these settings, without a tree. `data`: **borrowed** for the grower's life, and not
 /// to be changed. `settings`: **copied**; made from `MakeCoreSettings` of the same data and roles,
-/// with `CCartSettingsImp` for a nominal or ordinal target and `RCartSettingsImp` for a continuous
-/// one. Throws `InputError` for what `CaseSelection` refuses, for settings that do not fit the
-/// data, and for options out of range. Reads the data once: linear in cases times predictors, with
-/// a sort of each ordered predictor.
+/// with `CCartSettingsImp` or `CChaidSettingsImp` for a nominal or ordinal target and
+/// `RCartSettingsImp` or `RChaidSettingsImp` for a continuous one. Throws `InputError` for what
+/// `CaseSelection` refuses, for settings that do not fit the data, and for options out of range.
+/// Reads the data once: linear in cases times predictors, with a sort of each ordered predictor.
 TREE_API std::unique_ptr<Grower> MakeGrower(DataSet const& data, CaseRoles const& roles,
                                             AlgSettings const& settings,
                                             GrowOptions const& options = {});

@@ -316,7 +316,7 @@ TEST(MakeGrower, RefusesWhatItCannotDo) {
   EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 1.0}), HasSubstr("test sample"));
   EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 0.3, -1}), HasSubstr("and is -1"));
   EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 0.3, 65536}), HasSubstr("and is 65536"));
-  EXPECT_THAT(RefusalOf(data, QuestSettingsImp(data.Core())), HasSubstr("CART"));
+  EXPECT_THAT(RefusalOf(data, QuestSettingsImp(data.Core())), HasSubstr("of this kind"));
 }
 
 TEST(MakeGrower, RefusesTargetsThatCannotBePredicted) {

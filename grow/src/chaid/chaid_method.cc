@@ -1,0 +1,299 @@
+#include "chaid/chaid_method.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numeric>
+#include <utility>
+
+#include "chaid/class_groups.h"
+#include "chaid/number_groups.h"
+#include "growing/fixed_point.h"
+#include "tree/grow/split_statistics.h"
+
+namespace tree::grow {
+namespace {
+
+bool HaveSameMultiples(FixedWeights const& left, FixedWeights const& right) {
+  return left.unit == right.unit && left.multiples == right.multiples;
+}
+
+/// By predictor: a row for each code, and one for missing values where there are any.
+std::vector<std::size_t> NumRows(TrainingData const& data) {
+  std::vector<std::size_t> counts;
+  for (GrowingPredictor const& predictor : data.GetPredictors()) {
+    counts.push_back(predictor.values.size() + (predictor.hasMissing ? 1U : 0U));
+  }
+  return counts;
+}
+
+ClassTestSettings TestOf(CChaidSettings const& settings, std::size_t numClasses, bool isOrdinal) {
+  ClassTestSettings test;
+  test.kind = isOrdinal                            ? ClassTestKind::kRowEffects
+              : settings.GetChiSquareMethod() == 1 ? ClassTestKind::kLikelihoodRatio
+                                                   : ClassTestKind::kPearson;
+  test.limits = {settings.GetConvergenceEpsilon(), settings.GetMaxNumIterations()};
+  test.scores.resize(numClasses);
+  std::iota(test.scores.begin(), test.scores.end(), 0.0);
+  Scores const& scores = *settings.GetScores();
+  if (scores.GetType() == ScoreTypeDefault) return test;
+  auto const numScores = std::min(numClasses, static_cast<std::size_t>(scores.GetNumClasses()));
+  for (std::size_t j = 0; j < numScores; ++j) test.scores[j] = scores.Get(static_cast<int>(j));
+  return test;
+}
+
+/// The decrease of Gini impurity that groups of categories bring, as for CART, on the cases of the
+/// table. `weights`: where the weights of the classes begin in a row; `factors`: what a unit of
+/// them adds to the probability of a node.
+double GiniOf(MergedCategories const& merged, std::span<std::int64_t const> table,
+              std::size_t rowSize, std::size_t weights, std::vector<double> const& factors) {
+  std::size_t const numClasses = factors.size();
+  std::vector<double> groups(merged.numGroups * numClasses);
+  std::vector<double> node(numClasses);
+  for (std::size_t row = 0; row < merged.groupOf.size(); ++row) {
+    if (merged.groupOf[row] == MergedCategories::kNoGroup) continue;
+    double* const group = groups.data() + merged.groupOf[row] * numClasses;
+    for (std::size_t j = 0; j < numClasses; ++j) {
+      double const probability =
+          factors[j] * static_cast<double>(table[row * rowSize + weights + j]);
+      group[j] += probability;
+      node[j] += probability;
+    }
+  }
+  auto const score = [&](double const* probabilities) {
+    double sum = 0.0;
+    double squares = 0.0;
+    for (std::size_t j = 0; j < numClasses; ++j) {
+      sum += probabilities[j];
+      squares += probabilities[j] * probabilities[j];
+    }
+    return sum > 0.0 ? squares / sum : 0.0;
+  };
+  double improvement = -score(node.data());
+  for (std::size_t group = 0; group < merged.numGroups; ++group) {
+    improvement += score(groups.data() + group * numClasses);
+  }
+  return std::max(0.0, improvement);
+}
+
+/// The sum of squares between groups of categories, in units of weight and number.
+double SquaresBetween(MergedCategories const& merged, std::span<NumberSums const> table) {
+  std::vector<NumberSums> groups(merged.numGroups);
+  NumberSums node;
+  for (std::size_t row = 0; row < table.size(); ++row) {
+    if (merged.groupOf[row] == MergedCategories::kNoGroup) continue;
+    groups[merged.groupOf[row]] += table[row];
+    node += table[row];
+  }
+  std::int64_t const centre = WholeMean(node);
+  auto const score = [centre](NumberSums const& sums) {
+    auto const excess = static_cast<double>(sums.sum - WideInteger{centre} * sums.weight);
+    return sums.weight > 0 ? excess * excess / static_cast<double>(sums.weight) : 0.0;
+  };
+  double squares = -score(node);
+  for (NumberSums const& group : groups) squares += score(group);
+  return std::max(0.0, squares);
+}
+
+/// Sends missing values to a child. The rule itself sends them to its last child, or to a new one
+/// behind it; any other child has to be the last for a moment.
+void MapMissing(SplitRuleImp& rule, int child) {
+  int const numChildren = rule.GetNumChildren();
+  if (child >= numChildren) {
+    rule.AddMissingValueMapping(true);
+    return;
+  }
+  std::vector<int> swapped(static_cast<std::size_t>(numChildren));
+  std::iota(swapped.begin(), swapped.end(), 0);
+  std::swap(swapped[static_cast<std::size_t>(child)], swapped.back());
+  bool const isLast = child == numChildren - 1;
+  if (!isLast) rule.ReorderMappings(swapped);
+  rule.AddMissingValueMapping(false);
+  if (!isLast) rule.ReorderMappings(swapped);
+}
+
+}  // namespace
+
+ChaidMethod::ChaidMethod(TrainingData const& data, ChaidSettings const& settings,
+                         ClassModel const* classes, double minChildSize, double totalWeight)
+    : data_(data),
+      settings_(settings),
+      classes_(classes),
+      minChildSize_(minChildSize),
+      totalWeight_(totalWeight),
+      weighted_(!HaveSameMultiples(data.GetWeights(), data.GetFrequencies())),
+      layout_(classes != nullptr
+                  ? TableLayout::OfClasses(NumRows(data), data.GetNumClasses(), weighted_)
+                  : TableLayout::OfNumbers(NumRows(data))) {
+  if (classes != nullptr) {
+    bool const isOrdinal = settings.GetCoreSettings()->GetTarget()->GetMeasurementLevel() ==
+                           global::MeasurementOrdinal;
+    test_ = TestOf(dynamic_cast<CChaidSettings const&>(settings), data.GetNumClasses(), isOrdinal);
+  } else {
+    numbers_ = CoarsenForSquares(data.GetNumbers(), data.GetWeights());
+  }
+}
+
+/// Sums up the cases of each node by the categories of each predictor, and merges these. `addCase`:
+/// adds the case at a place to a row; `improve`: what groups of the categories of a table improve.
+template <class Groups, class AddCase, class Improve>
+std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
+    CaseLists const& lists, std::span<GrowingNode const> nodes, Groups const& groups,
+    AddCase const& addCase, Improve const& improve, Workers& workers) const {
+  using Entry = typename Groups::Entry;
+  MergeSettings const settings{
+      settings_.GetAlphaOfMerge(),     settings_.GetAlphaOfMergeSplit(),
+      settings_.GetAllowSplitMerge(),  settings_.GetSplitMergeMethod() == SplitMergeMethod1,
+      settings_.GetUseBonferroniAdj(), minChildSize_};
+  std::size_t const numPredictors = layout_.GetNumPredictors();
+  std::vector<Found> found(nodes.size() * numPredictors);  // [node][predictor]
+  workers.Run(numPredictors, [&](std::size_t position) {
+    GrowingPredictor const& predictor = data_.GetPredictors()[position];
+    if (!predictor.used) return;
+    CategoryMerger<Groups> merger(groups, settings);
+    std::uint16_t const* const codes = lists.Codes(position);
+    std::size_t const rowSize = layout_.GetRowSize();
+    auto const missingRow = static_cast<std::uint16_t>(predictor.values.size());
+    CategoryKind const kind =
+        predictor.IsNominal() ? CategoryKind::kNominal : CategoryKind::kOrdinal;
+    std::vector<Entry> table(layout_.GetSize(position));
+    for (std::size_t node = 0; node < nodes.size(); ++node) {
+      std::fill(table.begin(), table.end(), Entry{});
+      Range const places = nodes[node].ranges.places;
+      ForSlices(places.Size(), workers, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t offset = begin; offset < end; ++offset) {
+          auto const place = places.begin + static_cast<std::uint32_t>(offset);
+          std::size_t const row = std::min(codes[place], missingRow);
+          addCase(table.data() + row * rowSize, place);
+        }
+      });
+      MergedCategories const& merged = merger.Merge(table, kind, predictor.hasMissing);
+      if (merged.numGroups < 2 || merged.numGroups > kMaxChildren) continue;
+      found[node * numPredictors + position] = {merged, improve(merged, table)};
+    }
+  });
+  return found;
+}
+
+std::vector<ChaidMethod::Found> ChaidMethod::FindClassGroups(CaseLists const& lists,
+                                                             std::span<GrowingNode const> nodes,
+                                                             Workers& workers) const {
+  std::size_t const numClasses = data_.GetNumClasses();
+  std::uint16_t const* const classes = lists.GetClasses();
+  std::int64_t const* const frequencies = lists.GetFrequencies();
+  std::int64_t const* const weights = lists.GetWeights();
+  ClassGroups const groups(test_, numClasses, weighted_, data_.GetFrequencies().unit);
+  std::vector<double> factors = classes_->GetSplitFactors();
+  for (double& factor : factors) factor *= data_.GetWeights().unit;
+  auto const improve = [&](MergedCategories const& merged, std::span<std::int64_t const> table) {
+    return GiniOf(merged, table, layout_.GetRowSize(), weighted_ ? numClasses : 0, factors);
+  };
+  if (weighted_) {
+    auto const add = [&](std::int64_t* row, std::uint32_t place) {
+      row[classes[place]] += frequencies == nullptr ? 1 : frequencies[place];
+      row[numClasses + classes[place]] += weights == nullptr ? 1 : weights[place];
+    };
+    return FindGroups(lists, nodes, groups, add, improve, workers);
+  }
+  if (frequencies != nullptr) {
+    auto const add = [&](std::int64_t* row, std::uint32_t place) {
+      row[classes[place]] += frequencies[place];
+    };
+    return FindGroups(lists, nodes, groups, add, improve, workers);
+  }
+  auto const add = [classes](std::int64_t* row, std::uint32_t place) { ++row[classes[place]]; };
+  return FindGroups(lists, nodes, groups, add, improve, workers);
+}
+
+std::vector<ChaidMethod::Found> ChaidMethod::FindNumberGroups(CaseLists const& lists,
+                                                              std::span<GrowingNode const> nodes,
+                                                              Workers& workers) const {
+  std::int64_t const* const frequencies = lists.GetFrequencies();
+  std::int64_t const* const weights = lists.GetWeights();
+  auto const add = [&](NumberSums* row, std::uint32_t place) {
+    row->AddCase(frequencies == nullptr ? 1 : frequencies[place],
+                 weights == nullptr ? 1 : weights[place], numbers_.multiples[lists.CaseAt(place)]);
+  };
+  double const scale = numbers_.unit * numbers_.unit * data_.GetWeights().unit / totalWeight_;
+  auto const improve = [&](MergedCategories const& merged, std::span<NumberSums const> table) {
+    return SquaresBetween(merged, table) * scale;
+  };
+  return FindGroups(lists, nodes, NumberGroups(data_.GetFrequencies().unit), add, improve, workers);
+}
+
+std::vector<RuleList> ChaidMethod::FindSplits(CaseLists const& lists,
+                                              std::span<GrowingNode const> nodes,
+                                              Workers& workers) {
+  std::vector<Found> const found = classes_ != nullptr ? FindClassGroups(lists, nodes, workers)
+                                                       : FindNumberGroups(lists, nodes, workers);
+  std::size_t const numPredictors = layout_.GetNumPredictors();
+  auto const maxNumRules = static_cast<std::size_t>(std::max(1, settings_.GetMaxNumCompetitors()));
+  double const logAlpha = std::log(settings_.GetAlphaOfSplitNode());
+  double const minImprovement = settings_.GetStopRule()->GetMinImprovement();
+  std::vector<RuleList> rules(nodes.size());
+  for (std::size_t node = 0; node < nodes.size(); ++node) {
+    Found const* const ofNode = found.data() + node * numPredictors;
+    std::vector<std::size_t> best;
+    for (std::size_t predictor = 0; predictor < numPredictors; ++predictor) {
+      if (ofNode[predictor].merged.numGroups >= 2) best.push_back(predictor);
+    }
+    std::stable_sort(best.begin(), best.end(), [&](std::size_t a, std::size_t b) {
+      return ofNode[a].merged.adjustedLogP < ofNode[b].merged.adjustedLogP;
+    });
+    if (best.size() > maxNumRules) best.resize(maxNumRules);
+    if (best.empty() || !(ofNode[best.front()].merged.adjustedLogP <= logAlpha) ||
+        ofNode[best.front()].improvement < minImprovement) {
+      continue;
+    }
+    for (std::size_t const predictor : best) {
+      rules[node].push_back(MakeRule(predictor, ofNode[predictor]));
+    }
+  }
+  return rules;
+}
+
+std::vector<RuleList> ChaidMethod::FindSurrogates(CaseLists const&,
+                                                  std::span<GrowingNode const> nodes,
+                                                  std::vector<SplitRuleImp const*> const&,
+                                                  ChildOfPlace const&, Workers&) {
+  return std::vector<RuleList>(nodes.size());
+}
+
+std::unique_ptr<SplitRuleImp> ChaidMethod::MakeRule(std::size_t predictor,
+                                                    Found const& found) const {
+  GrowingPredictor const& description = data_.GetPredictors()[predictor];
+  std::vector<std::uint16_t> const& groupOf = found.merged.groupOf;
+  std::vector<std::size_t> present;  // codes with a group, ascending
+  for (std::size_t code = 0; code < description.values.size(); ++code) {
+    if (groupOf[code] != MergedCategories::kNoGroup) present.push_back(code);
+  }
+  auto const position = static_cast<int>(predictor);
+  std::unique_ptr<SplitRuleImp> rule;
+  if (description.IsNominal()) {
+    auto nominal = std::make_unique<NSplitRule>(position, 0);
+    for (std::size_t const code : present) {
+      nominal->SetCatMapping(static_cast<int>(description.values[code]), groupOf[code]);
+    }
+    rule = std::move(nominal);
+  } else {
+    rule = std::make_unique<OSplitRule>(description.column->description.missingValue, position);
+    // From the lowest up, each interval without a lower end: one with both ends might be refused,
+    // since intervals know no differences below 1.
+    for (std::size_t place = 0; place + 1 < present.size(); ++place) {
+      if (groupOf[present[place]] == groupOf[present[place + 1]]) continue;
+      OValueSet upToCut;
+      upToCut.SetRightEnd(description.values[present[place]]);
+      upToCut.SetOpenRight(false);
+      rule->AddMappedValues(upToCut);
+    }
+    rule->AddMappedValues(OValueSet());  // all that is above
+  }
+  if (description.hasMissing && groupOf.back() != MergedCategories::kNoGroup) {
+    MapMissing(*rule, groupOf.back());
+  }
+  rule->SetStatistic(SplitImprovement, found.improvement);
+  rule->SetStatistic(SplitTestStatistic, found.merged.statistic.value);
+  rule->SetStatistic(SplitLogPValue, found.merged.adjustedLogP);
+  return rule;
+}
+
+}  // namespace tree::grow

@@ -1,0 +1,57 @@
+#ifndef TREE_GROW_SRC_CHAID_GROUP_SPLIT_H_
+#define TREE_GROW_SRC_CHAID_GROUP_SPLIT_H_
+
+#include <cstddef>
+#include <span>
+#include <vector>
+
+#include "association/test_statistic.h"
+#include "chaid/class_groups.h"
+#include "chaid/group_pairs.h"
+#include "chaid/number_groups.h"
+
+namespace tree::grow {
+
+/// Finds the most significant division of a group of categories into two groups that could have
+/// been merged. `Groups`: as for `CategoryMerger`, whose two spare groups it uses. All divisions
+/// are tried, save those of more nominal categories than `kMaxExhaustive` by more than two classes:
+/// of these the cuts in the order of `Groups::SortForCuts`.
+template <class Groups>
+class GroupSplit {
+ public:
+  static constexpr std::size_t kMaxExhaustive = 12;
+
+  /// `categories`: of the group, ascending, at least two; `floating`: whether the last one of an
+  /// ordinal predictor may be on either side.
+  TestStatistic Find(Groups& groups, std::span<std::size_t const> categories, CategoryKind kind,
+                     bool floating);
+  /// The side of the first category, by the last division found; of equal ones the first tried.
+  ///@{
+  std::vector<std::size_t> const& GetFirst() const { return sides_[0]; }
+  std::vector<std::size_t> const& GetSecond() const { return sides_[1]; }
+  ///@}
+
+ private:
+  void Start(Groups& groups, std::span<std::size_t const> categories);
+  void Move(std::size_t position);
+  void Try();
+  void TryCuts();
+  void TryOrdered(bool floating);
+  void TryAll();
+
+  Groups* groups_ = nullptr;
+  std::size_t spare_ = 0;  // the group of one side; the next one is that of the other
+  std::vector<std::size_t> categories_;
+  std::vector<char> side_;  // by position in `categories_`
+  std::vector<char> bestSide_;
+  TestStatistic best_;
+  bool any_ = false;
+  std::vector<std::size_t> sides_[2];
+};
+
+extern template class GroupSplit<ClassGroups>;
+extern template class GroupSplit<NumberGroups>;
+
+}  // namespace tree::grow
+
+#endif  // TREE_GROW_SRC_CHAID_GROUP_SPLIT_H_

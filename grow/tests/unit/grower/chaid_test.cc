@@ -1,0 +1,709 @@
+// What CHAID makes of data and settings, seen from outside.
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <map>
+#include <memory>
+#include <numeric>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "grow_testing/sample_data.h"
+#include "tree/grow/split_statistics.h"
+
+namespace tree::grow {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+double const kMissing = systemMissingValue();
+
+std::unique_ptr<Grower> Grown(SampleData const& data, AlgSettings const& settings,
+                              GrowOptions const& options = {1}) {
+  std::unique_ptr<Grower> grower = data.Make(settings, options);
+  EXPECT_TRUE(grower->Grow()) << grower->GetFailureMessage();
+  return grower;
+}
+
+NodeImp const& RootOf(Grower const& grower) {
+  return dynamic_cast<NodeImp const&>(*grower.GetRootNode());
+}
+
+SplitRuleImp const& RuleOf(Grower const& grower) { return *RootOf(grower).GetCompetitorImp(0); }
+
+std::vector<double> ChildSizes(Node const& node) {
+  std::vector<double> sizes;
+  for (int i = 0; i < node.GetNumChildren(); ++i) {
+    sizes.push_back(node.GetChild(static_cast<unsigned int>(i))->GetNodeSize(TrainingSample));
+  }
+  return sizes;
+}
+
+/// `count` cases of each value, of which so many are of class 1.
+struct Cell {
+  double value;
+  int count;
+  int positive;
+};
+
+SampleData& Fill(SampleData& data, std::vector<Cell> const& cells, global::MeasurementLevel level) {
+  std::vector<double> classes;
+  std::vector<double> values;
+  for (Cell const& cell : cells) {
+    for (int i = 0; i < cell.count; ++i) {
+      values.push_back(cell.value);
+      classes.push_back(i < cell.positive ? 1.0 : 0.0);
+    }
+  }
+  data.Classes(classes);
+  if (level == global::MeasurementNominal) return data.Nominal(values);
+  return level == global::MeasurementOrdinal ? data.Ordinal(values) : data.Ordered(values);
+}
+
+std::size_t NumCases(std::vector<Cell> const& cells) {
+  return std::accumulate(cells.begin(), cells.end(), std::size_t{0}, [](std::size_t sum, Cell c) {
+    return sum + static_cast<std::size_t>(c.count);
+  });
+}
+
+SampleData MakeCells(std::vector<Cell> const& cells, global::MeasurementLevel level) {
+  SampleData data(NumCases(cells));
+  Fill(data, cells, level);
+  return data;
+}
+
+// ---- Splits ----
+
+TEST(ChaidGrower, MakesAChildOfEachGroupOfNominalCategories) {
+  SampleData const data = MakeCells({{0, 100, 10}, {1, 100, 90}, {2, 100, 12}, {3, 100, 50}},
+                                    global::MeasurementNominal);
+
+  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+
+  EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(200.0, 100.0, 100.0));
+  SplitRuleImp const& rule = RuleOf(*grower);
+  EXPECT_EQ(rule.Classify(0.0), 0);
+  EXPECT_EQ(rule.Classify(1.0), 1);
+  EXPECT_EQ(rule.Classify(2.0), 0);
+  EXPECT_EQ(rule.Classify(3.0), 2);
+}
+
+TEST(ChaidGrower, MergesOnlyNeighboursOfOrdinalValues) {
+  SampleData const data = MakeCells({{0, 100, 10}, {1, 100, 90}, {2, 100, 12}, {3, 100, 50}},
+                                    global::MeasurementOrdinal);
+
+  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+
+  EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(100.0, 100.0, 100.0, 100.0));
+  SplitRuleImp const& rule = RuleOf(*grower);
+  EXPECT_EQ(rule.Classify(2.0), 2) << "a cut belongs to the interval below it";
+  EXPECT_EQ(rule.Classify(2.5), 3);
+  EXPECT_EQ(rule.Classify(-7.0), 0);
+}
+
+TEST(ChaidGrower, KeepsTheStatisticsOfASplit) {
+  // Pearson's chi-square of (30, 70; 60, 40) is 200 (30 40 - 70 60)^2 / (100 100 90 110) = 18.18;
+  // two categories are two groups in one way.
+  SampleData const data = MakeCells({{0, 100, 70}, {1, 100, 40}}, global::MeasurementNominal);
+
+  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+
+  EXPECT_NEAR(RuleOf(*grower).GetStatistic(SplitTestStatistic), 18.1818181818, 1e-9);
+  EXPECT_NEAR(RuleOf(*grower).GetStatistic(SplitLogPValue),
+              std::log(std::erfc(std::sqrt(18.1818181818 / 2.0))), 1e-6);
+  // Gini: 2 (0.55 0.45) - (2 0.7 0.3 + 2 0.4 0.6) / 2
+  EXPECT_NEAR(RuleOf(*grower).GetStatistic(SplitImprovement), 0.045, 1e-12);
+}
+
+TEST(ChaidGrower, SplitsNumbersByTheirMeans) {
+  std::vector<double> numbers;
+  std::vector<double> groups;
+  for (int i = 0; i < 90; ++i) {
+    groups.push_back(i % 3);
+    numbers.push_back((i % 3 == 1 ? 50.0 : 10.0) + i % 5);
+  }
+  SampleData data(90);
+  data.Numbers(numbers).Nominal(groups);
+
+  auto const grower = Grown(data, data.ChaidSettingsOf<RChaidSettingsImp>());
+
+  EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(60.0, 30.0));
+  EXPECT_NEAR(RootOf(*grower).GetChild(1)->GetAssignment(), 52.0, 1e-9);
+  EXPECT_GT(RuleOf(*grower).GetStatistic(SplitTestStatistic), 1000.0);
+  EXPECT_LT(RuleOf(*grower).GetStatistic(SplitLogPValue), -100.0);
+}
+
+TEST(ChaidGrower, KeepsApartValuesThatAreCloseTogether) {
+  SampleData const data =
+      MakeCells({{0.001, 80, 5}, {0.002, 80, 75}, {0.003, 80, 5}, {0.004, 80, 40}},
+                global::MeasurementOrdinal);
+
+  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+
+  EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(80.0, 80.0, 80.0, 80.0));
+  std::vector<double> value = {0.003};
+  EXPECT_EQ(grower->GetTree()->DropObservationThroughTree(value.data(), nullptr),
+            RootOf(*grower).GetChild(2));
+}
+
+TEST(ChaidGrower, DividesContinuousPredictorsAtQuantiles) {
+  std::vector<double> values;
+  std::vector<double> classes;
+  for (int i = 0; i < 400; ++i) {
+    values.push_back(i);
+    classes.push_back(i >= 100 && i < 300 ? 1.0 : 0.0);
+  }
+  SampleData data(400);
+  data.Classes(classes).Ordered(values);
+  auto const settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+
+  EXPECT_THAT(ChildSizes(RootOf(*Grown(data, settings, {.numThreads = 1, .numIntervals = 4}))),
+              ElementsAre(100.0, 200.0, 100.0));
+  EXPECT_THAT(ChildSizes(RootOf(*Grown(data, settings))),
+              ElementsAre(80.0, 40.0, 160.0, 40.0, 80.0))
+      << "the middle of the third and the eighth tenth are where classes change";
+}
+
+TEST(ChaidGrower, CutsContinuousPredictorsAtValuesOfCases) {
+  SampleData const data = MakeCells({{1.5, 60, 5}, {2.5, 60, 55}}, global::MeasurementContinuous);
+
+  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+
+  EXPECT_EQ(dynamic_cast<OSplitRule const&>(RuleOf(*grower)).GetCutPoint(), 1.5);
+}
+
+// ---- Missing values ----
+
+TEST(ChaidGrower, GivesMissingValuesAChildOfTheirOwn) {
+  for (auto const level : {global::MeasurementNominal, global::MeasurementOrdinal}) {
+    SampleData const data = MakeCells({{0, 90, 5}, {1, 90, 85}, {kMissing, 90, 45}}, level);
+
+    auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+
+    EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(90.0, 90.0, 90.0));
+    EXPECT_EQ(RuleOf(*grower).GetMissingValueMapping(), 2);
+  }
+}
+
+TEST(ChaidGrower, LetsMissingValuesJoinAnyGroup) {
+  for (auto const level : {global::MeasurementNominal, global::MeasurementOrdinal}) {
+    for (int const like : {0, 1, 2}) {
+      SCOPED_TRACE("like value " + std::to_string(like));
+      std::vector<Cell> cells = {{0, 90, 5}, {1, 90, 85}, {2, 90, 45}};
+      cells.push_back(cells[static_cast<std::size_t>(like)]);
+      cells.back().value = kMissing;
+      SampleData const data = MakeCells(cells, level);
+
+      auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+
+      ASSERT_EQ(RootOf(*grower).GetNumChildren(), 3);
+      EXPECT_EQ(RuleOf(*grower).GetMissingValueMapping(), like);
+      for (int child = 0; child < 3; ++child) {
+        EXPECT_EQ(RuleOf(*grower).Classify(child), child);
+        EXPECT_EQ(ChildSizes(RootOf(*grower))[static_cast<std::size_t>(child)],
+                  child == like ? 180.0 : 90.0);
+      }
+    }
+  }
+}
+
+TEST(ChaidGrower, SplitsByMissingValuesAlone) {
+  SampleData const data =
+      MakeCells({{0, 60, 6}, {1, 60, 6}, {kMissing, 60, 54}}, global::MeasurementOrdinal);
+
+  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+
+  EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(120.0, 60.0));
+  EXPECT_EQ(RuleOf(*grower).Classify(1e9), 0);
+  EXPECT_EQ(RuleOf(*grower).Classify(kMissing), 1);
+}
+
+TEST(ChaidGrower, MakesNoSurrogates) {
+  SampleData const data = MakeCells({{0, 90, 5}, {1, 90, 85}}, global::MeasurementNominal);
+
+  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+
+  EXPECT_EQ(RootOf(*grower).GetNumSurrogates(), 0);
+}
+
+// ---- Settings ----
+
+TEST(ChaidGrower, SplitsOnlyAtTheLevelOfTheSplit) {
+  // Chi-square 3.84 is p = 0.05; here it is 200 (55 55 - 45 45)^2 / 100^4 = 2, p = 0.157.
+  SampleData const data = MakeCells({{0, 100, 45}, {1, 100, 55}}, global::MeasurementNominal);
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+
+  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 0);
+
+  settings.SetAlphaOfSplitNode(0.16);
+  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 2);
+  settings.SetAlphaOfSplitNode(0.15);
+  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 0);
+}
+
+TEST(ChaidGrower, MergesAboveTheLevelOfMerging) {
+  // Categories 0 and 1 differ with p = 0.157.
+  SampleData const data =
+      MakeCells({{0, 100, 45}, {1, 100, 55}, {2, 100, 95}}, global::MeasurementNominal);
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+
+  settings.SetAlphaOfMerge(0.15);
+  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 2);
+  settings.SetAlphaOfMerge(0.16);
+  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 3);
+}
+
+TEST(ChaidGrower, AdjustsPValuesByTheNumberOfWaysToMerge) {
+  // Four nominal categories make two groups in 7 ways.
+  SampleData const data =
+      MakeCells({{0, 50, 15}, {1, 50, 35}, {2, 50, 15}, {3, 50, 35}}, global::MeasurementNominal);
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+
+  double const adjusted = RuleOf(*Grown(data, settings)).GetStatistic(SplitLogPValue);
+  settings.SetUseBonferroniAdj(false);
+  double const bare = RuleOf(*Grown(data, settings)).GetStatistic(SplitLogPValue);
+
+  EXPECT_NEAR(adjusted - bare, std::log(7.0), 1e-9);
+}
+
+TEST(ChaidGrower, TestsByTheChiSquareMethod) {
+  // Likelihood ratio of (30, 70; 60, 40): 2 sum n ln(n / e) with e = 45 and 55.
+  SampleData const data = MakeCells({{0, 100, 70}, {1, 100, 40}}, global::MeasurementNominal);
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  settings.SetChiSquareMethod(static_cast<ChiSquareMethod>(1));
+
+  auto const grower = Grown(data, settings);
+
+  double const expected = 2.0 * (30 * std::log(30 / 45.0) + 60 * std::log(60 / 45.0) +
+                                 70 * std::log(70 / 55.0) + 40 * std::log(40 / 55.0));
+  EXPECT_NEAR(RuleOf(*grower).GetStatistic(SplitTestStatistic), expected, 1e-9);
+}
+
+TEST(ChaidGrower, RefusesAChiSquareMethodThatDoesNotExist) {
+  SampleData const data = MakeCells({{0, 10, 7}, {1, 10, 4}}, global::MeasurementNominal);
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  settings.SetChiSquareMethod(static_cast<ChiSquareMethod>(2));
+
+  try {
+    data.Make(settings);
+    FAIL();
+  } catch (InputError const& error) {
+    EXPECT_THAT(error.what(), HasSubstr("there is no chi-square method 2"));
+  }
+}
+
+TEST(ChaidGrower, RefusesAScoreThatIsNotFinite) {
+  SampleData const data = MakeCells({{0, 10, 7}, {1, 10, 4}}, global::MeasurementNominal);
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  settings.GetScores()->Set(1, std::nan(""));
+
+  EXPECT_THROW(data.Make(settings), InputError);
+}
+
+TEST(ChaidGrower, RefusesANumberOfIntervalsOutOfRange) {
+  SampleData const data = MakeCells({{0, 10, 7}, {1, 10, 4}}, global::MeasurementContinuous);
+  auto const settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+
+  EXPECT_THROW(data.Make(settings, {.numThreads = 1, .numIntervals = 1}), InputError);
+  EXPECT_THROW(data.Make(settings, {.numThreads = 1, .numIntervals = 65536}), InputError);
+  EXPECT_NO_THROW(data.Make(settings, {.numThreads = 1, .numIntervals = 2}));
+}
+
+TEST(ChaidGrower, PredictsTheClassOfLeastExpectedCost) {
+  SampleData const data = MakeCells({{0, 100, 10}, {1, 100, 40}}, global::MeasurementNominal);
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+
+  EXPECT_EQ(RootOf(*Grown(data, settings)).GetChild(1)->GetAssignment(), 0);
+  settings.GetCost()->Set(0, 1, 2.0);  // class 1 taken for class 0
+  EXPECT_EQ(RootOf(*Grown(data, settings)).GetChild(1)->GetAssignment(), 1);
+  EXPECT_EQ(RootOf(*Grown(data, settings)).GetChild(0)->GetAssignment(), 0);
+}
+
+TEST(ChaidGrower, WeighsClassesByTheirPriors) {
+  SampleData const data = MakeCells({{0, 100, 10}, {1, 100, 40}}, global::MeasurementNominal);
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto const probability = [](Grower const& grower) {
+    return RootOf(grower).GetChild(1)->GetClsInfo(TrainingSample)->GetClassProbability(1);
+  };
+
+  EXPECT_NEAR(probability(*Grown(data, settings)), 0.4, 1e-12);
+  settings.GetPriors()->Set(PriorTypeDefault);
+  // Equal priors: 0.5 40 / 50 against 0.5 60 / 150.
+  EXPECT_NEAR(probability(*Grown(data, settings)), 0.4 / (0.4 + 0.2), 1e-12);
+}
+
+TEST(ChaidGrower, StopsAtTheStoppingRule) {
+  std::vector<double> a;
+  std::vector<double> b;
+  std::vector<double> classes;
+  for (int i = 0; i < 400; ++i) {
+    a.push_back(i % 2);
+    b.push_back(i / 2 % 2);
+    classes.push_back(i % 10 < 3 + 3 * (i % 2) + 3 * (i / 2 % 2) ? 1.0 : 0.0);
+  }
+  SampleData data(400);
+  data.Classes(classes).Nominal(a).Nominal(b);
+  auto const grown = [&](std::function<void(StopRule&)> const& change) {
+    auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+    change(*settings.GetStopRule());
+    return Grown(data, settings)->GetNumNodes(TerminalNodes);
+  };
+
+  int const all = grown([](StopRule&) {});
+  ASSERT_EQ(all, 4);
+  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMaxTreeDepth(1); }), 2);
+  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMaxTreeDepth(0); }), 1);
+  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinNodeSize(201); }), 2);
+  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinNodePercentSize(51.0); }), 2);
+  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinChildSize(101); }), 2);
+  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinChildPercentSize(26.0); }), 2);
+  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinImprovement(0.2); }), 1);
+}
+
+TEST(ChaidGrower, LeavesOutPredictorsWithTooManyCategories) {
+  SampleData const data =
+      MakeCells({{0, 50, 15}, {1, 50, 35}, {2, 50, 10}}, global::MeasurementNominal);
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  settings.SetMaxNominalPredCategories(2);
+
+  auto const grower = Grown(data, settings);
+
+  EXPECT_EQ(RootOf(*grower).GetNumChildren(), 0);
+  EXPECT_THAT(grower->GetRemarks(), ElementsAre(HasSubstr("3 categories")));
+}
+
+TEST(ChaidGrower, KeepsCompetitorsInOrderOfTheirPValues) {
+  std::vector<double> classes;
+  std::vector<double> good;
+  std::vector<double> best;
+  std::vector<double> random;
+  for (int i = 0; i < 600; ++i) {
+    classes.push_back(i % 2);
+    random.push_back(i / 2 % 3);
+    good.push_back((i / 2) % 10 < 6 ? i % 2 : 1 - i % 2);
+    best.push_back((i / 2) % 10 < 8 ? i % 2 : 1 - i % 2);
+  }
+  SampleData data(600);
+  data.Classes(classes).Nominal(random).Nominal(good).Nominal(best);
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+
+  auto const grower = Grown(data, settings);
+
+  NodeImp const& root = RootOf(*grower);
+  ASSERT_EQ(root.GetNumCompetitors(), 3);
+  EXPECT_EQ(root.GetCompetitorImp(0)->GetPredictorIndex(), 2);
+  EXPECT_EQ(root.GetCompetitorImp(1)->GetPredictorIndex(), 1);
+  EXPECT_EQ(root.GetCompetitorImp(2)->GetPredictorIndex(), 0);
+  EXPECT_LT(root.GetCompetitorImp(0)->GetStatistic(SplitLogPValue),
+            root.GetCompetitorImp(1)->GetStatistic(SplitLogPValue));
+
+  settings.SetMaxNumCompetitors(2);
+  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumCompetitors(), 2);
+}
+
+// ---- Ordinal targets ----
+
+/// Classes 0 to 2 by a predictor with values 0 and 1: the share of class 2 grows.
+SampleData MakeOrdinalTarget() {
+  std::vector<double> classes;
+  std::vector<double> values;
+  int const counts[2][3] = {{50, 30, 20}, {25, 30, 45}};
+  for (int value = 0; value < 2; ++value) {
+    for (int j = 0; j < 3; ++j) {
+      classes.insert(classes.end(), static_cast<std::size_t>(counts[value][j]), j);
+      values.insert(values.end(), static_cast<std::size_t>(counts[value][j]), value);
+    }
+  }
+  SampleData data(classes.size());
+  data.OrdinalClasses(classes).Nominal(values);
+  return data;
+}
+
+TEST(ChaidGrower, TestsOrdinalTargetsByTheirScores) {
+  SampleData const data = MakeOrdinalTarget();
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+
+  double const equallySpaced = RuleOf(*Grown(data, settings)).GetStatistic(SplitTestStatistic);
+  settings.GetScores()->Set(2, 30.0);
+  settings.GetScores()->Set(1, 1.0);
+  double const farLast = RuleOf(*Grown(data, settings)).GetStatistic(SplitTestStatistic);
+
+  EXPECT_GT(equallySpaced, 10.0);
+  EXPECT_GT(std::abs(equallySpaced - farLast), 0.1);
+}
+
+TEST(ChaidGrower, IteratesToTheEpsilonOrTheLimit) {
+  SampleData const data = MakeOrdinalTarget();
+  auto const statistic = [&](double epsilon, int maxNumIterations) {
+    auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+    settings.SetConvergenceEpsilon(epsilon);
+    settings.SetMaxNumIterations(maxNumIterations);
+    return RuleOf(*Grown(data, settings)).GetStatistic(SplitTestStatistic);
+  };
+
+  double const exact = statistic(1e-9, 1000);
+  EXPECT_NEAR(statistic(1e-6, 1000), exact, 1e-4);
+  EXPECT_GT(std::abs(statistic(1e-9, 1) - exact), 1e-6);
+  EXPECT_GT(std::abs(statistic(5.0, 1000) - exact), 1e-6);
+}
+
+// ---- Weights ----
+
+TEST(ChaidGrower, LetsCaseWeightsShapeWhatIsExpected) {
+  std::vector<double> classes;
+  std::vector<double> values;
+  std::vector<double> weights;
+  for (int i = 0; i < 200; ++i) {
+    classes.push_back(i % 2);
+    values.push_back(i % 10 < 5 ? 0.0 : 1.0);
+    weights.push_back(i % 2 == 0 && i % 10 < 5 ? 4.0 : 1.0);
+  }
+  SampleData weighted(200);
+  weighted.Classes(classes).Nominal(values).Weights(weights);
+  SampleData equal(200);
+  equal.Classes(classes).Nominal(values).Weights(std::vector<double>(200, 4.0));
+  SampleData bare(200);
+  bare.Classes(classes).Nominal(values);
+  auto const logP = [](SampleData const& data) {
+    auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+    settings.SetAlphaOfSplitNode(1.0);
+    settings.GetStopRule()->SetMinImprovement(-1.0);
+    return RuleOf(*Grown(data, settings)).GetStatistic(SplitLogPValue);
+  };
+
+  EXPECT_NEAR(logP(equal), logP(bare), 1e-9) << "weights that are all the same are none";
+  EXPECT_LT(logP(weighted), logP(bare) - 1.0);
+}
+
+// ---- Risk ----
+
+TEST(ChaidGrower, ValidatesByEachKindOfValidation) {
+  std::vector<Cell> const cells = {{0, 100, 10}, {1, 100, 80}, {2, 100, 50}};
+  SampleData const data = MakeCells(cells, global::MeasurementNominal);
+  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+
+  auto const resubstituted = Grown(data, settings);
+  ASSERT_TRUE(resubstituted->Validate()) << resubstituted->GetFailureMessage();
+  EXPECT_NEAR(resubstituted->GetStatistics()->GetRisk(), (10 + 20 + 50) / 300.0, 1e-12);
+
+  settings.GetValidationSpec()->Set(ValidationCrossValidation);
+  settings.GetValidationSpec()->SetNumCVFolds(5);
+  auto const crossed = Grown(data, settings);
+  ASSERT_TRUE(crossed->Validate()) << crossed->GetFailureMessage();
+  EXPECT_NEAR(crossed->GetStatistics()->GetRisk(), 0.28, 0.05);
+
+  settings.GetValidationSpec()->Set(ValidationSplitSample);
+  auto const split = Grown(data, settings);
+  ASSERT_TRUE(split->Validate()) << split->GetFailureMessage();
+  EXPECT_NEAR(split->GetStatistics()->GetRisk(), 0.28, 0.15);
+  EXPECT_GT(split->GetNumCases(TestSample), 60U);
+}
+
+TEST(ChaidGrower, IsNotPruned) {
+  SampleData const data =
+      MakeCells({{0, 100, 10}, {1, 100, 20}, {2, 100, 40}}, global::MeasurementNominal);
+  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+  ASSERT_EQ(RootOf(*grower).GetNumChildren(), 3) << "though all predict class 0";
+
+  grower->Prune();
+
+  EXPECT_EQ(RootOf(*grower).GetNumChildren(), 3);
+}
+
+// ---- What holds for random data ----
+
+struct Columns {
+  bool classes = true;
+  bool ordinal = false;
+  std::vector<double> target;
+  std::vector<double> counts;
+  std::vector<double> nominal;
+  std::vector<double> ordinalPredictor;
+  std::vector<double> continuous;
+
+  SampleData Make(bool withCounts) const {
+    SampleData data(target.size());
+    if (!classes) {
+      data.Numbers(target);
+    } else if (ordinal) {
+      data.OrdinalClasses(target);
+    } else {
+      data.Classes(target);
+    }
+    data.Nominal(nominal).Ordinal(ordinalPredictor).Ordered(continuous);
+    if (withCounts) data.Frequencies(counts);
+    return data;
+  }
+  Columns Pick(std::vector<std::size_t> const& rows) const {
+    auto const pick = [&](std::vector<double> const& values) {
+      std::vector<double> picked;
+      for (std::size_t const row : rows) picked.push_back(values[row]);
+      return picked;
+    };
+    return {classes,         ordinal,       pick(target),
+            pick(counts),    pick(nominal), pick(ordinalPredictor),
+            pick(continuous)};
+  }
+};
+
+/// Some values are missing; the target follows all three predictors a little.
+Columns RandomColumns(std::uint32_t seed, bool classes) {
+  RandomNumbers random(seed);
+  Columns columns;
+  columns.classes = classes;
+  columns.ordinal = classes && seed % 2 == 0;
+  std::size_t const numCases = 150 + random.Below(200);
+  for (std::size_t row = 0; row < numCases; ++row) {
+    auto const draw = [&](std::uint32_t numValues) {
+      return random.Below(9) == 0 ? kMissing : static_cast<double>(random.Below(numValues));
+    };
+    columns.nominal.push_back(draw(6));
+    columns.ordinalPredictor.push_back(draw(5));
+    columns.continuous.push_back(draw(1000));
+    columns.counts.push_back(1.0 + random.Below(3));
+    double const signal = (columns.nominal.back() == 2.0 ? 3.0 : 0.0) +
+                          (columns.ordinalPredictor.back() == kMissing ? 1.0 : 0.0) +
+                          (columns.continuous.back() > 600.0 ? 2.0 : 0.0);
+    double const value = signal + random.Below(5);
+    columns.target.push_back(classes ? std::min(2.0, std::floor(value / 3.0)) : value * 0.1);
+  }
+  return columns;
+}
+
+/// Grows with settings that `change` may have changed.
+template <class Change>
+std::unique_ptr<Grower> GrownWith(SampleData const& data, Change const& change,
+                                  int numThreads = 1) {
+  GrowOptions const options{.numThreads = numThreads};
+  if (data.GetData().GetColumn(data.GetRoles().target).description.level !=
+      global::MeasurementContinuous) {
+    auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+    change(settings);
+    return Grown(data, settings, options);
+  }
+  auto settings = data.ChaidSettingsOf<RChaidSettingsImp>();
+  change(settings);
+  return Grown(data, settings, options);
+}
+
+std::string GrownText(SampleData const& data, int numThreads = 1) {
+  return Describe(*GrownWith(
+                       data, [](ChaidSettings&) {}, numThreads)
+                       ->GetRootNode());
+}
+
+class ChaidSeed : public testing::TestWithParam<std::uint32_t> {};
+INSTANTIATE_TEST_SUITE_P(Trees, ChaidSeed, testing::Range(1U, 31U));
+
+TEST_P(ChaidSeed, ShuffledRowsGrowTheSameTree) {
+  for (bool const classes : {true, false}) {
+    Columns const columns = RandomColumns(GetParam(), classes);
+    std::vector<std::size_t> rows(columns.target.size());
+    std::iota(rows.begin(), rows.end(), std::size_t{0});
+    RandomNumbers random(GetParam() + 1000);
+    for (std::size_t i = rows.size(); i > 1; --i) {
+      std::swap(rows[i - 1], rows[random.Below(static_cast<std::uint32_t>(i))]);
+    }
+
+    EXPECT_EQ(GrownText(columns.Make(true)), GrownText(columns.Pick(rows).Make(true)));
+  }
+}
+
+TEST_P(ChaidSeed, FrequenciesGrowTheTreeOfRepeatedCases) {
+  for (bool const classes : {true, false}) {
+    Columns const columns = RandomColumns(GetParam(), classes);
+    std::vector<std::size_t> rows;
+    for (std::size_t row = 0; row < columns.target.size(); ++row) {
+      rows.insert(rows.end(), static_cast<std::size_t>(columns.counts[row]), row);
+    }
+
+    EXPECT_EQ(GrownText(columns.Make(true)), GrownText(columns.Pick(rows).Make(false)));
+  }
+}
+
+TEST_P(ChaidSeed, AnyNumberOfThreadsGrowsTheSameTree) {
+  for (bool const classes : {true, false}) {
+    SampleData const data = RandomColumns(GetParam(), classes).Make(false);
+
+    EXPECT_EQ(GrownText(data, 1), GrownText(data, 3));
+  }
+}
+
+/// Frequencies differ, so that no two pairs of categories are equally far apart: of equal ones, the
+/// order of the labels decides.
+TEST_P(ChaidSeed, RelabelledCategoriesGrowTheSameLeaves) {
+  for (bool const classes : {true, false}) {
+    Columns columns = RandomColumns(GetParam(), classes);
+    RandomNumbers random(GetParam() + 2000);
+    for (double& count : columns.counts) count = 1.0 + random.Below(1000) / 999.0;
+    auto const leaves = [](SampleData const& data) {
+      auto const grower = GrownWith(data, [](ChaidSettings&) {});
+      std::map<Node const*, int> numbers;
+      std::vector<int> leafOf;  // by row, numbered in order of the rows
+      for (std::size_t row = 0; row < data.GetData().GetNumCases(); ++row) {
+        Node const* const node =
+            grower->GetTree()->DropObservationThroughTree(data.Case(row).data(), nullptr);
+        leafOf.push_back(numbers.emplace(node, static_cast<int>(numbers.size())).first->second);
+      }
+      return leafOf;
+    };
+    std::vector<int> const before = leaves(columns.Make(true));
+
+    for (double& code : columns.nominal) {
+      if (code != kMissing) code = std::fmod(code * 5.0 + 3.0, 6.0);  // another order of 0 to 5
+    }
+
+    EXPECT_EQ(leaves(columns.Make(true)), before);
+  }
+}
+
+TEST_P(ChaidSeed, CasesReachTheNodesThatCountThem) {
+  for (bool const classes : {true, false}) {
+    SampleData const data = RandomColumns(GetParam(), classes).Make(false);
+    auto const grower = GrownWith(data, [](ChaidSettings&) {});
+    std::map<Node const*, double> counts;
+    for (std::size_t row = 0; row < data.GetData().GetNumCases(); ++row) {
+      ++counts[grower->GetTree()->DropObservationThroughTree(data.Case(row).data(), nullptr)];
+    }
+
+    PrefixNodeIterator walk(grower->GetRootNode());
+    while (Node const* const node = walk.Next()) {
+      if (node->GetNumChildren() == 0) {
+        EXPECT_EQ(counts[node], node->GetNodeSize(TrainingSample));
+      }
+    }
+  }
+}
+
+/// Whether a change of the settings gives another tree on some of the random data.
+template <class Change>
+bool ChangesSomeTree(bool classes, Change const& change) {
+  for (std::uint32_t seed = 1; seed <= 60; ++seed) {
+    SampleData const data = RandomColumns(seed, classes).Make(false);
+    auto const grower = GrownWith(data, change);
+    if (Describe(*grower->GetRootNode()) != GrownText(data)) return true;
+  }
+  return false;
+}
+
+TEST(ChaidGrower, EachWayOfMergingHasItsEffect) {
+  for (bool const classes : {true, false}) {
+    EXPECT_TRUE(ChangesSomeTree(
+        classes, [](ChaidSettings& settings) { settings.SetSplitMergeMethod(SplitMergeMethod1); }));
+    EXPECT_TRUE(ChangesSomeTree(classes, [](ChaidSettings& settings) {
+      settings.SetAllowSplitMerge(true);
+      settings.SetAlphaOfMergeSplit(0.049);
+    }));
+    EXPECT_FALSE(ChangesSomeTree(classes, [](ChaidSettings& settings) {
+      settings.SetAlphaOfMergeSplit(0.049);
+    })) << "without leave to split";
+  }
+}
+
+}  // namespace
+}  // namespace tree::grow
