@@ -2,7 +2,7 @@
 #define TREE_GROW_SRC_ASSOCIATION_LOG_TAILS_H_
 
 // Upper tails of distributions as natural logarithms, which keep apart what would all be 0: down to
-// exp(-1e300), with a relative error of the logarithm below 1e-12.
+// exp(-1e300), with a relative error of the logarithm below 1e-11.
 
 namespace tree::grow {
 

@@ -50,8 +50,7 @@ CartMethod::CartMethod(TrainingData const& data, CartSettings const& settings,
     factors_ = classes->GetSplitFactors();
     for (double& factor : factors_) factor *= weightUnit;
   } else {
-    double const numberUnit = data.GetNumbers().unit;
-    scale_ = numberUnit * numberUnit * weightUnit / totalWeight;
+    scale_ = weightUnit / totalWeight;
   }
 }
 
@@ -59,7 +58,8 @@ template <class Visit>
 void CartMethod::WithSides(CaseLists const& lists, Visit const& visit) const {
   bool const weighted = lists.GetWeights() != nullptr;
   ClassTarget const classes{lists.GetClasses(), lists.GetWeights(), factors_};
-  NumberTarget const numbers{lists.GetNumbers(), lists.GetWeights(), scale_};
+  NumberTarget const numbers{lists.GetNumbers(), lists.GetWeights(), scale_,
+                             data_.GetNumbers().unit};
   if (classes_ == nullptr) {
     weighted ? visit(NumberSides<true>(numbers)) : visit(NumberSides<false>(numbers));
   } else if (criterion_ == 1) {
@@ -76,7 +76,7 @@ void CartMethod::WithSides(CaseLists const& lists, Visit const& visit) const {
 double CartMethod::RoundingOf(GrowingNode const& node) const {
   double impurity = 0.0;
   if (classes_ == nullptr) {
-    impurity = SumOfSquares(*node.node->GetRegInfoImp(TrainingSample)) / totalWeight_;
+    impurity = SumOfSquares(*node.node->GetRegInfoImp(TrainingSample), totalWeight_);
   } else {
     for (std::size_t j = 0; j < factors_.size(); ++j) {
       impurity += factors_[j] * static_cast<double>(node.sums.classWeights[j]);

@@ -52,7 +52,7 @@ class CartMethod : public SplitMethod {
   int criterion_ = 0;
   std::vector<double>
       factors_;         // by class: what a unit of weight adds to the probability of a node
-  double scale_ = 1.0;  // what an improvement in units of weight and number is on that of the tree
+  double scale_ = 1.0;  // what a unit of weight is of the weight of the tree
 };
 
 }  // namespace tree::grow

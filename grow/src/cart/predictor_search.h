@@ -150,12 +150,12 @@ class PredictorSearch {
     std::size_t const numCodes = data_.GetPredictors()[predictor].values.size();
     table_.assign(numCodes * groupSize, 0);
     sizes_.assign(numCodes, 0);
-    std::uint16_t const* const codes = lists_.Codes(predictor) + places.begin;
+    PlacedCodes const codes = lists_.Codes(predictor);
     ForSlices(places.Size(), workers_, [&](std::size_t begin, std::size_t end) {
       for (std::size_t offset = begin; offset < end; ++offset) {
-        std::uint16_t const code = codes[offset];
-        if (code == GrowingPredictor::kMissingCode) continue;
         auto const place = places.begin + static_cast<std::uint32_t>(offset);
+        std::uint16_t const code = codes[place];
+        if (code == GrowingPredictor::kMissingCode) continue;
         sides_.AddTo(table_.data() + code * groupSize, place);
         sizes_[code] += FrequencyAt(place);
       }

@@ -214,7 +214,8 @@ class TwoClassSides {
 struct NumberTarget {
   std::int64_t const* numbers = nullptr;
   std::int64_t const* weights = nullptr;  ///< null where each case weighs 1
-  double scale = 1.0;  ///< what an improvement in units of weight and number is on that of the tree
+  double scale = 1.0;                     ///< what a unit of weight is on the scale of the tree
+  double unit = 1.0;                      ///< of the numbers
 };
 
 /// The sides of a split by numbers. An improvement is the sum of squares around the means that the
@@ -227,7 +228,10 @@ class NumberSides {
   using Sum = std::conditional_t<Weighted, WideInteger, std::int64_t>;
 
   explicit NumberSides(NumberTarget const& target)
-      : numbers_(target.numbers), weights_(target.weights), scale_(target.scale) {}
+      : numbers_(target.numbers),
+        weights_(target.weights),
+        scale_(target.scale),
+        unit_(target.unit) {}
 
   /// A group is a weight and a weighted sum of numbers.
   std::size_t GetGroupSize() const { return 2; }
@@ -294,7 +298,8 @@ class NumberSides {
            (static_cast<double>(leftWeight_) * static_cast<double>(weight_ - leftWeight_));
   }
   double ImprovementOf(double quotient) const {
-    return quotient * static_cast<double>(weight_) * scale_;
+    // One unit after the other: the square of one may be no number.
+    return quotient * static_cast<double>(weight_) * scale_ * unit_ * unit_;
   }
 
   static bool HasKey() { return true; }
@@ -317,6 +322,7 @@ class NumberSides {
   std::int64_t const* numbers_;
   std::int64_t const* weights_;
   double scale_;
+  double unit_;
   Sum weight_ = 0;
   Sum wholeMean_ = 0;
   Sum rest_ = 0;  // of the sum of the node, once the whole mean is taken from each unit of weight

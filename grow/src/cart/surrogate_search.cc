@@ -94,13 +94,13 @@ FoundSurrogate SurrogateSearch::FindCut(std::span<SortedCase const> cases, std::
 
 void SurrogateSearch::FillTable(Range places, std::size_t predictor) {
   table_.assign(data_.GetPredictors()[predictor].values.size(), {});
-  std::uint16_t const* const codes = lists_.Codes(predictor) + places.begin;
-  std::uint8_t const* const childOf = childOf_.data() + places.begin;
+  PlacedCodes const codes = lists_.Codes(predictor);
   ForSlices(places.Size(), workers_, [&](std::size_t begin, std::size_t end) {
-    for (std::size_t place = begin; place < end; ++place) {
-      if (codes[place] == GrowingPredictor::kMissingCode || childOf[place] == kNoChild) continue;
-      table_[codes[place]][childOf[place]] +=
-          lists_.WeightAt(places.begin + static_cast<std::uint32_t>(place));
+    for (std::size_t offset = begin; offset < end; ++offset) {
+      auto const place = places.begin + static_cast<std::uint32_t>(offset);
+      std::uint16_t const code = codes[place];
+      if (code == GrowingPredictor::kMissingCode || childOf_[place] == kNoChild) continue;
+      table_[code][childOf_[place]] += lists_.WeightAt(place);
     }
   });
 }

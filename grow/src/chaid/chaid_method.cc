@@ -133,8 +133,27 @@ ChaidMethod::ChaidMethod(TrainingData const& data, ChaidSettings const& settings
   }
 }
 
+/// The node that each case of the data is in, by its position among `nodes`; of a case in none of
+/// them, their number.
+std::vector<std::uint16_t> ChaidMethod::NodesOfCases(CaseLists const& lists,
+                                                     std::span<GrowingNode const> nodes,
+                                                     Workers& workers) const {
+  std::vector<std::uint16_t> nodeOf(data_.GetNumCases(), static_cast<std::uint16_t>(nodes.size()));
+  workers.Run(nodes.size(), [&](std::size_t node) {
+    for (std::uint32_t const index : lists.Cases(nodes[node].ranges)) {
+      nodeOf[index] = static_cast<std::uint16_t>(node);
+    }
+  });
+  return nodeOf;
+}
+
 /// Sums up the cases of each node by the categories of each predictor, and merges these. `addCase`:
-/// adds the case at a place to a row; `improve`: what groups of the categories of a table improve.
+/// adds a case, by its index, to a row; `improve`: what groups of the categories of a table
+/// improve.
+///
+/// Where the nodes have most of the cases, all are read in their order, once for each predictor,
+/// and each case finds the table of its node. Otherwise the cases of one node are read after those
+/// of another.
 template <class Groups, class AddCase, class Improve>
 std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
     CaseLists const& lists, std::span<GrowingNode const> nodes, Groups const& groups,
@@ -145,30 +164,52 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
       settings_.GetAllowSplitMerge(),  settings_.GetSplitMergeMethod() == SplitMergeMethod1,
       settings_.GetUseBonferroniAdj(), minChildSize_};
   std::size_t const numPredictors = layout_.GetNumPredictors();
+  std::size_t numInNodes = 0;
+  for (GrowingNode const& node : nodes) numInNodes += node.ranges.places.Size();
+  bool const readsAll = numInNodes >= data_.GetNumCases() / 4;
+  std::vector<std::uint16_t> const nodeOf =
+      readsAll ? NodesOfCases(lists, nodes, workers) : std::vector<std::uint16_t>();
   std::vector<Found> found(nodes.size() * numPredictors);  // [node][predictor]
   workers.Run(numPredictors, [&](std::size_t position) {
     GrowingPredictor const& predictor = data_.GetPredictors()[position];
     if (!predictor.used) return;
     CategoryMerger<Groups> merger(groups, settings);
-    std::uint16_t const* const codes = lists.Codes(position);
-    std::size_t const rowSize = layout_.GetRowSize();
-    auto const missingRow = static_cast<std::uint16_t>(predictor.values.size());
     CategoryKind const kind =
         predictor.IsNominal() ? CategoryKind::kNominal : CategoryKind::kOrdinal;
-    std::vector<Entry> table(layout_.GetSize(position));
-    for (std::size_t node = 0; node < nodes.size(); ++node) {
-      std::fill(table.begin(), table.end(), Entry{});
-      Range const places = nodes[node].ranges.places;
-      ForSlices(places.Size(), workers, [&](std::size_t begin, std::size_t end) {
-        for (std::size_t offset = begin; offset < end; ++offset) {
-          auto const place = places.begin + static_cast<std::uint32_t>(offset);
-          std::size_t const row = std::min(codes[place], missingRow);
-          addCase(table.data() + row * rowSize, place);
+    std::size_t const rowSize = layout_.GetRowSize();
+    std::size_t const tableSize = layout_.GetSize(position);
+    std::uint16_t const* const codes = predictor.codes.data();
+    auto const missingRow = static_cast<std::uint16_t>(predictor.values.size());
+    auto const merge = [&](std::size_t node, std::span<Entry const> table) {
+      MergedCategories const& merged = merger.Merge(table, kind, predictor.hasMissing);
+      if (merged.numGroups < 2 || merged.numGroups > kMaxChildren) return;
+      found[node * numPredictors + position] = {merged, improve(merged, table)};
+    };
+    constexpr std::size_t kMaxEntries = std::size_t{1} << 22;
+    if (readsAll && tableSize * (nodes.size() + 1) <= kMaxEntries) {
+      std::vector<Entry> tables(tableSize * (nodes.size() + 1));  // the last one: of no node
+      ForSlices(data_.GetNumCases(), workers, [&](std::size_t begin, std::size_t end) {
+        for (std::size_t index = begin; index < end; ++index) {
+          std::size_t const row = std::min(codes[index], missingRow);
+          addCase(tables.data() + nodeOf[index] * tableSize + row * rowSize, index);
         }
       });
-      MergedCategories const& merged = merger.Merge(table, kind, predictor.hasMissing);
-      if (merged.numGroups < 2 || merged.numGroups > kMaxChildren) continue;
-      found[node * numPredictors + position] = {merged, improve(merged, table)};
+      for (std::size_t node = 0; node < nodes.size(); ++node) {
+        merge(node, {tables.data() + node * tableSize, tableSize});
+      }
+      return;
+    }
+    std::vector<Entry> table(tableSize);
+    for (std::size_t node = 0; node < nodes.size(); ++node) {
+      std::fill(table.begin(), table.end(), Entry{});
+      std::span<std::uint32_t const> const cases = lists.Cases(nodes[node].ranges);
+      ForSlices(cases.size(), workers, [&](std::size_t begin, std::size_t end) {
+        for (std::uint32_t const index : cases.subspan(begin, end - begin)) {
+          std::size_t const row = std::min(codes[index], missingRow);
+          addCase(table.data() + row * rowSize, index);
+        }
+      });
+      merge(node, table);
     }
   });
   return found;
@@ -178,46 +219,46 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindClassGroups(CaseLists const& li
                                                              std::span<GrowingNode const> nodes,
                                                              Workers& workers) const {
   std::size_t const numClasses = data_.GetNumClasses();
-  std::uint16_t const* const classes = lists.GetClasses();
-  std::int64_t const* const frequencies = lists.GetFrequencies();
-  std::int64_t const* const weights = lists.GetWeights();
-  ClassGroups const groups(test_, numClasses, weighted_, data_.GetFrequencies().unit);
+  std::uint16_t const* const classes = data_.GetClasses().data();
+  FixedWeights const& frequencies = data_.GetFrequencies();
+  FixedWeights const& weights = data_.GetWeights();
+  ClassGroups const groups(test_, numClasses, weighted_, frequencies.unit);
   std::vector<double> factors = classes_->GetSplitFactors();
-  for (double& factor : factors) factor *= data_.GetWeights().unit;
+  for (double& factor : factors) factor *= weights.unit;
   auto const improve = [&](MergedCategories const& merged, std::span<std::int64_t const> table) {
     return GiniOf(merged, table, layout_.GetRowSize(), weighted_ ? numClasses : 0, factors);
   };
   if (weighted_) {
-    auto const add = [&](std::int64_t* row, std::uint32_t place) {
-      row[classes[place]] += frequencies == nullptr ? 1 : frequencies[place];
-      row[numClasses + classes[place]] += weights == nullptr ? 1 : weights[place];
+    auto const add = [&](std::int64_t* row, std::size_t index) {
+      row[classes[index]] += frequencies.Of(static_cast<std::uint32_t>(index));
+      row[numClasses + classes[index]] += weights.Of(static_cast<std::uint32_t>(index));
     };
     return FindGroups(lists, nodes, groups, add, improve, workers);
   }
-  if (frequencies != nullptr) {
-    auto const add = [&](std::int64_t* row, std::uint32_t place) {
-      row[classes[place]] += frequencies[place];
+  if (!frequencies.multiples.empty()) {
+    auto const add = [&](std::int64_t* row, std::size_t index) {
+      row[classes[index]] += frequencies.multiples[index];
     };
     return FindGroups(lists, nodes, groups, add, improve, workers);
   }
-  auto const add = [classes](std::int64_t* row, std::uint32_t place) { ++row[classes[place]]; };
+  auto const add = [classes](std::int64_t* row, std::size_t index) { ++row[classes[index]]; };
   return FindGroups(lists, nodes, groups, add, improve, workers);
 }
 
 std::vector<ChaidMethod::Found> ChaidMethod::FindNumberGroups(CaseLists const& lists,
                                                               std::span<GrowingNode const> nodes,
                                                               Workers& workers) const {
-  std::int64_t const* const frequencies = lists.GetFrequencies();
-  std::int64_t const* const weights = lists.GetWeights();
-  auto const add = [&](NumberSums* row, std::uint32_t place) {
-    row->AddCase(frequencies == nullptr ? 1 : frequencies[place],
-                 weights == nullptr ? 1 : weights[place], numbers_.multiples[lists.CaseAt(place)]);
+  FixedWeights const& frequencies = data_.GetFrequencies();
+  FixedWeights const& weights = data_.GetWeights();
+  auto const add = [&](NumberSums* row, std::size_t index) {
+    auto const number = static_cast<std::uint32_t>(index);
+    row->AddCase(frequencies.Of(number), weights.Of(number), numbers_.multiples[index]);
   };
-  double const scale = numbers_.unit * numbers_.unit * data_.GetWeights().unit / totalWeight_;
+  double const scale = numbers_.unit * numbers_.unit * weights.unit / totalWeight_;
   auto const improve = [&](MergedCategories const& merged, std::span<NumberSums const> table) {
     return SquaresBetween(merged, table) * scale;
   };
-  return FindGroups(lists, nodes, NumberGroups(data_.GetFrequencies().unit), add, improve, workers);
+  return FindGroups(lists, nodes, NumberGroups(frequencies.unit), add, improve, workers);
 }
 
 std::vector<RuleList> ChaidMethod::FindSplits(CaseLists const& lists,

@@ -42,6 +42,9 @@ class ChaidMethod : public SplitMethod {
     MergedCategories merged;
     double improvement = 0.0;
   };
+  std::vector<std::uint16_t> NodesOfCases(CaseLists const& lists,
+                                          std::span<GrowingNode const> nodes,
+                                          Workers& workers) const;
   template <class Groups, class AddCase, class Improve>
   std::vector<Found> FindGroups(CaseLists const& lists, std::span<GrowingNode const> nodes,
                                 Groups const& groups, AddCase const& addCase,

@@ -13,7 +13,10 @@ namespace {
 constexpr std::size_t kMaxRecurrence = 128;
 
 /// std::lgamma writes to a variable that all threads share.
-double LogFactorial(double n) { return boost::math::lgamma(n + 1.0); }
+double LogFactorial(double n) {
+  namespace policies = boost::math::policies;
+  return boost::math::lgamma(n + 1.0, policies::policy<policies::promote_double<false>>());
+}
 
 double LogBinomial(double n, double k) {
   if (k < 0.0 || k > n) return -HUGE_VAL;
@@ -50,6 +53,17 @@ double PoissonWithoutZero(double mean) {
   return (low + high) / 2.0;
 }
 
+/// log(exp(z) - 1), without cancellation near 0 and without overflow.
+std::complex<double> LogExpMinusOne(std::complex<double> z) {
+  bool const large = z.real() > 1.0;
+  if (large) z = -z;
+  double const half = std::sin(z.imag() / 2.0);
+  std::complex<double> const difference(
+      std::expm1(z.real()) * std::cos(z.imag()) - 2.0 * half * half,
+      std::exp(z.real()) * std::sin(z.imag()));
+  return large ? -z + std::log(-difference) : std::log(difference);
+}
+
 /// S(n, k) = n! / k! [z^n] (exp(z) - 1)^k: up to known factors, the probability that k numbers from
 /// a Poisson distribution without its 0 add up to n. That probability is a mean of the
 /// characteristic function over equidistant angles, exact but for the probabilities that lie a
@@ -61,12 +75,11 @@ double LogStirlingByCharacteristic(double n, double k) {
   double const deviation = std::sqrt(k * mean * (1.0 + r - mean));
   int const numAngles = 2 * static_cast<int>(6.0 * deviation + 30.0) + 1;
   double const step = boost::math::constants::two_pi<double>() / numAngles;
-  double const logOfAll = r + std::log(-std::expm1(-r));  // log(exp(r) - 1)
+  double const logOfAll = LogExpMinusOne(r).real();
   double sum = 1.0;
   for (int index = 1; 2 * index < numAngles; ++index) {
     double const angle = step * index;
-    Complex const point = std::polar(r, angle);
-    Complex const logOfOne = point + std::log(1.0 - std::exp(-point)) - logOfAll;
+    Complex const logOfOne = LogExpMinusOne(std::polar(r, angle)) - logOfAll;
     sum += 2.0 * std::exp(k * logOfOne - Complex(0.0, n * angle)).real();
   }
   return LogFactorial(n) - LogFactorial(k) - n * std::log(r) + k * logOfAll +

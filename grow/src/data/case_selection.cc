@@ -2,6 +2,7 @@
 #include <string>
 
 #include "data/case_roles.h"
+#include "data/number_text.h"
 #include "tree/grow/data_set.h"
 
 namespace tree::grow {
@@ -15,8 +16,24 @@ Column const* FindRole(DataSet const& data, std::optional<int> role) {
 bool Weighs(Column const& weights, std::size_t row) {
   if (weights.IsMissing(row) || weights.values[row] <= 0.0) return false;
   if (std::isfinite(weights.values[row])) return true;
-  throw InputError("column \"" + weights.description.name + "\": case " + std::to_string(row) +
-                   ": a weight cannot be infinite");
+  throw CaseError("column \"" + weights.description.name + '"', row, "a weight cannot be infinite");
+}
+
+/// The columns of weights, as messages name them; at least one of them is there.
+std::string NamesOf(Column const* frequency, Column const* caseWeight) {
+  auto const quoted = [](Column const* column) { return '"' + column->description.name + '"'; };
+  if (frequency == nullptr) return "column " + quoted(caseWeight);
+  if (caseWeight == nullptr) return "column " + quoted(frequency);
+  return "columns " + quoted(frequency) + " and " + quoted(caseWeight);
+}
+
+/// The weight of a case that has frequency and case weight.
+double Product(Column const& frequency, Column const& caseWeight, std::size_t row) {
+  double const product = frequency.values[row] * caseWeight.values[row];
+  if (std::isfinite(product)) return product;
+  throw CaseError(NamesOf(&frequency, &caseWeight), row,
+                  NumberText(frequency.values[row]) + " times " +
+                      NumberText(caseWeight.values[row]) + " cannot be a weight");
 }
 
 }  // namespace
@@ -28,6 +45,7 @@ CaseSelection::CaseSelection(DataSet const& data, CaseRoles const& roles) {
   Column const* const caseWeight = FindRole(data, roles.caseWeight);
   Column const* const sample = FindRole(data, roles.sample);
 
+  double sum = 0.0;  // of all weights
   for (std::size_t row = 0; row < data.GetNumCases(); ++row) {
     if (target.IsMissing(row)) {
       ++leftOut_.missingTarget;
@@ -40,14 +58,17 @@ CaseSelection::CaseSelection(DataSet const& data, CaseRoles const& roles) {
     } else {
       Sample& chosen = sample != nullptr && sample->values[row] != 0.0 ? test_ : training_;
       chosen.rows.push_back(row);
-      double weight = 1.0;
-      if (frequency != nullptr) {
-        weight = frequency->values[row];
-        chosen.frequencies.push_back(weight);
-      }
-      if (caseWeight != nullptr) weight *= caseWeight->values[row];
-      if (frequency != nullptr || caseWeight != nullptr) chosen.weights.push_back(weight);
+      if (frequency != nullptr) chosen.frequencies.push_back(frequency->values[row]);
+      if (frequency == nullptr && caseWeight == nullptr) continue;
+      chosen.weights.push_back(frequency == nullptr    ? caseWeight->values[row]
+                               : caseWeight == nullptr ? frequency->values[row]
+                                                       : Product(*frequency, *caseWeight, row));
+      sum += chosen.weights.back();
     }
+  }
+  if (!std::isfinite(sum)) {
+    throw InputError(NamesOf(frequency, caseWeight) +
+                     ": the weights add up to more than a number can be");
   }
 }
 

@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "data/number_text.h"
+
 namespace tree::grow {
 namespace {
 
@@ -16,8 +18,8 @@ std::string Quoted(std::string_view text) { return '"' + std::string(text) + '"'
 
 [[noreturn]] void RefuseValue(ColumnDescription const& description, std::size_t row, double value,
                               std::string const& why) {
-  Refuse(description,
-         "case " + std::to_string(row) + ": value " + std::to_string(value) + ' ' + why);
+  throw CaseError("column " + Quoted(description.name), row,
+                  "value " + NumberText(value) + ' ' + why);
 }
 
 /// Category codes are stored in rules as 32-bit integers, and their number is one more.

@@ -76,45 +76,53 @@ void Read(std::vector<std::uint32_t> const& cases, std::vector<Value> const& sou
 }  // namespace
 
 CaseLists::CaseLists(TrainingData const& data, std::vector<std::uint8_t> const& included,
-                     Workers& workers)
-    : sorted_(data.GetPredictors().size()), newPlaces_(data.GetNumCases(), kNoPlace) {
-  PlaceCases(data, included);
+                     Workers& workers, CodeOrder codeOrder)
+    : data_(data),
+      codeOrder_(codeOrder),
+      sorted_(data.GetPredictors().size()),
+      newPlaces_(data.GetNumCases(), kNoPlace) {
+  PlaceCases(included);
   workers.Run(sorted_.size(), [&](std::size_t position) {
     std::vector<SortedCase> const& cases = data.GetPredictors()[position].sorted;
     sorted_[position] = included.empty() ? cases : PlacesOf(cases);
   });
-  ReadPredictors(data, workers);
+  ReadPredictors(workers);
 }
 
-CaseLists::CaseLists(TrainingData& data, Workers& workers)
-    : sorted_(data.ReleaseSorted()), newPlaces_(data.GetNumCases(), kNoPlace) {
-  PlaceCases(data, {});
-  ReadPredictors(data, workers);
+CaseLists::CaseLists(TrainingData& data, Workers& workers, CodeOrder codeOrder)
+    : data_(data),
+      codeOrder_(codeOrder),
+      sorted_(data.ReleaseSorted()),
+      newPlaces_(data.GetNumCases(), kNoPlace) {
+  PlaceCases({});
+  ReadPredictors(workers);
 }
 
 /// Gives the cases their places, in order, and reads what they are.
-void CaseLists::PlaceCases(TrainingData const& data, std::vector<std::uint8_t> const& included) {
-  cases_.reserve(data.GetNumCases());
-  for (std::uint32_t index = 0; index < data.GetNumCases(); ++index) {
+void CaseLists::PlaceCases(std::vector<std::uint8_t> const& included) {
+  cases_.reserve(data_.GetNumCases());
+  for (std::uint32_t index = 0; index < data_.GetNumCases(); ++index) {
     if (!included.empty() && included[index] == 0) continue;
     newPlaces_[index] = static_cast<std::uint32_t>(cases_.size());
     cases_.push_back(index);
   }
   root_.places = {0, static_cast<std::uint32_t>(cases_.size())};
-  Read(cases_, data.GetClasses(), classes_);
-  Read(cases_, data.GetNumbers().multiples, numbers_);
-  Read(cases_, data.GetWeights().multiples, weights_);
-  Read(cases_, data.GetFrequencies().multiples, frequencies_);
+  Read(cases_, data_.GetClasses(), classes_);
+  Read(cases_, data_.GetNumbers().multiples, numbers_);
+  Read(cases_, data_.GetWeights().multiples, weights_);
+  Read(cases_, data_.GetFrequencies().multiples, frequencies_);
 }
 
 /// Reads the codes of the coded predictors, and notes the lists of the sorted ones.
-void CaseLists::ReadPredictors(TrainingData const& data, Workers& workers) {
-  auto const& predictors = data.GetPredictors();
+void CaseLists::ReadPredictors(Workers& workers) {
+  auto const& predictors = data_.GetPredictors();
   codes_.resize(predictors.size());
   hasTies_.resize(predictors.size());
   root_.byPredictor.resize(predictors.size());
   workers.Run(predictors.size(), [&](std::size_t position) {
-    Read(cases_, predictors[position].codes, codes_[position]);
+    if (codeOrder_ == CodeOrder::kByPlace) {
+      Read(cases_, predictors[position].codes, codes_[position]);
+    }
     hasTies_[position] = predictors[position].hasTies ? 1 : 0;
     root_.byPredictor[position] = {0, static_cast<std::uint32_t>(sorted_[position].size())};
   });
@@ -178,7 +186,7 @@ std::vector<NodeRanges> CaseLists::DivideCases(NodeRanges const& node, ChildOfPl
 void CaseLists::DividePredictor(NodeRanges const& node, std::size_t predictor,
                                 std::vector<NodeRanges>& children,
                                 std::vector<SortedCase>& scratch) {
-  if (!codes_[predictor].empty()) {
+  if (data_.GetPredictors()[predictor].IsCoded()) {
     Follow(node, codes_[predictor]);
     return;
   }

@@ -37,6 +37,28 @@ inline constexpr int kMaxChildren = 254;
 /// Of a case that goes to no child.
 inline constexpr std::uint8_t kNoChild = 0xFF;
 
+/// Where the codes of coded predictors are while a tree grows.
+enum class CodeOrder {
+  kByPlace,  ///< they follow the cases, so that those of a node lie together
+  kByCase,   ///< they stay where they are, for algorithms that read all cases of a level at once
+};
+
+/// The codes of a coded predictor, whatever their order is.
+class PlacedCodes {
+ public:
+  /// `cases`: the case at each place, when the codes are by case; or else null.
+  PlacedCodes(std::uint16_t const* codes, std::uint32_t const* cases)
+      : codes_(codes), cases_(cases) {}
+
+  std::uint16_t operator[](std::uint32_t place) const {
+    return codes_[cases_ == nullptr ? place : cases_[place]];
+  }
+
+ private:
+  std::uint16_t const* codes_;
+  std::uint32_t const* cases_;
+};
+
 /// The cases of every node of a tree that is being grown. Each case has a place, and a node is a
 /// range of places: splitting a node moves the cases of each child together, so that what a node
 /// needs of its cases lies together in memory, however deep it is in the tree. At each place are
@@ -48,10 +70,11 @@ class CaseLists {
  public:
   /// The lists of a root with the cases for which `included` is not 0; all cases when it is empty.
   /// `data`: with prepared predictors; **borrowed**.
-  CaseLists(TrainingData const& data, std::vector<std::uint8_t> const& included, Workers& workers);
+  CaseLists(TrainingData const& data, std::vector<std::uint8_t> const& included, Workers& workers,
+            CodeOrder codeOrder = CodeOrder::kByPlace);
   /// The lists of a root with all cases, which uses up the sorted lists of the data: half the
   /// memory, and nothing is copied.
-  CaseLists(TrainingData& data, Workers& workers);
+  CaseLists(TrainingData& data, Workers& workers, CodeOrder codeOrder = CodeOrder::kByPlace);
 
   /// The root, which has everything.
   NodeRanges const& GetRoot() const { return root_; }
@@ -81,7 +104,10 @@ class CaseLists {
     return weights_.empty() ? 1 : weights_[place];
   }
   /// The codes of a coded predictor, by place.
-  std::uint16_t const* Codes(std::size_t predictor) const { return codes_[predictor].data(); }
+  PlacedCodes Codes(std::size_t predictor) const {
+    if (codeOrder_ == CodeOrder::kByPlace) return {codes_[predictor].data(), nullptr};
+    return {data_.GetPredictors()[predictor].codes.data(), cases_.data()};
+  }
 
   /// Moves the cases of a node so that those of each child lie together, in order; gives the places
   /// of each child. Cases of no child come last and belong to none. `childOf`: the child of each
@@ -100,18 +126,20 @@ class CaseLists {
   static Value const* DataOf(std::vector<Value> const& values) {
     return values.empty() ? nullptr : values.data();
   }
-  void PlaceCases(TrainingData const& data, std::vector<std::uint8_t> const& included);
-  void ReadPredictors(TrainingData const& data, Workers& workers);
+  void PlaceCases(std::vector<std::uint8_t> const& included);
+  void ReadPredictors(Workers& workers);
   std::vector<SortedCase> PlacesOf(std::vector<SortedCase> const& cases) const;
   template <class Value>
   void Follow(NodeRanges const& node, std::vector<Value>& values) const;
 
+  TrainingData const& data_;
+  CodeOrder codeOrder_;
   std::vector<std::uint32_t> cases_;
   std::vector<std::uint16_t> classes_;
   std::vector<std::int64_t> numbers_;
   std::vector<std::int64_t> weights_;
   std::vector<std::int64_t> frequencies_;
-  std::vector<std::vector<std::uint16_t>> codes_;  // by predictor; empty for sorted ones
+  std::vector<std::vector<std::uint16_t>> codes_;  // by predictor; empty where they stay
   std::vector<std::vector<SortedCase>> sorted_;    // by predictor; empty for coded ones
   std::vector<char> hasTies_;                      // by predictor
   // Where the case that was at each place before the node was divided is now. While the root is

@@ -1,7 +1,11 @@
 #include "growing/class_priors.h"
 
+#include <cmath>
 #include <cstddef>
 #include <numeric>
+#include <string>
+
+#include "tree/grow/input_error.h"
 
 namespace tree::grow {
 namespace {
@@ -40,6 +44,33 @@ double CostOf(Cost const& costs, int predicted, int observed) {
   double const cost = costs.Get(predicted, observed);
   if (cost >= 0.0) return cost;
   return predicted == observed ? 0.0 : 1.0;
+}
+
+void CheckClassNumbers(Priors const& priors, Cost const& costs, std::size_t numClasses) {
+  double sumOfPriors = 0.0;
+  double sumOfCosts = 0.0;
+  for (int observed = 0; observed < static_cast<int>(numClasses); ++observed) {
+    double const prior = priors.GetType() == PriorTypeCustom ? priors.Get(observed) : 1.0;
+    if (!std::isfinite(prior)) {
+      throw InputError("the prior of class " + std::to_string(observed) + " is infinite");
+    }
+    sumOfPriors += prior;
+    for (int predicted = 0; predicted < static_cast<int>(numClasses); ++predicted) {
+      double const cost = CostOf(costs, predicted, observed);
+      if (!std::isfinite(cost)) {
+        throw InputError("the cost of taking class " + std::to_string(observed) + " for class " +
+                         std::to_string(predicted) + " is infinite");
+      }
+      sumOfCosts += cost;
+    }
+  }
+  if (!std::isfinite(sumOfPriors)) {
+    throw InputError("the priors are too large: their sum is more than a number can be");
+  }
+  if (!std::isfinite(sumOfCosts * sumOfCosts)) {
+    throw InputError(
+        "the costs are too large: the square of their sum is more than a number can be");
+  }
 }
 
 std::vector<double> FindPriors(Priors const& priors, std::vector<double> const& classWeights) {

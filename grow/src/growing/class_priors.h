@@ -1,6 +1,7 @@
 #ifndef TREE_GROW_SRC_GROWING_CLASS_PRIORS_H_
 #define TREE_GROW_SRC_GROWING_CLASS_PRIORS_H_
 
+#include <cstddef>
 #include <vector>
 
 #include "tree/misclassification.h"
@@ -11,6 +12,10 @@ namespace tree::grow {
 /// class as row and the observed one as column; what the matrix lacks costs 1, or 0 on the
 /// diagonal.
 double CostOf(Cost const& costs, int predicted, int observed);
+
+/// Refuses, by `InputError`, costs and custom priors that are infinite, or so large that their
+/// sums, or the squares of the costs, are.
+void CheckClassNumbers(Priors const& priors, Cost const& costs, std::size_t numClasses);
 
 /// The prior probabilities of the classes, which add up to 1. `classWeights`: weighted number of
 /// training cases, by class, at least one of them above 0.

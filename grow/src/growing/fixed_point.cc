@@ -40,7 +40,8 @@ FixedWeights FixWeights(std::vector<double> const& weights) {
     sum += weight;
     whole = whole && weight == std::floor(weight);
   }
-  if (!whole || sum > kLargestSum) fixed.unit = std::ldexp(1.0, ExponentOfSum(weights) - 52);
+  if (!whole || sum > kLargestSum)
+    fixed.unit = std::ldexp(1.0, std::max(ExponentOfSum(weights) - 52, -1000));
   fixed.multiples.reserve(weights.size());
   for (double const weight : weights) {
     // A case that counts at all counts at least one unit.

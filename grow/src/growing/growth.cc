@@ -57,12 +57,17 @@ void Growth::PlantRoot(NodeImp& root) {
 }
 
 bool Growth::IsOpen(GrowingNode const& node) const {
+  return node.level < limits_.maxLevels && MayBeSplit(node);
+}
+
+bool Growth::MayBeSplit(GrowingNode const& node) const {
   double const size = static_cast<double>(node.sums.size) * data_.GetFrequencies().unit;
-  return node.level < limits_.maxLevels && size >= limits_.minNodeSize && size >= 2.0 &&
-         size >= 2.0 * limits_.minChildSize && !IsPure(*node.node);
+  return size >= limits_.minNodeSize && size >= 2.0 && size >= 2.0 * limits_.minChildSize &&
+         !IsPure(*node.node);
 }
 
 RuleList Growth::FindRootSplits() {
+  if (!MayBeSplit(root_)) return {};
   return std::move(method_.FindSplits(lists_, {&root_, 1}, workers_).front());
 }
 

@@ -35,7 +35,7 @@ class Growth {
   /// Grows below the root until the limits or the method end every branch. The root may have a
   /// primary rule that it is to be split by, with competitors; it must have no children.
   void Grow();
-  /// The splits that the root could have.
+  /// The splits that the root could have; none where it is pure or too small, whatever its depth.
   RuleList FindRootSplits();
 
  private:
@@ -44,6 +44,7 @@ class Growth {
   void PlaceCases(std::span<GrowingNode const> block);
   void MakeChildren(std::span<GrowingNode const> block, std::vector<GrowingNode>& next);
   bool IsOpen(GrowingNode const& node) const;
+  bool MayBeSplit(GrowingNode const& node) const;
   void ReportLevel(int level, std::size_t numOpen);
 
   TrainingData const& data_;

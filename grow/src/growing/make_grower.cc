@@ -18,6 +18,13 @@ bool IsContinuous(global::MeasurementLevel level) { return level == global::Meas
   throw InputError("the settings do not fit the data: " + why);
 }
 
+/// Refuses settings that have a weight that the data has not, or the other way round.
+void CheckWeight(std::string const& kind, bool inSettings, bool inData) {
+  if (inSettings == inData) return;
+  Refuse(inSettings ? "they have a " + kind + ", the data none"
+                    : "they have no " + kind + ", the data has one");
+}
+
 /// Refuses settings that were made for other variables.
 void CheckSettings(DataSet const& data, CaseRoles const& roles, AlgSettings const& settings) {
   CoreSettings const& core = *settings.GetCoreSettings();
@@ -37,7 +44,12 @@ void CheckSettings(DataSet const& data, CaseRoles const& roles, AlgSettings cons
       Refuse("predictor \"" + column.name + "\" has another missing value");
     }
   }
+  CheckWeight("frequency weight", core.HasFreqWeight(), roles.frequencyWeight.has_value());
+  CheckWeight("case weight", core.HasCaseWeight(), roles.caseWeight.has_value());
   ColumnDescription const& target = data.GetColumn(roles.target).description;
+  if (core.GetTarget()->GetMissingValue() != target.missingValue) {
+    Refuse("target \"" + target.name + "\" has another missing value");
+  }
   bool const wantsNumbers = settings.GetType() == AlgRCart || settings.GetType() == AlgRChaid;
   if (wantsNumbers != IsContinuous(target.level)) {
     Refuse("target \"" + target.name + "\" is " + (wantsNumbers ? "not continuous" : "continuous") +
@@ -84,6 +96,7 @@ TreeGrower::Algorithm MakeChaid(AlgSettings const& settings, int numIntervals) {
   TreeGrower::Algorithm algorithm;
   algorithm.settings.reset(settings.Clone());
   algorithm.numIntervals = numIntervals;
+  algorithm.codeOrder = CodeOrder::kByCase;
   auto const& chaid = dynamic_cast<ChaidSettings const&>(*algorithm.settings);
   if (auto const* const classes = dynamic_cast<CChaidSettingsImp const*>(&chaid)) {
     int const method = static_cast<int>(classes->GetChiSquareMethod());

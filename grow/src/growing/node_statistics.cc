@@ -19,6 +19,10 @@ int ShiftOfDeviations(std::int64_t range, std::int64_t weight) {
   return std::max(0, widthOf(range) - (126 - widthOf(weight)) / 2);
 }
 
+/// What makes the mean square of n cases an estimate of the variance of all there are. Parts of a
+/// single case estimate nothing, and have the deviation that they have.
+double BesselFactor(double count) { return count > 1.0 ? count / (count - 1.0) : 1.0; }
+
 }  // namespace
 
 void NodeStatistics::Fill(NodeImp& node, std::span<std::uint32_t const> cases,
@@ -26,7 +30,7 @@ void NodeStatistics::Fill(NodeImp& node, std::span<std::uint32_t const> cases,
   if (classes_ != nullptr) {
     node.SetClsInfo(MakeClsInfo(node, sums).release(), sample_);
   } else {
-    node.SetRegInfo(MakeRegInfo(cases, sums).release(), sample_);
+    node.SetRegInfo(MakeRegInfo(node, cases, sums).release(), sample_);
   }
 }
 
@@ -47,13 +51,17 @@ std::unique_ptr<ClsInfoImp> NodeStatistics::MakeClsInfo(NodeImp const& node,
   return info;
 }
 
-std::unique_ptr<RegInfoImp> NodeStatistics::MakeRegInfo(std::span<std::uint32_t const> cases,
+std::unique_ptr<RegInfoImp> NodeStatistics::MakeRegInfo(NodeImp const& node,
+                                                        std::span<std::uint32_t const> cases,
                                                         NodeSums const& sums) const {
   auto info = std::make_unique<RegInfoImp>();
   double const count = static_cast<double>(sums.size) * data_.GetFrequencies().unit;
   info->SetCount(static_cast<double>(sums.weight) * data_.GetWeights().unit);
   info->SetNumBins(kNumBins);
   info->SetExtendedStatistic(RegInfoImp::StoreUnweightedCount, count);
+  if (sample_ != TrainingSample) {
+    info->SetExtendedStatistic(RegInfoImp::StorePrediction, node.GetAssignment());
+  }
   if (cases.empty()) return info;
 
   FixedNumbers const& numbers = data_.GetNumbers();
@@ -86,14 +94,10 @@ std::unique_ptr<RegInfoImp> NodeStatistics::MakeRegInfo(std::span<std::uint32_t 
     info->SetBinSize(
         bin, static_cast<double>(bins[static_cast<std::size_t>(bin)]) * data_.GetWeights().unit);
   }
+  // In units of the numbers, whose squares may lie beyond what a double can hold.
   double const variance = std::ldexp(static_cast<double>(squares), 2 * shift) /
-                          static_cast<double>(sums.weight) * numbers.unit * numbers.unit;
-  if (count > 1.0) {
-    info->SetExtendedStatistic(RegInfoImp::StoreStdDev,
-                               std::sqrt(variance * count / (count - 1.0)));
-  } else {
-    info->SetExtendedStatistic(RegInfoImp::StoreStdDev, 0.0);
-  }
+                          static_cast<double>(sums.weight) * BesselFactor(count);
+  info->SetExtendedStatistic(RegInfoImp::StoreStdDev, std::sqrt(variance) * numbers.unit);
   return info;
 }
 
@@ -108,10 +112,10 @@ bool IsPure(NodeImp const& node) {
   return numPresent < 2;
 }
 
-double SumOfSquares(RegInfoImp const& info) {
-  double const count = info.GetUnweightedCount();
-  if (!(count > 1.0)) return 0.0;
-  return info.GetStdDev() * info.GetStdDev() * info.GetCount() * (count - 1.0) / count;
+double SumOfSquares(RegInfoImp const& info, double unit) {
+  // The weight first: it is small where the unit is the weight of the tree.
+  double const weight = info.GetCount() / unit / BesselFactor(info.GetUnweightedCount());
+  return weight * info.GetStdDev() * info.GetStdDev();
 }
 
 }  // namespace tree::grow

@@ -16,8 +16,9 @@ namespace tree::grow {
 inline constexpr int kNumBins = 20;
 
 /// Fills the class distributions and the regression statistics of nodes. The standard deviation of
-/// n cases with weights w is sqrt(sum of w (y - mean)^2 / sum of w * n / (n - 1)), 0 for one case;
-/// percent sizes are of the weight of the root, from 0 to 100.
+/// n cases with weights w is sqrt(sum of w (y - mean)^2 / sum of w * n / (n - 1)), without the last
+/// factor where fractional frequencies make n no more than 1, and so 0 for a case alone; percent
+/// sizes are of the weight of the root, from 0 to 100.
 class NodeStatistics {
  public:
   /// `data`: the cases of the sample; `sample`: which one it is; `classes`: null for numbers;
@@ -32,7 +33,7 @@ class NodeStatistics {
 
  private:
   std::unique_ptr<ClsInfoImp> MakeClsInfo(NodeImp const& node, NodeSums const& sums) const;
-  std::unique_ptr<RegInfoImp> MakeRegInfo(std::span<std::uint32_t const> cases,
+  std::unique_ptr<RegInfoImp> MakeRegInfo(NodeImp const& node, std::span<std::uint32_t const> cases,
                                           NodeSums const& sums) const;
 
   TrainingData const& data_;
@@ -44,8 +45,9 @@ class NodeStatistics {
 /// Whether all cases of a node that has its statistics are alike in the target.
 bool IsPure(NodeImp const& node);
 
-/// The sum of the weighted squares around the mean of a regression node, from its statistics.
-double SumOfSquares(RegInfoImp const& info);
+/// The sum of the weighted squares around the mean of a regression node, from its statistics, with
+/// weights in parts of `unit`: with the weight of the whole tree, the node's part of the risk.
+double SumOfSquares(RegInfoImp const& info, double unit = 1.0);
 
 }  // namespace tree::grow
 

@@ -12,8 +12,8 @@ std::uint8_t ChildFrom(int position) {
   return position < 0 || position >= kMaxChildren ? kNoChild : static_cast<std::uint8_t>(position);
 }
 
-void PlaceCoded(GrowingPredictor const& predictor, std::uint16_t const* codes,
-                NodeRanges const& node, SplitRuleImp const& rule, ChildOfPlace& childOf) {
+void PlaceCoded(GrowingPredictor const& predictor, PlacedCodes codes, NodeRanges const& node,
+                SplitRuleImp const& rule, ChildOfPlace& childOf) {
   std::vector<std::uint8_t> childOfCode;
   for (double const value : predictor.values)
     childOfCode.push_back(ChildFrom(rule.Classify(value)));

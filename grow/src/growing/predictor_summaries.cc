@@ -108,7 +108,7 @@ void SummarisePredictor(TrainingData const& data, CaseLists const& lists, NodeRa
   GrowingPredictor const& description = data.GetPredictors()[predictor];
   if (description.hasIntervals) {
     ValueRange range;
-    std::uint16_t const* const codes = lists.Codes(predictor);
+    PlacedCodes const codes = lists.Codes(predictor);
     for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
       range.Add(codes[place], data.ValueOf(predictor, lists.CaseAt(place)));
     }
@@ -117,7 +117,7 @@ void SummarisePredictor(TrainingData const& data, CaseLists const& lists, NodeRa
   }
   if (description.IsCoded()) {
     CodesPresent present(description);
-    std::uint16_t const* const codes = lists.Codes(predictor);
+    PlacedCodes const codes = lists.Codes(predictor);
     for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
       if (present.Add(codes[place])) break;
     }
@@ -144,7 +144,7 @@ void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
   };
   if (description.hasIntervals) {
     std::vector<ValueRange> values(numInChild.size());
-    std::uint16_t const* const codes = lists.Codes(predictor);
+    PlacedCodes const codes = lists.Codes(predictor);
     for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
       if (childOf[place] == kNoChild) continue;
       values[childOf[place]].Add(codes[place], data.ValueOf(predictor, lists.CaseAt(place)));
@@ -158,7 +158,7 @@ void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
     std::vector<CodesPresent> present(numInChild.size(), CodesPresent(description));
     std::vector<char> isComplete(numInChild.size());
     std::size_t numOpen = present.size();
-    std::uint16_t const* const codes = lists.Codes(predictor);
+    PlacedCodes const codes = lists.Codes(predictor);
     for (std::uint32_t place = ranges.places.begin; place < ranges.places.end && numOpen > 0;
          ++place) {
       std::uint8_t const child = childOf[place];

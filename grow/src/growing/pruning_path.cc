@@ -72,8 +72,8 @@ std::vector<double> NodeRisks(IndexedTree const& tree, ClassModel const* classes
       risks[position] =
           classes->RiskOf(static_cast<std::size_t>(node.GetAssignment()), ClassWeightsIn(node));
     } else {
-      risks[position] = SumOfSquares(*node.GetRegInfoImp(TrainingSample)) /
-                        tree.GetNode(0).GetNodeSize(TrainingSample);
+      risks[position] = SumOfSquares(*node.GetRegInfoImp(TrainingSample),
+                                     tree.GetNode(0).GetNodeSize(TrainingSample));
     }
   }
   return risks;
@@ -129,7 +129,8 @@ std::size_t PruningPath::FindStep(double complexity) const {
 
 double PruningPath::TypicalComplexity(std::size_t step) const {
   if (step + 1 == steps_.size()) return std::numeric_limits<double>::infinity();
-  return std::sqrt(steps_[step].complexity * steps_[step + 1].complexity);
+  // Roots first: the product may lie beyond what a double can hold.
+  return std::sqrt(steps_[step].complexity) * std::sqrt(steps_[step + 1].complexity);
 }
 
 PrunedSubtree::PrunedSubtree(IndexedTree const& tree, PruningPath const& path)

@@ -16,6 +16,7 @@ double StdErrorOf(double mean, double meanOfSquares, double numCases) {
 LossSums LossSums::Of(TrainingData const& data, std::span<std::uint32_t const> cases,
                       double prediction) {
   LossSums sums(data.GetNumClasses());
+  sums.unit_ = data.GetErrorUnit();
   std::int64_t size = 0;
   std::int64_t weight = 0;
   std::vector<std::int64_t> observed(data.GetNumClasses());
@@ -29,7 +30,7 @@ LossSums LossSums::Of(TrainingData const& data, std::span<std::uint32_t const> c
     }
     FixedNumbers const& numbers = data.GetNumbers();
     double const error =
-        numbers.ValueOf(static_cast<double>(numbers.multiples[index])) - prediction;
+        (numbers.ValueOf(static_cast<double>(numbers.multiples[index])) - prediction) / sums.unit_;
     double const square = error * error;
     sums.squares_ += static_cast<double>(ofCase) * data.GetWeights().unit * square;
     sums.fourths_ += static_cast<double>(ofCase) * data.GetWeights().unit * square * square;
@@ -46,6 +47,7 @@ LossSums LossSums::Of(TrainingData const& data, std::span<std::uint32_t const> c
 LossSums& LossSums::Add(LossSums const& other, double sign) {
   numCases_ += sign * other.numCases_;
   weight_ += sign * other.weight_;
+  unit_ = other.unit_;
   squares_ += sign * other.squares_;
   fourths_ += sign * other.fourths_;
   for (std::size_t cell = 0; cell < counts_.size(); ++cell) {
@@ -58,7 +60,8 @@ RiskEstimate RiskModel::Estimate(LossSums const& losses) const {
   if (!(losses.weight_ > 0.0)) return {};
   if (classes_ == nullptr) {
     double const risk = std::max(0.0, losses.squares_) / losses.weight_;
-    return {risk, StdErrorOf(risk, losses.fourths_ / losses.weight_, losses.numCases_)};
+    double const error = StdErrorOf(risk, losses.fourths_ / losses.weight_, losses.numCases_);
+    return {risk * losses.unit_ * losses.unit_, error * losses.unit_ * losses.unit_};
   }
   return priorsAreShares_ ? EstimateBySample(losses) : EstimateByPriors(losses);
 }

@@ -12,7 +12,7 @@
 namespace tree::grow {
 
 /// What predictions for cases went wrong, added up so that risks can be estimated from it. Sums of
-/// different cases add up.
+/// different cases of a sample add up.
 class LossSums {
  public:
   /// Of no cases. `numClasses`: 0 for numbers.
@@ -34,7 +34,8 @@ class LossSums {
   std::size_t numClasses_;
   double numCases_ = 0.0;  // by frequency
   double weight_ = 0.0;
-  double squares_ = 0.0;        // weighted errors of numbers, squared
+  double unit_ = 1.0;           // of the errors of numbers, a power of two
+  double squares_ = 0.0;        // weighted errors of numbers, in units, squared
   double fourths_ = 0.0;        // to the fourth power
   std::vector<double> counts_;  // weights, [predicted][observed]
 };

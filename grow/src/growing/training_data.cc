@@ -6,14 +6,16 @@
 #include <optional>
 #include <utility>
 
+#include "data/number_text.h"
+
 namespace tree::grow {
 namespace {
 
 constexpr std::size_t kMaxClasses = 65535;
 
 [[noreturn]] void RefuseTarget(Column const& target, std::size_t row, char const* why) {
-  throw InputError("column \"" + target.description.name + "\": case " + std::to_string(row) +
-                   ": " + std::to_string(target.values[row]) + " " + why);
+  throw CaseError("column \"" + target.description.name + '"', row,
+                  "value " + NumberText(target.values[row]) + ' ' + why);
 }
 
 }  // namespace
@@ -23,6 +25,7 @@ TrainingData::TrainingData(DataSet const& data, CaseRoles const& roles, AlgSetti
                            std::vector<double> const& frequencies, int maxCodedValues,
                            int numIntervals)
     : data_(data),
+      target_(data.GetColumn(roles.target)),
       predictorColumns_(roles.predictors),
       maxNominalCategories_(static_cast<std::size_t>(settings.GetMaxNominalPredCategories())),
       maxCodedValues_(static_cast<std::size_t>(maxCodedValues)),
@@ -36,12 +39,17 @@ TrainingData::TrainingData(DataSet const& data, CaseRoles const& roles, AlgSetti
   for (std::size_t index = 0; takesEachRow_ && index < rows_.size(); ++index) {
     takesEachRow_ = rows_[index] == index;
   }
-  ReadTarget(data.GetColumn(roles.target));
+  for (std::uint32_t index = 0; index < rows_.size(); ++index) {
+    size_ += static_cast<double>(frequencies_.Of(index));
+  }
+  size_ *= frequencies_.unit;
+  ReadTarget();
   for (int const index : roles.predictors)
     predictors_.emplace_back().column = &data.GetColumn(index);
 }
 
-void TrainingData::ReadTarget(Column const& target) {
+void TrainingData::ReadTarget() {
+  Column const& target = target_;
   if (target.description.level != global::MeasurementContinuous) {
     double largest = static_cast<double>(target.description.labels.size()) - 1.0;
     classes_.reserve(rows_.size());
@@ -63,7 +71,30 @@ void TrainingData::ReadTarget(Column const& target) {
     if (std::isinf(target.values[row])) RefuseTarget(target, row, "cannot be predicted");
     values.push_back(target.values[row]);
   }
+  if (values.empty()) return;
+  auto const [least, greatest] = std::minmax_element(values.begin(), values.end());
+  SetRange(*least, *greatest);
   numbers_ = FixNumbers(values, weights_);
+}
+
+/// Squares of numbers' differences are what impurities and risks are made of.
+void TrainingData::SetRange(double least, double greatest) {
+  double const range = greatest - least;
+  if (range > 0.0 && !std::isnormal(range * range)) {
+    throw InputError("column \"" + target_.description.name + "\": numbers from " +
+                     NumberText(least) + " to " + NumberText(greatest) +
+                     " cannot be predicted: the square of their range is no number");
+  }
+  least_ = least;
+  greatest_ = greatest;
+  errorUnit_ = range > 0.0 ? std::ldexp(1.0, std::ilogb(range)) : 1.0;
+}
+
+void TrainingData::ShareTarget(TrainingData& other) {
+  numClasses_ = other.numClasses_ = std::max(numClasses_, other.numClasses_);
+  if (numbers_.multiples.empty() || other.numbers_.multiples.empty()) return;
+  SetRange(std::min(least_, other.least_), std::max(greatest_, other.greatest_));
+  other.SetRange(least_, greatest_);
 }
 
 void TrainingData::PreparePredictors(Workers& workers) {
@@ -95,7 +126,8 @@ std::vector<std::vector<SortedCase>> TrainingData::ReleaseSorted() {
 void TrainingData::Prepare(GrowingPredictor& predictor, Workers& workers) const {
   std::optional<ValueCodes> few;
   if (std::size_t const maxNumCodes = MaxNumCodes(predictor); maxNumCodes > 0) {
-    few = CodeFewValues(*predictor.column, rows_, maxNumCodes, workers);
+    few = CodeFewValues(*predictor.column, takesEachRow_ ? std::span<std::size_t const>() : rows_,
+                        rows_.size(), maxNumCodes, workers);
   }
   if (few.has_value()) {
     predictor.codes = std::move(few->codes);

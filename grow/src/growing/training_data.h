@@ -71,12 +71,21 @@ class TrainingData {
   FixedWeights const& GetWeights() const { return weights_; }
   FixedWeights const& GetFrequencies() const { return frequencies_; }
   ///@}
+  /// Makes two samples agree on what there is to predict: both have the classes of either, and
+  /// the range of all their numbers. Refuses, by `InputError`, numbers whose range cannot be
+  /// squared.
+  void ShareTarget(TrainingData& other);
+  /// How many cases there are, by frequency.
+  double GetSize() const { return size_; }
   /// Number of classes; 0 for a continuous target.
   std::size_t GetNumClasses() const { return numClasses_; }
   /// The class of each case; empty for a continuous target.
   std::vector<std::uint16_t> const& GetClasses() const { return classes_; }
   /// The number of each case; empty for a target with classes.
   FixedNumbers const& GetNumbers() const { return numbers_; }
+  /// A power of two near the range of the numbers: measured by it, errors of predictions can be
+  /// raised to the fourth power.
+  double GetErrorUnit() const { return errorUnit_; }
   /// The predictors in order of the settings. Requires `PreparePredictors`.
   std::vector<GrowingPredictor> const& GetPredictors() const { return predictors_; }
   /// The value of a predictor in a case.
@@ -93,13 +102,15 @@ class TrainingData {
   std::vector<std::string> const& GetRemarks() const { return remarks_; }
 
  private:
-  void ReadTarget(Column const& target);
+  void ReadTarget();
+  void SetRange(double least, double greatest);
   void Prepare(GrowingPredictor& predictor, Workers& workers) const;
   std::size_t MaxNumCodes(GrowingPredictor const& predictor) const;
   void PrepareManyValues(GrowingPredictor& predictor, Workers& workers) const;
   void CheckCategories(GrowingPredictor& predictor) const;
 
   DataSet const& data_;
+  Column const& target_;
   std::vector<int> predictorColumns_;
   std::size_t maxNominalCategories_;
   std::size_t maxCodedValues_;
@@ -108,9 +119,13 @@ class TrainingData {
   bool takesEachRow_ = true;  // whether the index of a case is its row
   FixedWeights weights_;
   FixedWeights frequencies_;
+  double size_ = 0.0;
   std::size_t numClasses_ = 0;
   std::vector<std::uint16_t> classes_;
   FixedNumbers numbers_;
+  double least_ = 0.0;  // of the numbers, in this sample and those it shares the target with
+  double greatest_ = 0.0;
+  double errorUnit_ = 1.0;
   std::vector<GrowingPredictor> predictors_;
   std::vector<std::string> remarks_;
   bool prepared_ = false;

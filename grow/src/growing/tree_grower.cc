@@ -2,11 +2,13 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <limits>
 #include <new>
 #include <numeric>
 #include <utility>
 
+#include "growing/class_priors.h"
 #include "growing/gains_table.h"
 #include "growing/placement.h"
 #include "growing/random_draws.h"
@@ -21,6 +23,42 @@ struct Refusal {
 };
 
 std::string Quoted(Column const& column) { return "\"" + column.description.name + "\""; }
+
+/// The cases of one sample, by row, as `CaseSelection` gives them.
+struct Cases {
+  std::vector<std::size_t> rows;
+  std::vector<double> weights;
+  std::vector<double> frequencies;
+};
+
+bool AreWhole(std::vector<double> const& numbers) {
+  return std::all_of(numbers.begin(), numbers.end(),
+                     [](double number) { return number == std::floor(number); });
+}
+
+/// Cases that are there as often as their frequencies, which are whole, say. `caseWeights`: by row;
+/// null when there are none.
+Cases Repeat(Cases const& cases, double const* caseWeights) {
+  double const size = std::accumulate(cases.frequencies.begin(), cases.frequencies.end(), 0.0);
+  if (size > SortedCase::kMaxPlace) {
+    throw InputError("frequencies make more than " + std::to_string(SortedCase::kMaxPlace) +
+                     " cases of the rows, too many to draw from");
+  }
+  Cases repeated;
+  repeated.rows.reserve(static_cast<std::size_t>(size));
+  for (std::size_t index = 0; index < cases.rows.size(); ++index) {
+    repeated.rows.insert(repeated.rows.end(), static_cast<std::size_t>(cases.frequencies[index]),
+                         cases.rows[index]);
+  }
+  if (caseWeights == nullptr) return repeated;
+  repeated.weights.reserve(repeated.rows.size());
+  for (std::size_t const row : repeated.rows) repeated.weights.push_back(caseWeights[row]);
+  return repeated;
+}
+
+/// Many classes cost much: what a node knows of them grows with their number, and so do the tables
+/// of categories; the costs with its square.
+constexpr std::size_t kManyClasses = 1000;
 
 /// Children removed and replaced one by one would leave rules without them: nodes are swapped
 /// whole.
@@ -47,6 +85,14 @@ TreeGrower::TreeGrower(DataSet const& data, CaseRoles const& roles, Algorithm al
                        GrowOptions const& options)
     : algorithm_(std::move(algorithm)), selection_(data, roles), workers_(options.numThreads) {
   SelectSamples(data, roles, options);
+  std::size_t const numClasses = training_->GetNumClasses();
+  if (numClasses > kManyClasses) {
+    ownRemarks_.push_back("target " + Quoted(data.GetColumn(roles.target)) + " has " +
+                          std::to_string(numClasses) +
+                          " classes, which takes much time and memory");
+  }
+  remarks_ = ownRemarks_;
+  if (numClasses > 0) CheckClassNumbers(*algorithm_.priors, *algorithm_.costs, numClasses);
   if (training_->GetNumCases() > 0) basis_ = MakeBasis({});
 }
 
@@ -56,18 +102,26 @@ TreeGrower::~TreeGrower() = default;
 
 void TreeGrower::SelectSamples(DataSet const& data, CaseRoles const& roles,
                                GrowOptions const& options) {
-  struct Cases {
-    std::vector<std::size_t> rows;
-    std::vector<double> weights;
-    std::vector<double> frequencies;
-  };
   std::array<Cases, 2> samples;
   for (DataSample const sample : {TrainingSample, TestSample}) {
     samples[static_cast<std::size_t>(sample)] = {selection_.GetRows(sample),
                                                  selection_.GetWeights(sample),
                                                  selection_.GetFrequencies(sample)};
   }
-  if (GetValidation() == ValidationSplitSample && !roles.sample.has_value()) {
+  bool const drawsSample = GetValidation() == ValidationSplitSample && !roles.sample.has_value();
+  if (drawsSample || GetValidation() == ValidationCrossValidation) {
+    // A case of frequency 3 is three cases, which are drawn one by one.
+    Cases& cases = samples[TrainingSample];
+    if (!AreWhole(cases.frequencies)) {
+      ownRemarks_.push_back("column " + Quoted(data.GetColumn(*roles.frequencyWeight)) +
+                            " has frequencies that are no whole numbers: validation draws each "
+                            "row as a whole");
+    } else if (!cases.frequencies.empty()) {
+      cases = Repeat(
+          cases, roles.caseWeight.has_value() ? data.GetColumn(*roles.caseWeight).values : nullptr);
+    }
+  }
+  if (drawsSample) {
     Cases const all = std::move(samples[TrainingSample]);
     samples = {};
     auto const drawn = DrawTestSample(all.rows.size(), options.testShare,
@@ -85,12 +139,23 @@ void TreeGrower::SelectSamples(DataSet const& data, CaseRoles const& roles,
                                           algorithm_.numIntervals);
   };
   training_ = make(samples[TrainingSample]);
-  if (!samples[TestSample].rows.empty()) test_ = make(samples[TestSample]);
+  if (!samples[TestSample].rows.empty()) {
+    test_ = make(samples[TestSample]);
+    training_->ShareTarget(*test_);
+  }
 }
 
 std::size_t TreeGrower::GetNumCases(DataSample sample) const noexcept {
-  if (sample == TrainingSample) return training_->GetNumCases();
-  return test_ != nullptr ? test_->GetNumCases() : 0;
+  TrainingData const* const data = sample == TrainingSample ? training_.get() : test_.get();
+  if (data == nullptr || data->GetNumCases() == 0) return 0;
+  return std::max<std::size_t>(1, static_cast<std::size_t>(std::round(data->GetSize())));
+}
+
+int TreeGrower::GetNumFolds() const noexcept {
+  auto const numCases =
+      static_cast<int>(std::min<std::size_t>(training_->GetNumCases(), SortedCase::kMaxPlace));
+  return std::min(std::as_const(*algorithm_.settings).GetValidationSpec()->GetNumCVFolds(),
+                  numCases);
 }
 
 /// Makes the data ready, which takes `share` of the operation if it is the first.
@@ -98,6 +163,8 @@ void TreeGrower::Prepare(double share) {
   if (training_->GetNumCases() == 0) throw Refusal{FailureNoData, "there are no training cases"};
   workers_.BeginStage("preparing the data", 0.0, share);
   training_->PreparePredictors(workers_);
+  remarks_ = ownRemarks_;
+  remarks_.insert(remarks_.end(), training_->GetRemarks().begin(), training_->GetRemarks().end());
 }
 
 TreeGrower::Basis TreeGrower::MakeBasis(std::vector<std::uint8_t> const& included) const {
@@ -116,11 +183,7 @@ TreeGrower::Basis TreeGrower::MakeBasis(std::vector<std::uint8_t> const& include
 
 GrowthLimits TreeGrower::MakeLimits(int maxLevels) const {
   StopRule const& rule = *std::as_const(*algorithm_.settings).GetStopRule();
-  double size = 0.0;
-  for (std::uint32_t index = 0; index < training_->GetNumCases(); ++index) {
-    size += static_cast<double>(training_->GetFrequencies().Of(index));
-  }
-  size *= training_->GetFrequencies().unit;
+  double const size = training_->GetSize();
   GrowthLimits limits;
   limits.maxLevels = maxLevels;
   limits.minNodeSize = std::max(static_cast<double>(rule.GetMinNodeSize()),
@@ -256,9 +319,10 @@ std::unique_ptr<TreeGrower::Sprout> TreeGrower::PlantSprout(NodeImp const* node,
   } else if (test_ != nullptr) {
     sprout->testCases = AllCases(*test_);
   }
-  sprout->lists = sortedLists == SortedLists::kUsedUp
-                      ? std::make_unique<CaseLists>(*training_, workers_)
-                      : std::make_unique<CaseLists>(*training_, included, workers_);
+  sprout->lists =
+      sortedLists == SortedLists::kUsedUp
+          ? std::make_unique<CaseLists>(*training_, workers_, algorithm_.codeOrder)
+          : std::make_unique<CaseLists>(*training_, included, workers_, algorithm_.codeOrder);
   sprout->method =
       algorithm_.makeMethod(*training_, basis_.Classes(), limits.minChildSize, basis_.totalWeight);
   sprout->statistics = std::make_unique<NodeStatistics>(*training_, TrainingSample,
@@ -398,7 +462,7 @@ void TreeGrower::CheckSplit(SplitRuleImp const& rule) const {
   }
   if (!predictor.used) {
     throw Refusal{FailureInvalidSplit,
-                  "predictor " + Quoted(*predictor.column) + " has too many categories"};
+                  "predictor " + Quoted(*predictor.column) + " is not used: " + predictor.whyNot};
   }
   auto const* const ordered = dynamic_cast<OSplitRule const*>(&rule);
   if (ordered != nullptr &&
@@ -509,9 +573,10 @@ std::vector<RiskEstimate> TreeGrower::EstimateOnSample(IndexedTree const& tree,
 /// in turn, each pruned to the same complexity, predict the fold that they have not seen.
 std::vector<RiskEstimate> TreeGrower::CrossValidate(std::vector<double> const& complexities) {
   ValidationSpec const& validation = *std::as_const(*algorithm_.settings).GetValidationSpec();
-  auto const numFolds =
-      std::min(static_cast<std::size_t>(validation.GetNumCVFolds()), training_->GetNumCases());
-  if (numFolds < 2) throw Refusal{FailureNoData, "there are too few cases for cross-validation"};
+  if (GetNumFolds() < 2) {
+    throw Refusal{FailureNoData, "there are too few cases for cross-validation"};
+  }
+  auto const numFolds = static_cast<std::size_t>(GetNumFolds());
   std::vector<std::uint32_t> const folds =
       DrawFolds(training_->GetNumCases(), numFolds, validation.GetRandomSeed());
   std::vector<LossSums> sums(complexities.size(), LossSums(training_->GetNumClasses()));
@@ -539,7 +604,7 @@ void TreeGrower::AddFold(std::vector<std::uint8_t> const& included,
   Basis const basis = MakeBasis(included);
   GrowthLimits const limits =
       MakeLimits(std::as_const(*algorithm_.settings).GetStopRule()->GetMaxTreeDepth());
-  CaseLists lists(*training_, included, workers_);
+  CaseLists lists(*training_, included, workers_, algorithm_.codeOrder);
   std::unique_ptr<SplitMethod> const method =
       algorithm_.makeMethod(*training_, basis.Classes(), limits.minChildSize, basis.totalWeight);
   NodeStatistics const statistics(*training_, TrainingSample, basis.Classes(), basis.totalWeight);

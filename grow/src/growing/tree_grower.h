@@ -34,6 +34,7 @@ class TreeGrower final : public Grower {
     /// Into how many intervals continuous predictors are divided for algorithms that only know
     /// categories; 0 for the others.
     int numIntervals = 0;
+    CodeOrder codeOrder = CodeOrder::kByPlace;  ///< in which the method reads codes
     /// Makes the method that finds splits. `classes`: null for numbers; `limits`: of the children;
     /// `totalWeight`: of the cases that the tree is grown on.
     std::function<std::unique_ptr<SplitMethod>(TrainingData const& data, ClassModel const* classes,
@@ -75,9 +76,8 @@ class TreeGrower final : public Grower {
   // Grower
   std::size_t GetNumCases(DataSample sample) const noexcept override;
   LeftOutCases const& GetLeftOut() const noexcept override { return selection_.GetLeftOut(); }
-  std::vector<std::string> const& GetRemarks() const noexcept override {
-    return training_->GetRemarks();
-  }
+  std::vector<std::string> const& GetRemarks() const noexcept override { return remarks_; }
+  int GetNumFolds() const noexcept override;
 
  private:
   /// The classes, and the whole weight, of the cases that a tree is grown on.
@@ -120,7 +120,9 @@ class TreeGrower final : public Grower {
   Algorithm algorithm_;
   CaseSelection selection_;
   std::unique_ptr<TrainingData> training_;
-  std::unique_ptr<TrainingData> test_;  // null without a test sample
+  std::unique_ptr<TrainingData> test_;   // null without a test sample
+  std::vector<std::string> ownRemarks_;  // on the data as a whole
+  std::vector<std::string> remarks_;     // with those on predictors
   Workers workers_;
   Basis basis_;  // of the whole training sample
   std::unique_ptr<NodeImp> root_;

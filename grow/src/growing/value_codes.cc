@@ -1,6 +1,7 @@
 #include "growing/value_codes.h"
 
 #include <algorithm>
+#include <array>
 #include <bit>
 #include <numeric>
 
@@ -20,6 +21,22 @@ class ValueNumbers {
 
   /// The number of the value, which may be a new one.
   std::size_t NumberOf(double value) {
+    // Mostly values are small whole numbers.
+    if (value >= 0.0 && value < static_cast<double>(kNumSmall)) {
+      auto const whole = static_cast<std::uint32_t>(value);
+      if (static_cast<double>(whole) == value) {
+        if (small_[whole] == 0) small_[whole] = static_cast<std::uint32_t>(Search(value)) + 1;
+        return small_[whole] - 1;
+      }
+    }
+    return Search(value);
+  }
+  std::vector<double> const& GetValues() const { return values_; }
+
+ private:
+  static constexpr std::size_t kNumSmall = 1024;
+
+  std::size_t Search(double value) {
     // Both zeros are one value: adding 0 makes them the same.
     auto const bits = std::bit_cast<std::uint64_t>(value + 0.0);
     constexpr std::uint64_t kGoldenRatio = 0x9E37'79B9'7F4A'7C15;
@@ -33,10 +50,10 @@ class ValueNumbers {
       if (values_[number - 1] == value) return number - 1;
     }
   }
-  std::vector<double> const& GetValues() const { return values_; }
 
- private:
-  std::vector<std::uint32_t> numbers_;  // 1 more than the number; 0 where a slot is free
+  // 1 more than the number; 0 where there is none yet.
+  std::array<std::uint32_t, kNumSmall> small_{};
+  std::vector<std::uint32_t> numbers_;
   unsigned int shift_;
   std::vector<double> values_;  // by number
 };
@@ -65,16 +82,27 @@ ValueCodes Ordered(std::vector<std::uint16_t> numbers, std::vector<double> const
 }  // namespace
 
 std::optional<ValueCodes> CodeFewValues(Column const& column, std::span<std::size_t const> rows,
-                                        std::size_t maxNumValues, Workers& workers) {
+                                        std::size_t numCases, std::size_t maxNumValues,
+                                        Workers& workers) {
   ValueNumbers numbers(maxNumValues);
-  std::vector<std::uint16_t> codes(rows.size(), ValueCodes::kMissing);
+  std::vector<std::uint16_t> codes(numCases, ValueCodes::kMissing);
+  double const* const values = column.values;
+  double const missing = column.description.missingValue;
   bool tooMany = false;
-  ForSlices(rows.size(), workers, [&](std::size_t begin, std::size_t end) {
+  auto const code = [&](std::size_t begin, std::size_t end, auto const& rowOf) {
     for (std::size_t index = begin; index < end && !tooMany; ++index) {
-      if (column.IsMissing(rows[index])) continue;
-      std::size_t const number = numbers.NumberOf(column.values[rows[index]]);
+      double const value = values[rowOf(index)];
+      if (value == missing) continue;
+      std::size_t const number = numbers.NumberOf(value);
       tooMany = number >= maxNumValues;
       codes[index] = static_cast<std::uint16_t>(number);
+    }
+  };
+  ForSlices(numCases, workers, [&](std::size_t begin, std::size_t end) {
+    if (rows.empty()) {
+      code(begin, end, [](std::size_t index) { return index; });
+    } else {
+      code(begin, end, [&](std::size_t index) { return rows[index]; });
     }
   });
   if (tooMany) return std::nullopt;

@@ -22,10 +22,11 @@ struct ValueCodes {
 };
 
 /// Codes the different values, if there are no more than `maxNumValues`, which is at most 65535.
-/// `rows`: of the cases. Stops at the first value too many, and takes a few nanoseconds for each
-/// case otherwise: nothing is sorted.
+/// `rows`: of the cases; empty for the first `numCases`. Stops at the first value too many, and
+/// takes a few nanoseconds for each case otherwise: nothing is sorted.
 std::optional<ValueCodes> CodeFewValues(Column const& column, std::span<std::size_t const> rows,
-                                        std::size_t maxNumValues, Workers& workers);
+                                        std::size_t numCases, std::size_t maxNumValues,
+                                        Workers& workers);
 
 /// Codes the different values of sorted cases. Values beyond the 65535th share the code of missing
 /// ones: a predictor with so many cannot be used as a coded one. `values`: by index, as they were

@@ -52,13 +52,17 @@ class TREE_API Grower : public TreeAlgorithm {
  public:
   ~Grower() override;
 
-  /// Number of cases that count in the sample.
+  /// Number of cases that count in the sample, repeated ones as often as their frequency says;
+  /// rounded, but not to 0.
   virtual std::size_t GetNumCases(DataSample sample) const noexcept = 0;
   /// How many cases of the data set count in neither sample. **Borrowed**.
   virtual LeftOutCases const& GetLeftOut() const noexcept = 0;
-  /// What the user should know about the data, as sentences: predictors that are not used and why.
-  /// **Borrowed**.
+  /// What the user should know about the data, as sentences: predictors that are not used and why,
+  /// once the first operation has looked at them. **Borrowed** until the next operation.
   virtual std::vector<std::string> const& GetRemarks() const noexcept = 0;
+  /// The number of folds of a cross-validation: that of the settings, or of the cases if that is
+  /// less.
+  virtual int GetNumFolds() const noexcept = 0;
 };
 
 /// A grower for these settings, without a tree. `data`: **borrowed** for the grower's life, and not

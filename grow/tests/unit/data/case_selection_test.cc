@@ -123,6 +123,60 @@ TEST(CaseSelection, RefusesAnInfiniteWeight) {
   }
 }
 
+TEST(CaseSelection, SaysWhichCaseItCannotUse) {
+  DataSet const data = SixCases({}, {1, 1, 1, -std::numeric_limits<double>::infinity(), 1, 1},
+                                {1, 1, 1, 1, std::numeric_limits<double>::infinity(), 1}, {});
+
+  try {
+    CaseSelection const selection(data, AllRoles());
+    FAIL() << "took an infinite weight";
+  } catch (CaseError const& error) {
+    EXPECT_EQ(error.GetWhere(), "column \"weight\"");
+    EXPECT_EQ(error.GetRow(), 4U);
+    EXPECT_EQ(error.GetWhy(), "a weight cannot be infinite");
+  }
+}
+
+TEST(CaseSelection, RefusesWeightsThatAreInfiniteTogether) {
+  struct {
+    char const* name;
+    std::vector<double> frequency;
+    std::vector<double> weight;
+    char const* message;
+  } const kRows[] = {
+      {"product", {1, 1e200, 1, 1, 1, 1}, {1, 1e200, 1, 1, 1, 1},
+       "columns \"frequency\" and \"weight\": case 1: 1e+200 times 1e+200 cannot be a weight"},
+      {"sum", {1, 1e200, 1, 1e200, 1, 1}, {1, 1e108, 1, 1e108, 1, 1},
+       "columns \"frequency\" and \"weight\": the weights add up to more than a number can be"},
+      {"sum of one column", {1e308, 1e308, 1, 1, 1, 1}, {},
+       "columns \"frequency\" and \"weight\": the weights add up to more than a number can be"},
+  };
+  for (auto const& row : kRows) {
+    SCOPED_TRACE(row.name);
+    DataSet const data = SixCases({}, row.frequency, row.weight, {});
+    try {
+      CaseSelection const selection(data, AllRoles());
+      ADD_FAILURE() << "took the weights";
+    } catch (InputError const& error) {
+      EXPECT_STREQ(error.what(), row.message);
+    }
+  }
+}
+
+TEST(CaseSelection, NamesTheOneColumnWhoseWeightsAreTooLarge) {
+  DataSet const data = SixCases({}, {}, {1e308, 1e308, 1, 1, 1, 1}, {});
+  CaseRoles roles = AllRoles();
+  roles.frequencyWeight.reset();
+
+  try {
+    CaseSelection const selection(data, roles);
+    FAIL() << "took the weights";
+  } catch (InputError const& error) {
+    EXPECT_STREQ(error.what(),
+                 "column \"weight\": the weights add up to more than a number can be");
+  }
+}
+
 /// Both readers of the roles refuse the same.
 void ExpectRefused(DataSet const& data, CaseRoles const& roles, std::string const& message) {
   try {

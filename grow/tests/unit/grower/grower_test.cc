@@ -1,6 +1,7 @@
 // The operations on a tree, one by one, and what they refuse.
 
 #include <cmath>
+#include <limits>
 #include <string>
 #include <thread>
 #include <vector>
@@ -189,6 +190,37 @@ TEST_F(GrowerOnSteps, SaysThatAPureNodeHasNoSplit) {
   EXPECT_TRUE(splits.empty());
 }
 
+TEST_F(GrowerOnSteps, FindsNoCandidatesOfANodeThatIsTooSmallToBeSplit) {
+  settings_.GetStopRule()->SetMinNodeSize(10);
+  grower_ = data_.Make(settings_);
+  ASSERT_TRUE(grower_->Grow());
+  std::vector<SplitRule> splits;
+
+  ExpectFailure(grower_->FindCandidateSplits(0, &splits), FailureNoSplit, "node 0");
+  EXPECT_TRUE(splits.empty());
+}
+
+TEST_F(GrowerOnSteps, FindsCandidatesAtTheGreatestDepthToo) {
+  settings_.GetStopRule()->SetMaxTreeDepth(0);
+  grower_ = data_.Make(settings_);
+  ASSERT_TRUE(grower_->Grow());
+  std::vector<SplitRule> splits;
+
+  EXPECT_TRUE(grower_->FindCandidateSplits(0, &splits));
+  EXPECT_EQ(splits.size(), 2U);
+}
+
+TEST_F(GrowerOnSteps, SplitsASmallNodeAsTheUserWants) {
+  settings_.GetStopRule()->SetMinNodeSize(10);
+  grower_ = data_.Make(settings_);
+  ASSERT_TRUE(grower_->Grow());
+
+  ASSERT_TRUE(grower_->ApplySplit(0, SplitRule(Cut(5.0)))) << grower_->GetFailureMessage();
+
+  EXPECT_EQ(grower_->GetNumNodes(AllNodes), 3);
+  EXPECT_EQ(grower_->GetRootNode()->GetNumCompetitors(), 1) << "the settings allow no other";
+}
+
 TEST_F(GrowerOnSteps, SplitsANodeAsTheUserWants) {
   ASSERT_TRUE(grower_->GrowNode(0, 0));
 
@@ -302,7 +334,88 @@ TEST(MakeGrower, RefusesSettingsThatWereMadeForOtherData) {
   CoreSettingsImp core = data.Core();
   core.GetPredictor(1)->SetMissingValue(-9.0);
   EXPECT_THAT(RefusalOf(data, CCartSettingsImp(core)),
-              HasSubstr("\"x1\" has another missing value"));
+              HasSubstr("predictor \"x1\" has another missing value"));
+  core = data.Core();
+  core.GetTarget()->SetMissingValue(-9.0);
+  EXPECT_THAT(RefusalOf(data, CCartSettingsImp(core)),
+              HasSubstr("target \"class\" has another missing value"));
+}
+
+TEST(MakeGrower, RefusesSettingsThatHaveOtherWeights) {
+  SampleData const plain = Steps();
+  SampleData counted = Steps();
+  counted.Frequencies(std::vector<double>(9, 2.0));
+  SampleData weighted = Steps();
+  weighted.Weights(std::vector<double>(9, 2.0));
+
+  EXPECT_THAT(RefusalOf(plain, counted.ClassSettings()),
+              HasSubstr("they have a frequency weight, the data none"));
+  EXPECT_THAT(RefusalOf(counted, plain.ClassSettings()),
+              HasSubstr("they have no frequency weight, the data has one"));
+  EXPECT_THAT(RefusalOf(plain, weighted.ClassSettings()),
+              HasSubstr("they have a case weight, the data none"));
+  EXPECT_THAT(RefusalOf(weighted, counted.ClassSettings()), HasSubstr("frequency weight"));
+  EXPECT_THAT(RefusalOf(weighted, plain.ClassSettings()),
+              HasSubstr("they have no case weight, the data has one"));
+}
+
+TEST(MakeGrower, RefusesCostsAndPriorsThatCannotBeReckonedWith) {
+  SampleData const data = Steps();
+  double const infinity = std::numeric_limits<double>::infinity();
+  CCartSettingsImp const plain = data.ClassSettings();
+  CCartSettingsImp costly(plain);
+  costly.GetCost()->Set(0, 1, infinity);
+  CCartSettingsImp ruinous(plain);
+  ruinous.GetCost()->Set(0, 1, 1e154);
+  ruinous.GetCost()->Set(1, 2, 1e154);
+  CCartSettingsImp certain(plain);
+  certain.GetPriors()->Set(1, infinity);
+  CCartSettingsImp heavy(plain);
+  heavy.GetPriors()->Set(0, 1e308);
+  heavy.GetPriors()->Set(2, 1e308);
+
+  EXPECT_THAT(RefusalOf(data, costly), HasSubstr("cost of taking class 1 for class 0 is infinite"));
+  EXPECT_THAT(RefusalOf(data, ruinous), HasSubstr("the costs are too large"));
+  EXPECT_THAT(RefusalOf(data, certain), HasSubstr("prior of class 1 is infinite"));
+  EXPECT_THAT(RefusalOf(data, heavy), HasSubstr("the priors are too large"));
+}
+
+TEST(MakeGrower, TakesLargeCostsAndPriors) {
+  SampleData const data = Steps();
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetCost()->Set(0, 1, 1e153);
+  settings.GetPriors()->Set(2, 1e307);
+  settings.GetPriors()->Set(0, 1e307);
+  settings.GetPriors()->AlterValues(true);
+
+  auto const grower = data.Make(settings);
+  ASSERT_TRUE(grower->Grow() && grower->Validate());
+
+  EXPECT_TRUE(std::isfinite(grower->GetStatistics()->GetRisk()));
+  EXPECT_TRUE(std::isfinite(grower->GetStatistics()->GetStdError()));
+}
+
+TEST(MakeGrower, KnowsTheClassesOfBothSamples) {
+  struct {
+    char const* name;
+    std::vector<double> classes;
+  } const kRows[] = {{"highest class in the training sample", {0, 2, 1, 0, 1, 0}},
+                     {"highest class in the test sample", {0, 1, 1, 0, 2, 2}}};
+  for (auto const& row : kRows) {
+    SCOPED_TRACE(row.name);
+    SampleData data(6);
+    data.Classes(row.classes).Ordered({1, 2, 2, 1, 2, 2}).Samples({0, 0, 0, 1, 1, 1});
+    CCartSettingsImp settings = data.ClassSettings();
+    settings.GetValidationSpec()->Set(ValidationSplitSample);
+
+    auto const grower = data.Make(settings);
+    ASSERT_TRUE(grower->Grow() && grower->Prune() && grower->Validate());
+
+    Node const& root = *grower->GetRootNode();
+    EXPECT_EQ(root.GetClsInfo(TrainingSample)->GetNumClasses(), 3);
+    EXPECT_EQ(root.GetClsInfo(TestSample)->GetNumClasses(), 3);
+    EXPECT_EQ(grower->GetStatistics()->GetNumClasses(), 3);
+  }
 }
 
 TEST(MakeGrower, RefusesWhatItCannotDo) {
@@ -324,7 +437,55 @@ TEST(MakeGrower, RefusesTargetsThatCannotBePredicted) {
   infinite.Numbers({1.0, -HUGE_VAL}).Ordered({1, 2});
 
   EXPECT_THAT(RefusalOf(infinite, infinite.NumberSettings()),
-              HasSubstr("column \"number\": case 1: -inf"));
+              HasSubstr("column \"number\": case 1: value -inf cannot be predicted"));
+}
+
+TEST(MakeGrower, RefusesNumbersWhoseSquaresCannotBeReckonedWith) {
+  struct {
+    char const* name;
+    std::vector<double> numbers;
+    char const* range;
+  } const kRows[] = {
+      {"too far apart", {-1e200, 1e200, 0, 0}, "from -1e+200 to 1e+200 cannot be predicted"},
+      {"as far as can be", {-1.5e308, 1.5e308, 0, 0}, "from -1.5e+308 to 1.5e+308"},
+      {"too close together", {0, 1e-200, 0, 0}, "from 0 to 1e-200"},
+      {"too far in the test sample", {0, 1, 1e200, 1e200}, "from 0 to 1e+200"},
+  };
+  for (auto const& row : kRows) {
+    SCOPED_TRACE(row.name);
+    SampleData data(4);
+    data.Numbers(row.numbers).Ordered({1, 2, 1, 2}).Samples({0, 0, 1, 1});
+
+    EXPECT_THAT(RefusalOf(data, data.NumberSettings()), HasSubstr("column \"number\": numbers"));
+    EXPECT_THAT(RefusalOf(data, data.NumberSettings()), HasSubstr(row.range));
+  }
+}
+
+TEST(MakeGrower, RefusesMoreRepeatedCasesThanItCanDrawFrom) {
+  SampleData data(2);
+  data.Classes({0, 1}).Ordered({1, 2}).Frequencies({2e9, 2e9});
+  CCartSettingsImp settings = data.ClassSettings();
+  EXPECT_EQ(RefusalOf(data, settings), "none");
+
+  settings.GetValidationSpec()->Set(ValidationCrossValidation);
+  EXPECT_THAT(RefusalOf(data, settings), HasSubstr("more than 2147483647 cases"));
+}
+
+TEST(MakeGrower, CountsRepeatedCases) {
+  struct {
+    char const* name;
+    std::vector<double> frequencies;
+    std::size_t count;
+  } const kRows[] = {{"whole", {3, 2, 5}, 10U},
+                     {"rounded", {1.5, 1.5, 0.6}, 4U},
+                     {"never to nothing", {0.1, 0.1, 0.1}, 1U}};
+  for (auto const& row : kRows) {
+    SCOPED_TRACE(row.name);
+    SampleData data(3);
+    data.Classes({0, 1, 1}).Ordered({1, 2, 3}).Frequencies(row.frequencies);
+
+    EXPECT_EQ(data.Make(data.ClassSettings())->GetNumCases(TrainingSample), row.count);
+  }
 }
 
 TEST(MakeGrower, CountsTheCasesLeftOut) {

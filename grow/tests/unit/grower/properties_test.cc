@@ -4,6 +4,7 @@
 #include <cmath>
 #include <numeric>
 #include <set>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -21,16 +22,18 @@ double const kMissing = systemMissingValue();
 struct Columns {
   bool classes = true;
   std::vector<double> target;
-  std::vector<double> counts;  // whole frequencies
+  std::vector<double> counts;   // whole frequencies
+  std::vector<double> weights;  // fractions
   std::vector<std::vector<double>> ordered;
   std::vector<std::vector<double>> nominal;
 
-  SampleData Make(bool withCounts) const {
+  SampleData Make(bool withCounts, bool withWeights = false) const {
     SampleData data(target.size());
     classes ? data.Classes(target) : data.Numbers(target);
     for (auto const& column : ordered) data.Ordered(column);
     for (auto const& column : nominal) data.Nominal(column);
     if (withCounts) data.Frequencies(counts);
+    if (withWeights) data.Weights(weights);
     return data;
   }
   /// The rows at these positions, in their order.
@@ -44,6 +47,7 @@ struct Columns {
     result.classes = classes;
     result.target = pick(target);
     result.counts = pick(counts);
+    result.weights = pick(weights);
     for (auto const& column : ordered) result.ordered.push_back(pick(column));
     for (auto const& column : nominal) result.nominal.push_back(pick(column));
     return result;
@@ -72,6 +76,9 @@ Columns RandomColumns(std::uint32_t seed, bool classes, std::uint32_t numClasses
     double const signal = columns.ordered[0][row] + 2.0 * columns.nominal[0][row];
     double const value = signal + random.Below(4);
     columns.target.push_back(classes ? std::fmod(std::floor(value / 3.0), numClasses) : value);
+  }
+  for (std::size_t row = 0; row < numCases; ++row) {
+    columns.weights.push_back(random.Multiple(0.1, 30));
   }
   return columns;
 }
@@ -121,16 +128,62 @@ TEST_P(EverySeed, ShuffledRowsGrowTheSameTree) {
   }
 }
 
+/// Each row as often as its frequency says, where it is.
+std::vector<std::size_t> RepeatedRows(Columns const& columns) {
+  std::vector<std::size_t> rows;
+  for (std::size_t row = 0; row < columns.target.size(); ++row) {
+    rows.insert(rows.end(), static_cast<std::size_t>(columns.counts[row]), row);
+  }
+  return rows;
+}
+
 TEST_P(EverySeed, FrequenciesGrowTheTreeOfRepeatedCases) {
   for (bool const classes : {true, false}) {
     Columns const columns = RandomColumns(GetParam(), classes);
-    std::vector<std::size_t> rows;
-    for (std::size_t row = 0; row < columns.target.size(); ++row) {
-      rows.insert(rows.end(), static_cast<std::size_t>(columns.counts[row]), row);
-    }
+    std::vector<std::size_t> const rows = RepeatedRows(columns);
 
     for (GrowOptions const& options : {kSorted, kCoded}) {
       EXPECT_EQ(Grown(columns.Make(true), options), Grown(columns.Pick(rows).Make(false), options));
+    }
+  }
+}
+
+/// All that a validation shows, to the last bit.
+template <class Settings>
+std::string Validated(SampleData const& data, Settings settings, ValidationType type) {
+  settings.GetValidationSpec()->Set(type);
+  settings.GetValidationSpec()->SetNumCVFolds(4);
+  std::unique_ptr<Grower> const grower = data.Make(settings, kSorted);
+  std::vector<PruningStep> steps;
+  EXPECT_TRUE(grower->Grow() && grower->GetPruningSequence(&steps) && grower->Validate())
+      << grower->GetFailureMessage();
+  std::ostringstream out;
+  out << std::hexfloat << Describe(*grower->GetRootNode()) << grower->GetNumCases(TrainingSample)
+      << " + " << grower->GetNumCases(TestSample) << " cases, risk "
+      << grower->GetStatistics()->GetRisk() << ' ' << grower->GetStatistics()->GetStdError();
+  for (PruningStep const& step : steps) {
+    out << '\n' << step.numTerminalNodes << ' ' << step.complexity << ' ' << step.risk << ' '
+        << step.stdError;
+  }
+  return out.str();
+}
+
+TEST_P(EverySeed, ValidationDrawsRepeatedCasesOneByOne) {
+  for (bool const classes : {true, false}) {
+    Columns const columns = RandomColumns(GetParam(), classes);
+    for (bool const weighted : {false, true}) {
+      SampleData const counted = columns.Make(true, weighted);
+      SampleData const repeated = columns.Pick(RepeatedRows(columns)).Make(false, weighted);
+      for (ValidationType const type : {ValidationSplitSample, ValidationCrossValidation}) {
+        SCOPED_TRACE(type);
+        if (classes) {
+          EXPECT_EQ(Validated(counted, counted.ClassSettings(), type),
+                    Validated(repeated, repeated.ClassSettings(), type));
+        } else {
+          EXPECT_EQ(Validated(counted, counted.NumberSettings(), type),
+                    Validated(repeated, repeated.NumberSettings(), type));
+        }
+      }
     }
   }
 }

@@ -12,6 +12,10 @@
 namespace tree::grow {
 namespace {
 
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
 /// `numCases` cases whose class follows the first predictor, with noise, and ten predictors of
 /// noise.
 SampleData Noisy(std::size_t numCases, std::uint32_t seed) {
@@ -157,6 +161,111 @@ TEST(Validation, LeavingOneOutIsTheMostThatFoldsCanDo) {
   ASSERT_TRUE(grower->Validate()) << grower->GetFailureMessage();
 
   EXPECT_EQ(grower->GetStatistics()->GetRisk(), 0.0);
+}
+
+TEST(Validation, DrawsRowsWholeWhereFrequenciesAreNoWholeNumbers) {
+  SampleData data(6);
+  data.Classes({0, 0, 0, 1, 1, 1})
+      .Ordered({1, 2, 3, 7, 8, 9})
+      .Frequencies({1.5, 1.5, 1.5, 1.5, 1.5, 1.5});
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetValidationSpec()->Set(ValidationCrossValidation);
+
+  auto const grower = Grown(data, settings);
+  ASSERT_TRUE(grower->Validate()) << grower->GetFailureMessage();
+
+  EXPECT_EQ(grower->GetStatistics()->GetRisk(), 0.0) << "leaves one row out at a time";
+  EXPECT_EQ(grower->GetNumCases(TrainingSample), 9U);
+  EXPECT_THAT(grower->GetRemarks(), ElementsAre(HasSubstr("\"frequency\"")));
+}
+
+TEST(Validation, DrawsNothingWhereAColumnSaysWhichSampleCasesBelongTo) {
+  SampleData data(4);
+  data.Classes({0, 1, 0, 1})
+      .Ordered({1, 2, 1, 2})
+      .Frequencies({0.5, 1.5, 2.5, 3.0})
+      .Samples({0, 0, 1, 1});
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetValidationSpec()->Set(ValidationSplitSample);
+
+  auto const grower = Grown(data, settings);
+
+  EXPECT_THAT(grower->GetRemarks(), IsEmpty());
+}
+
+/// The same tree of numbers, whatever they are multiplied with.
+struct OfNumbers {
+  int numNodes;
+  std::vector<PruningStep> steps;
+};
+
+OfNumbers ValidatedNumbers(int exponent, ValidationType type) {
+  RandomNumbers random(17);
+  std::vector<double> numbers;
+  std::vector<double> signal;
+  std::vector<double> group;
+  for (int row = 0; row < 120; ++row) {
+    signal.push_back(random.Below(10));
+    group.push_back(random.Below(5));
+    numbers.push_back(std::ldexp(signal.back() + group.back() + random.Below(6), exponent));
+  }
+  SampleData data(numbers.size());
+  data.Numbers(numbers).Ordered(signal).Nominal(group);
+  RCartSettingsImp settings = data.NumberSettings();
+  if (type != ValidationNone) settings.GetValidationSpec()->Set(type);
+  auto const grower = Grown(data, settings);
+  OfNumbers result{grower->GetNumNodes(AllNodes), {}};
+  EXPECT_TRUE(grower->GetPruningSequence(&result.steps)) << grower->GetFailureMessage();
+  return result;
+}
+
+TEST(Validation, OfLargeAndSmallNumbersIsThatOfOthersMultiplied) {
+  for (ValidationType const type :
+       {ValidationNone, ValidationSplitSample, ValidationCrossValidation}) {
+    OfNumbers const plain = ValidatedNumbers(0, type);
+    for (int const exponent : {-500, -340, 340, 500}) {
+      SCOPED_TRACE("2^" + std::to_string(exponent) + ", validation " + std::to_string(type));
+      OfNumbers const multiplied = ValidatedNumbers(exponent, type);
+
+      EXPECT_EQ(multiplied.numNodes, plain.numNodes);
+      ASSERT_EQ(multiplied.steps.size(), plain.steps.size());
+      for (std::size_t step = 0; step < plain.steps.size(); ++step) {
+        EXPECT_EQ(multiplied.steps[step].numTerminalNodes, plain.steps[step].numTerminalNodes);
+        EXPECT_DOUBLE_EQ(std::ldexp(multiplied.steps[step].complexity, -2 * exponent),
+                         plain.steps[step].complexity);
+        EXPECT_DOUBLE_EQ(std::ldexp(multiplied.steps[step].risk, -2 * exponent),
+                         plain.steps[step].risk);
+        EXPECT_DOUBLE_EQ(std::ldexp(multiplied.steps[step].stdError, -2 * exponent),
+                         plain.steps[step].stdError);
+      }
+    }
+  }
+}
+
+TEST(Validation, MeasuresLargeErrorsOfTestCasesThatAreAllAlike) {
+  SampleData data(4);
+  data.Numbers({1.0, 2.0, 1e120, 1e120}).Ordered({1, 2, 1, 2}).Samples({0, 0, 1, 1});
+  RCartSettingsImp settings = data.NumberSettings();
+  settings.GetValidationSpec()->Set(ValidationSplitSample);
+
+  auto const grower = Grown(data, settings);
+  ASSERT_TRUE(grower->Validate());
+
+  EXPECT_DOUBLE_EQ(grower->GetStatistics()->GetRisk(), 1e240);
+  EXPECT_EQ(grower->GetStatistics()->GetStdError(), 0.0);
+}
+
+TEST(Pruning, CountsWhatIsWrongInNodesOfASingleCaseInAll) {
+  // Each child has half a case of either number, 1 from its mean; the root lies 6 and 4 off.
+  SampleData data(4);
+  data.Numbers({0, 2, 10, 12}).Ordered({1, 1, 2, 2}).Frequencies({0.5, 0.5, 0.5, 0.5});
+
+  auto const grower = Grown(data, data.NumberSettings());
+  std::vector<PruningStep> steps;
+  ASSERT_TRUE(grower->GetPruningSequence(&steps));
+
+  ASSERT_EQ(steps.size(), 2U);
+  EXPECT_DOUBLE_EQ(steps[1].complexity, 26.0 - 1.0);
 }
 
 TEST(Pruning, ByCrossValidationKeepsTheSignalAndDropsTheNoise) {

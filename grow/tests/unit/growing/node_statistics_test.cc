@@ -146,6 +146,34 @@ TEST(NodeStatistics, DescribeNoCases) {
   EXPECT_EQ(Numbers(*node).GetNumBins(), kNumBins);
 }
 
+TEST(NodeStatistics, HaveADeviationOfPartsOfASingleCase) {
+  // Half a case of 2 and half a case of 6; with n / (n - 1) there would be none.
+  PreparedSample const sample({.target = {2.0, 6.0},
+                               .hasClasses = false,
+                               .weights = {0.5, 0.5},
+                               .frequencies = {0.5, 0.5}});
+
+  auto const node = NodeOf(sample, {0, 1}, nullptr, 1.0);
+
+  EXPECT_EQ(Numbers(*node).GetUnweightedCount(), 1.0);
+  EXPECT_NEAR(Numbers(*node).GetStdDev(), 2.0, 1e-12);
+  EXPECT_NEAR(SumOfSquares(Numbers(*node)), 4.0, 1e-12);
+}
+
+TEST(NodeStatistics, PredictForTheTestSampleWhatTheTrainingSamplePredicts) {
+  PreparedSample const sample({.target = {2.0, 4.0, 10.0}, .hasClasses = false});
+  auto const node = NodeOf(sample, {0, 1}, nullptr, 3.0);
+  NodeStatistics const test(sample.GetData(), TestSample, nullptr, 3.0);
+  for (std::vector<std::uint32_t> const& others :
+       {std::vector<std::uint32_t>{2}, std::vector<std::uint32_t>{}}) {
+    test.Fill(*node, others, SumCases(sample.GetData(), others));
+
+    EXPECT_EQ(node->GetRegInfo(TestSample)->GetPrediction(), 3.0) << others.size() << " cases";
+    EXPECT_EQ(node->GetRegInfo(TrainingSample)->GetPrediction(), 3.0);
+  }
+  EXPECT_EQ(node->GetRegInfo(TestSample)->GetMean(), 0.0);
+}
+
 TEST(NodeStatistics, CountNumbersInTwentyBinsFromLeastToGreatest) {
   // Bins are 1 wide; the greatest number belongs to the last one.
   PreparedSample const sample({.target = {0.0, 0.5, 1.0, 9.5, 19.0, 20.0},

@@ -35,7 +35,15 @@ std::optional<ValueCodes> CodeFew(std::vector<double> const& values, std::size_t
   Column column;
   column.description.missingValue = kMissing;
   column.values = values.data();
-  return CodeFewValues(column, AllRows(values.size()), maxNumValues, workers);
+  auto coded = CodeFewValues(column, {}, values.size(), maxNumValues, workers);
+  auto const byRow =
+      CodeFewValues(column, AllRows(values.size()), values.size(), maxNumValues, workers);
+  EXPECT_EQ(coded.has_value(), byRow.has_value());
+  if (coded.has_value() && byRow.has_value()) {
+    EXPECT_EQ(coded->codes, byRow->codes);
+    EXPECT_EQ(coded->values, byRow->values);
+  }
+  return coded;
 }
 
 /// Codes intervals of values of which none is missing.
@@ -77,6 +85,14 @@ TEST(CodeFewValues, TakesBothZerosForOneValue) {
   EXPECT_THAT(coded->codes, ElementsAre(0, 0, 1));
 }
 
+TEST(CodeFewValues, TellsSmallWholeNumbersFromOthers) {
+  auto const coded = CodeFew({1023.0, 1024.0, 0.5, 1.0, 1023.5, -1.0, 1024.0, 1.0}, 6);
+
+  ASSERT_TRUE(coded.has_value());
+  EXPECT_THAT(coded->values, ElementsAre(-1.0, 0.5, 1.0, 1023.0, 1023.5, 1024.0));
+  EXPECT_THAT(coded->codes, ElementsAre(3, 5, 1, 2, 4, 0, 5, 2));
+}
+
 TEST(CodeFewValues, CodesInfinitiesAndNeighboursOfNumbers) {
   double const above = std::nextafter(1.0, 2.0);
 
@@ -103,7 +119,7 @@ TEST(CodeFewValues, ReadsOnlyTheRowsOfTheCases) {
   column.description.missingValue = kMissing;
   column.values = values.data();
 
-  auto const coded = CodeFewValues(column, std::vector<std::size_t>{0, 2, 3}, 2, workers);
+  auto const coded = CodeFewValues(column, std::vector<std::size_t>{0, 2, 3}, 3, 2, workers);
 
   ASSERT_TRUE(coded.has_value());
   EXPECT_THAT(coded->values, ElementsAre(7.0, 9.0));

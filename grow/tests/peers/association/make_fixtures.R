@@ -1,0 +1,148 @@
+# Makes the fixtures of this directory, as README.md describes them: Rscript make_fixtures.R
+#
+# Everything here comes from R's own functions and data.
+
+Number <- function(x) ifelse(is.infinite(x), ifelse(x > 0, "inf", "-inf"), sprintf("%.17g", x))
+
+lines <- character(0)
+Write <- function(...) lines <<- c(lines, paste(c(...), collapse = "\t"))
+Save <- function(name) {
+  file <- file(name, "wb")
+  on.exit(close(file))
+  writeLines(lines, file)
+  lines <<- character(0)
+}
+
+# --- tails ----------------------------------------------------------------------------------------
+
+MakeTails <- function() {
+  multiples <- c(0.01, 0.5, 0.99, 1, 1.2, 2, 5, 30, 300, 1e4, 1e7)
+  for (df in c(0.5, 1, 2, 3, 9, 45, 500, 20000)) {
+    around <- 1000 + seq(120, 220, by = 20)  # where probabilities leave the range of doubles
+    for (value in c(df * multiples, around)) {
+      log.p <- pchisq(value, df, lower.tail = FALSE, log.p = TRUE)
+      Write("chi-square", Number(c(value, df, 0, log.p)))
+    }
+  }
+  for (df in c(1, 2, 9, 40)) {
+    for (errors in c(1, 2, 7, 50, 1000)) {
+      for (value in c(multiples, 1e20)) {
+        log.p <- pf(value, df, errors, lower.tail = FALSE, log.p = TRUE)
+        Write("f", Number(c(value, df, errors, log.p)))
+      }
+    }
+  }
+  Save("tails.txt")
+}
+
+# --- tables of classes ----------------------------------------------------------------------------
+
+Statistic <- function(kind, value, df) {
+  Write(kind, Number(c(value, df, pchisq(value, df, lower.tail = FALSE, log.p = TRUE))))
+}
+
+# `weights`: mean weight of each cell.
+WriteTable <- function(name, table, weights = NULL) {
+  table <- unname(as.matrix(table))
+  storage.mode(table) <- "double"
+  scores <- seq_len(ncol(table))^1.5
+  Write("table", name, ncol(table))
+  for (row in seq_len(nrow(table))) Write("sizes", Number(table[row, ]))
+  if (!is.null(weights)) {
+    for (row in seq_len(nrow(table))) Write("weights", Number(weights[row, ] * table[row, ]))
+  }
+  Write("scores", Number(scores))
+
+  mean.weights <- if (is.null(weights)) 0 * table + 1 else weights
+  mean.weights[table == 0] <- sum(mean.weights * table) / sum(table)
+  cells <- data.frame(n = as.vector(table), row = factor(row(table)), column = factor(col(table)),
+                      score = scores[col(table)], mean.weights = as.vector(mean.weights))
+  control <- glm.control(epsilon = 1e-13, maxit = 100)
+  Fit <- function(formula) {
+    suppressWarnings(glm(formula, poisson, cells, offset = -log(mean.weights), control = control))
+  }
+  independent <- Fit(n ~ row + column)
+  # The columns take the effect of the first row; with it, the design would not be of full rank.
+  effects <- model.matrix(~ row:score, cells)[, -(1:2), drop = FALSE]
+  row.effects <- Fit(n ~ row + column + effects)
+  expected <- fitted(independent)
+  pearson <- sum((cells$n - expected)^2 / expected)
+  free <- (nrow(table) - 1) * (ncol(table) - 1)
+  if (is.null(weights)) {
+    test <- suppressWarnings(chisq.test(table, correct = FALSE))
+    stopifnot(isTRUE(all.equal(unname(test$statistic), pearson, tolerance = 1e-9)),
+              test$parameter == free)
+    pearson <- unname(test$statistic)
+  }
+  Statistic("pearson", pearson, free)
+  Statistic("likelihood-ratio", independent$deviance, free)
+  stopifnot(independent$df.residual - row.effects$df.residual == nrow(table) - 1)
+  Statistic("row-effects", independent$deviance - row.effects$deviance, nrow(table) - 1)
+}
+
+MakeTables <- function() {
+  WriteTable("admission by department", t(apply(UCBAdmissions, c(1, 3), sum)))
+  WriteTable("hair by eye colour", apply(HairEyeColor, c(1, 2), sum))
+  WriteTable("survival by class", apply(Titanic, c(1, 4), sum))
+  WriteTable("job satisfaction by income",  # Agresti 1990, table 2.8
+             rbind(c(20, 24, 80, 82), c(22, 38, 104, 125), c(13, 28, 81, 113), c(7, 18, 54, 92)))
+  WriteTable("far from independent", rbind(c(90000, 10), c(30, 80000)))
+  set.seed(7)
+  for (number in 1:12) {
+    rows <- 2 + number %% 4
+    columns <- 2 + number %% 3
+    shares <- outer(runif(rows), runif(columns)) * exp(rnorm(rows * columns, sd = 0.5))
+    table <- 1 + matrix(rpois(rows * columns, 40 * shares), rows)
+    if (number %% 3 == 0) table[1, 2] <- 0
+    weights <- round(matrix(runif(rows * columns, 0.25, 3), rows) * 64) / 64
+    WriteTable(paste("random", number), table)
+    WriteTable(paste("random", number, "weighted"), table, weights)
+  }
+  Save("class_tables.txt")
+}
+
+# --- groups of numbers ----------------------------------------------------------------------------
+
+WriteGroups <- function(name, number, group, weight = NULL) {
+  Write("numbers", name)
+  group <- factor(group)
+  for (level in levels(group)) {
+    Write("group", Number(number[group == level]))
+    if (!is.null(weight)) Write("weights", Number(weight[group == level]))
+  }
+  test <- anova(if (is.null(weight)) lm(number ~ group) else lm(number ~ group, weights = weight))
+  if (is.null(weight)) {
+    same <- oneway.test(number ~ group, var.equal = TRUE)
+    stopifnot(isTRUE(all.equal(unname(same$statistic), test[1, "F value"])))
+  }
+  Write("f", Number(c(test[1, "F value"], test$Df,
+                      pf(test[1, "F value"], test$Df[1], test$Df[2], lower.tail = FALSE,
+                         log.p = TRUE))))
+  # Levene 1960: the same test of the distances from the means of the groups.
+  if (is.null(weight)) {
+    distance <- abs(number - ave(number, group))
+    test <- anova(lm(distance ~ group))
+    Write("levene", Number(c(test[1, "F value"], test$Df,
+                             pf(test[1, "F value"], test$Df[1], test$Df[2], lower.tail = FALSE,
+                                log.p = TRUE))))
+  }
+}
+
+MakeNumbers <- function() {
+  WriteGroups("insect sprays", InsectSprays$count, InsectSprays$spray)
+  WriteGroups("chicken feed", chickwts$weight, chickwts$feed)
+  WriteGroups("plant growth", PlantGrowth$weight, PlantGrowth$group)
+  WriteGroups("petals of iris", iris$Petal.Length, iris$Species)
+  WriteGroups("ozone by month", airquality$Ozone[!is.na(airquality$Ozone)],
+              airquality$Month[!is.na(airquality$Ozone)])
+  WriteGroups("sleep", sleep$extra, sleep$group)
+  eighths <- (1 + (7 * seq_len(nrow(warpbreaks))) %% 13) / 8
+  WriteGroups("breaks by tension, weighted", warpbreaks$breaks, warpbreaks$tension, eighths)
+  WriteGroups("feed, weighted", chickwts$weight, chickwts$feed,
+              (1 + (7 * seq_len(nrow(chickwts))) %% 13) / 8)
+  Save("number_groups.txt")
+}
+
+MakeTails()
+MakeTables()
+MakeNumbers()
