@@ -2,10 +2,13 @@
 //
 //     grow_peer data FILE CASES NOMINAL             writes the data
 //     grow_peer grow FILE CASES NOMINAL KIND DEPTH LEAF THREADS SURROGATES COMPETITORS
+//     grow_peer write-csv FILE CASES NOMINAL        writes the same data as text
+//     grow_peer read-csv FILE                       reads it
 //
 // The file holds doubles, a column after the other: 20 predictors, of which the first NOMINAL are
 // categories from 0 to 9, then a number to predict; its sign is the class to predict.
-// `grow` prints: seconds, terminal nodes, MB of memory beyond the data at the peak.
+// `grow` prints: seconds, terminal nodes, MB of memory beyond the data at the peak; `read-csv`:
+// seconds, rows.
 
 #include <sys/resource.h>
 
@@ -15,10 +18,12 @@
 #include <fstream>
 #include <iostream>
 #include <memory>
+#include <optional>
 #include <random>
 #include <string>
 #include <vector>
 
+#include "tree/grow/csv.h"
 #include "tree/grow/grower.h"
 
 namespace {
@@ -119,6 +124,34 @@ void Grow(Columns& columns, std::size_t numNominal, bool classes, char** options
               PeakMegabytes() - before);
 }
 
+/// Categories become words, and numbers have six digits.
+void WriteCsv(Columns const& columns, std::size_t numNominal, char const* path) {
+  std::unique_ptr<std::FILE, int (*)(std::FILE*)> const file(std::fopen(path, "wb"), &std::fclose);
+  if (file == nullptr) throw std::runtime_error(std::string("cannot write ") + path);
+  for (std::size_t position = 0; position <= kNumPredictors; ++position) {
+    std::fprintf(file.get(), "%sx%zu", position > 0 ? "," : "", position);
+  }
+  for (std::size_t row = 0; row < columns[0].size(); ++row) {
+    for (std::size_t position = 0; position <= kNumPredictors; ++position) {
+      char const* const before = position > 0 ? "," : "\n";
+      if (position < numNominal) {
+        std::fprintf(file.get(), "%scategory %g", before, columns[position][row]);
+      } else {
+        std::fprintf(file.get(), "%s%.6g", before, columns[position][row]);
+      }
+    }
+  }
+  std::fputc('\n', file.get());
+  if (std::fflush(file.get()) != 0) throw std::runtime_error(std::string("cannot write ") + path);
+}
+
+void ReadCsvFile(char const* path) {
+  auto const start = std::chrono::steady_clock::now();
+  std::optional<CsvData> const read = ReadCsv(path);
+  std::chrono::duration<double> const seconds = std::chrono::steady_clock::now() - start;
+  std::printf("%.3f %zu\n", seconds.count(), read->data.GetNumCases());
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -130,6 +163,11 @@ int main(int argc, char** argv) {
     } else if (what == "grow" && argc == 11) {
       Columns columns = Read(argv[2], std::strtoul(argv[3], nullptr, 10));
       Grow(columns, std::strtoul(argv[4], nullptr, 10), std::string(argv[5]) == "class", argv + 6);
+    } else if (what == "write-csv" && argc == 5) {
+      std::size_t const numNominal = std::strtoul(argv[4], nullptr, 10);
+      WriteCsv(MakeData(std::strtoul(argv[3], nullptr, 10), numNominal), numNominal, argv[2]);
+    } else if (what == "read-csv" && argc == 3) {
+      ReadCsvFile(argv[2]);
     } else {
       std::cerr << "usage: see the top of grow_peer.cc\n";
       return 2;

@@ -1,8 +1,9 @@
-"""Grows one tree with a package of Python.
+"""Grows one tree with a package of Python, or reads a file.
 
 python_peer.py PACKAGE FILE CASES NOMINAL KIND DEPTH LEAF
+python_peer.py pandas FILE
 PACKAGE: sklearn (its best splitter) or xgboost (one tree, exact method). Prints seconds and
-terminal nodes. The file is described in grow_peer.cc.
+terminal nodes, or rows. The files are described in grow_peer.cc.
 """
 
 import sys
@@ -41,7 +42,18 @@ def grow_xgboost(x, y, kind, depth, leaf):
     return taken, sum(line.count("leaf=") for line in model.get_dump())
 
 
+def read_csv(path):
+    import pandas
+
+    start = time.perf_counter()
+    frame = pandas.read_csv(path)
+    return time.perf_counter() - start, len(frame)
+
+
 def main():
+    if sys.argv[1] == "pandas":
+        print("{:.3f} {}".format(*read_csv(sys.argv[2])))
+        return
     package, path, cases, nominal, kind, depth, leaf = sys.argv[1:]
     data = numpy.fromfile(path).reshape(21, int(cases))
     x = numpy.ascontiguousarray(data[:20].T)

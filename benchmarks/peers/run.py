@@ -1,9 +1,9 @@
-"""Grows the same trees with this library and with its peers, on one machine in one run.
+"""Does the same work with this library and with its peers, on one machine in one run.
 
-run.py GROW_PEER [CASES]
-GROW_PEER: the program made of grow_peer.cc. CASES: 1000000 unless told otherwise. Peers that are not
-installed are left out. Each tree is grown by each program in a process of its own, on one thread;
-the smaller of two runs counts.
+run.py FOLDER [CASES]
+FOLDER: where the programs made of the files beside this one are. CASES: 1000000 unless told
+otherwise. Peers that are not installed are left out. Each tree is grown, and each file read, by each
+program in a process of its own, on one thread; the smaller of two runs counts.
 """
 
 import os
@@ -50,39 +50,76 @@ def text_of(numbers, own):
     return f"{numbers[0]:.2f} s, {numbers[0] / own[0]:.1f}x ({numbers[1]:.0f})"
 
 
-def main():
-    program = sys.argv[1]
-    cases = sys.argv[2] if len(sys.argv) > 2 else "1000000"
+def print_head(title, *columns):
+    print(f"\n{title}\n")
+    print("| " + " | ".join(columns) + " |")
+    print("|---" * len(columns) + "|", flush=True)
+
+
+def grow_trees(program, cases, folder):
     megabytes = int(cases) * 21 * 8 / 1024 / 1024
     trees = [(nominal, kind, depth, 0, 0) for nominal in (0, 5) for kind in ("class", "number")
              for depth in (5, OUT)]
     trees += [(0, kind, 5, 5, 4) for kind in ("class", "number")]
-    print(f"{cases} cases x 20 predictors, 50 cases a leaf; seconds, times ours, (terminal nodes)\n")
-    print("| tree | ours | memory beyond the data | ours, 2 threads | " + " | ".join(PEERS) + " |")
-    print("|---" * (4 + len(PEERS)) + "|", flush=True)
+    print_head(f"CART, {cases} cases x 20 predictors, 50 cases a leaf; seconds, times ours, "
+               "(terminal nodes)", "tree", "ours", "memory beyond the data", "ours, 2 threads",
+               *PEERS)
+    paths = {}
+    for nominal in (0, 5):
+        paths[nominal] = folder / f"data{nominal}.bin"
+        subprocess.run([program, "data", paths[nominal], cases, str(nominal)], check=True)
+    for nominal, kind, depth, surrogates, competitors in trees:
+        path = paths[nominal]
+
+        def grow(threads):
+            return measure([program, "grow", path, cases, nominal, kind, depth, 50, threads,
+                            surrogates, competitors])
+
+        own, two = grow(1), grow(2)
+        name = f"{kind}, " + ("grown out" if depth == OUT else f"depth {depth}")
+        if nominal:
+            name += f", {nominal} nominal"
+        if surrogates:
+            name += f", {surrogates} surrogates, {competitors} competitors"
+        cells = [name, f"{own[0]:.2f} s ({own[1]:.0f})", f"{own[2] / megabytes:.2f}x",
+                 f"{two[0]:.2f} s, {own[0] / two[0]:.2f}x faster"]
+        cells += [text_of(run_peer(peer, path, cases, nominal, kind, depth, surrogates,
+                                   competitors), own) for peer in PEERS]
+        print("| " + " | ".join(cells) + " |", flush=True)
+
+
+def count_for_chaid(program, cases):
+    """CHAID beside a program that only counts and merges: the smallest of three runs of each."""
+    done = subprocess.run([program, cases], capture_output=True, text=True, check=True)
+    seconds = {}
+    for line in done.stdout.splitlines():
+        name, taken, _ = line.split()
+        seconds[name] = min(float(taken), seconds.get(name, float("inf")))
+    print_head(f"CHAID, {cases} cases x 20 predictors of 10 categories, 3 levels", "", "seconds",
+               "times the bare program")
+    for name, taken in seconds.items():
+        print(f"| {name} | {taken:.3f} | {taken / seconds['bare']:.1f}x |")
+
+
+def read_files(program, cases, folder):
+    print_head(f"CSV, {cases} rows x 21 columns", "file", "MB", "ours", "pandas")
+    for nominal in (0, 5):
+        path = folder / f"data{nominal}.csv"
+        subprocess.run([program, "write-csv", path, cases, str(nominal)], check=True)
+        own = measure([program, "read-csv", path])
+        peer = measure([PYTHON, HERE / "python_peer.py", "pandas", path])
+        print(f"| {21 - nominal} numbers, {nominal} texts | {path.stat().st_size / 1e6:.0f} | "
+              f"{own[0]:.2f} s | {text_of(peer, own)} |", flush=True)
+        path.unlink()
+
+
+def main():
+    programs = pathlib.Path(sys.argv[1])
+    cases = sys.argv[2] if len(sys.argv) > 2 else "1000000"
     with tempfile.TemporaryDirectory() as folder:
-        paths = {}
-        for nominal in (0, 5):
-            paths[nominal] = pathlib.Path(folder) / f"data{nominal}.bin"
-            subprocess.run([program, "data", paths[nominal], cases, str(nominal)], check=True)
-        for nominal, kind, depth, surrogates, competitors in trees:
-            path = paths[nominal]
-
-            def grow(threads):
-                return measure([program, "grow", path, cases, nominal, kind, depth, 50, threads,
-                                surrogates, competitors])
-
-            own, two = grow(1), grow(2)
-            name = f"{kind}, " + ("grown out" if depth == OUT else f"depth {depth}")
-            if nominal:
-                name += f", {nominal} nominal"
-            if surrogates:
-                name += f", {surrogates} surrogates, {competitors} competitors"
-            cells = [name, f"{own[0]:.2f} s ({own[1]:.0f})", f"{own[2] / megabytes:.2f}x",
-                     f"{two[0]:.2f} s, {own[0] / two[0]:.2f}x faster"]
-            cells += [text_of(run_peer(peer, path, cases, nominal, kind, depth, surrogates,
-                                       competitors), own) for peer in PEERS]
-            print("| " + " | ".join(cells) + " |", flush=True)
+        read_files(programs / "tree_grow_peer", cases, pathlib.Path(folder))
+        count_for_chaid(programs / "tree_chaid_peer", cases)
+        grow_trees(programs / "tree_grow_peer", cases, pathlib.Path(folder))
 
 
 if __name__ == "__main__":
