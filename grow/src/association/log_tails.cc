@@ -52,9 +52,8 @@ double LogMinusDifference(double logRatio, double difference) {
 /// of a and b.
 template <class Next>
 double ContinuedFraction(double first, Next const& next) {
-  constexpr double kTiny = 1e-300;
   constexpr int kMaxTerms = 100000;
-  auto const away = [](double value) { return value == 0.0 ? kTiny : value; };
+  auto const away = [](double value) { return value == 0.0 ? 1e-300 : value; };
   double fraction = away(first);
   double numerators = fraction;
   double denominators = 0.0;

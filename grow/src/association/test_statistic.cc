@@ -37,10 +37,6 @@ double LogP(TestStatistic const& statistic) {
 }
 
 bool IsSurelyLessSignificant(TestStatistic const& left, TestStatistic const& right) {
-  if (left.degreesOfFreedom == right.degreesOfFreedom &&
-      left.errorDegreesOfFreedom == right.errorDegreesOfFreedom) {
-    return left.degreesOfFreedom > 0.0 && left.value < right.value;
-  }
   if (!HasBounds(left) || !HasBounds(right)) return false;
   return BoundDeviate(left).upper < BoundDeviate(right).lower;
 }

@@ -13,9 +13,15 @@ struct TestStatistic {
 /// The natural logarithm of the p-value; 0 where there is nothing to test.
 double LogP(TestStatistic const& statistic);
 
-/// Whether a statistic is surely less significant than another, by a bound that costs a fraction of
-/// their p-values; false means nothing. For chi-square and F with the same degrees of freedom on
-/// both sides, and for F with one degree of freedom.
+/// Whether two statistics have the same degrees of freedom, so that the greater value is the more
+/// significant.
+inline bool AreComparable(TestStatistic const& left, TestStatistic const& right) {
+  return left.degreesOfFreedom == right.degreesOfFreedom &&
+         left.errorDegreesOfFreedom == right.errorDegreesOfFreedom;
+}
+
+/// Whether F is surely less significant than another, by bounds that cost a fraction of the
+/// p-values; false means nothing. For one degree of freedom, and any of the errors.
 bool IsSurelyLessSignificant(TestStatistic const& left, TestStatistic const& right);
 
 }  // namespace tree::grow

@@ -6,7 +6,9 @@
 #include <numeric>
 #include <utility>
 
+#include "cart/best_positions.h"
 #include "cart/predictor_search.h"
+#include "cart/surrogate_rules.h"
 #include "growing/node_statistics.h"
 #include "tree/grow/split_statistics.h"
 
@@ -15,20 +17,6 @@ namespace {
 
 /// What is less than this share of the impurity of a node is rounding, no improvement.
 constexpr double kRounding = 1e-12;
-
-/// The positions with a positive key, greatest first; of equal ones, the lowest position. At most
-/// `count`.
-template <class KeyOf>
-std::vector<std::size_t> BestPositions(std::size_t size, std::size_t count, KeyOf const& keyOf) {
-  std::vector<std::size_t> positions;
-  for (std::size_t position = 0; position < size; ++position) {
-    if (keyOf(position) > 0.0) positions.push_back(position);
-  }
-  std::stable_sort(positions.begin(), positions.end(),
-                   [&](std::size_t a, std::size_t b) { return keyOf(a) > keyOf(b); });
-  if (positions.size() > count) positions.resize(count);
-  return positions;
-}
 
 int CriterionOf(CartSettings const& settings) {
   auto const* const classSettings = dynamic_cast<CCartSettings const*>(&settings);
@@ -110,30 +98,6 @@ std::unique_ptr<SplitRuleImp> CartMethod::MakeRule(std::size_t predictor,
   return rule;
 }
 
-std::unique_ptr<SplitRuleImp> CartMethod::MakeRule(std::size_t predictor,
-                                                   FoundSurrogate const& surrogate) const {
-  GrowingPredictor const& description = data_.GetPredictors()[predictor];
-  auto const position = static_cast<int>(predictor);
-  std::unique_ptr<SplitRuleImp> rule;
-  if (description.IsNominal()) {
-    auto nominal = std::make_unique<NSplitRule>(position, 0);
-    for (std::size_t code = 0; code < surrogate.childOfCode.size(); ++code) {
-      if (surrogate.childOfCode[code] == kNoChild) continue;
-      nominal->SetCatMapping(static_cast<int>(description.values[code]),
-                             surrogate.childOfCode[code]);
-    }
-    rule = std::move(nominal);
-  } else {
-    auto ordered =
-        std::make_unique<OSplitRule>(description.column->description.missingValue, position);
-    ordered->SetCutPoint(surrogate.cutPoint);
-    if (surrogate.reversed) ordered->SetReverse();
-    rule = std::move(ordered);
-  }
-  rule->SetStatistic(SurrogateAssociation, surrogate.association);
-  return rule;
-}
-
 std::vector<RuleList> CartMethod::FindSplits(CaseLists const& lists,
                                              std::span<GrowingNode const> nodes, Workers& workers) {
   std::size_t const numPredictors = data_.GetPredictors().size();
@@ -172,41 +136,9 @@ std::vector<RuleList> CartMethod::FindSurrogates(CaseLists const& lists,
                                                  std::span<GrowingNode const> nodes,
                                                  std::vector<SplitRuleImp const*> const& primaries,
                                                  ChildOfPlace const& childOf, Workers& workers) {
-  std::vector<RuleList> rules(nodes.size());
-  int const maxNumSurrogates = settings_.GetMaxNumSurrogates();
-  if (maxNumSurrogates <= 0) return rules;
-  auto const isBinary = [&](std::size_t node) {
-    return primaries[node] != nullptr && primaries[node]->GetNumChildren() == 2;
-  };
-  std::vector<SurrogateSearch::Placed> placed(nodes.size());
-  workers.Run(nodes.size(), [&](std::size_t node) {
-    if (!isBinary(node)) return;
-    Range const places = nodes[node].ranges.places;
-    for (std::uint32_t place = places.begin; place < places.end; ++place) {
-      if (childOf[place] != kNoChild) placed[node][childOf[place]] += lists.WeightAt(place);
-    }
-  });
-  std::size_t const numPredictors = data_.GetPredictors().size();
-  std::vector<FoundSurrogate> found(nodes.size() * numPredictors);  // [node][predictor]
-  workers.Run(numPredictors, [&](std::size_t predictor) {
-    SurrogateSearch search(data_, lists, childOf, workers);
-    for (std::size_t node = 0; node < nodes.size(); ++node) {
-      if (!isBinary(node)) continue;
-      if (primaries[node]->GetPredictorIndex() == static_cast<int>(predictor)) continue;
-      found[node * numPredictors + predictor] =
-          search.Find(nodes[node].ranges, placed[node], predictor);
-    }
-  });
-  for (std::size_t node = 0; node < nodes.size(); ++node) {
-    FoundSurrogate const* const ofNode = found.data() + node * numPredictors;
-    auto const best =
-        BestPositions(numPredictors, static_cast<std::size_t>(maxNumSurrogates),
-                      [&](std::size_t predictor) { return ofNode[predictor].association; });
-    for (std::size_t const predictor : best) {
-      rules[node].push_back(MakeRule(predictor, ofNode[predictor]));
-    }
-  }
-  return rules;
+  return FindSurrogateRules(data_, lists, nodes, primaries, childOf,
+                            {settings_.GetMaxNumSurrogates(), GrowingPredictor::kMaxValues},
+                            workers);
 }
 
 }  // namespace tree::grow

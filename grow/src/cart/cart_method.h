@@ -8,7 +8,6 @@
 
 #include "cart/found_split.h"
 #include "cart/sides.h"
-#include "cart/surrogate_search.h"
 #include "growing/class_model.h"
 #include "growing/split_method.h"
 #include "tree/settings.h"
@@ -41,8 +40,6 @@ class CartMethod : public SplitMethod {
   void WithSides(CaseLists const& lists, Visit const& visit) const;
   double RoundingOf(GrowingNode const& node) const;
   std::unique_ptr<SplitRuleImp> MakeRule(std::size_t predictor, FoundSplit const& split) const;
-  std::unique_ptr<SplitRuleImp> MakeRule(std::size_t predictor,
-                                         FoundSurrogate const& surrogate) const;
 
   TrainingData const& data_;
   CartSettings const& settings_;

@@ -24,7 +24,9 @@ struct FoundSurrogate {
 /// weight of the cases that both send to the same child; the predictive association is
 /// (agreement - majority) / (all - majority), where `all` is the weight of the cases that the
 /// primary split places, and `majority` that of the child which gets most of it. Source: Breiman,
-/// Friedman, Olshen and Stone 1984, section 5.3.1. A case without a value of the surrogate's
+/// Friedman, Olshen and Stone 1984, section 5.3.1, where probabilities take the place of weights:
+/// with priors that are not those of the sample the two differ. Deliberate: a surrogate stands in
+/// for cases as they come, whatever their class. A case without a value of the surrogate's
 /// predictor counts as a disagreement, so a predictor that is often missing is of little use.
 class SurrogateSearch {
  public:

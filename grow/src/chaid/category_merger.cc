@@ -67,7 +67,7 @@ template <class Groups>
 void CategoryMerger<Groups>::UpdatePairs(std::span<std::size_t const> changed) {
   pairs_.Update(changed,
                 [&](std::size_t first, std::size_t second) -> std::optional<TestStatistic> {
-                  if (WasSplit({first, second})) return std::nullopt;
+                  if (!splitGroups_.empty() && WasSplit({first, second})) return std::nullopt;
                   return groups_.TestPair(first, second);
                 });
 }
@@ -95,7 +95,6 @@ void CategoryMerger<Groups>::Join(GroupPair pair) {
 
 template <class Groups>
 bool CategoryMerger<Groups>::WasSplit(GroupPair pair) const {
-  if (splitGroups_.empty()) return false;
   std::vector<std::size_t> together;
   for (std::size_t category = 0; category < groupOf_.size(); ++category) {
     if (groupOf_[category] == pair.first || groupOf_[category] == pair.second) {

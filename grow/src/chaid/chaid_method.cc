@@ -133,31 +133,36 @@ ChaidMethod::ChaidMethod(TrainingData const& data, ChaidSettings const& settings
   }
 }
 
-/// The node that each case of the data is in, by its position among `nodes`; of a case in none of
-/// them, their number.
-std::vector<std::uint16_t> ChaidMethod::NodesOfCases(CaseLists const& lists,
-                                                     std::span<GrowingNode const> nodes,
-                                                     Workers& workers) const {
-  std::vector<std::uint16_t> nodeOf(data_.GetNumCases(), static_cast<std::uint16_t>(nodes.size()));
+/// Where each case adds to a row of entries for all nodes, and for the cases of no node behind
+/// them: the entries of its node begin at its position among `nodes` times the size of a row.
+/// `entryOf`: where in them the case adds.
+template <class EntryOf>
+std::vector<std::uint32_t> ChaidMethod::EntriesOfCases(CaseLists const& lists,
+                                                       std::span<GrowingNode const> nodes,
+                                                       EntryOf const& entryOf,
+                                                       Workers& workers) const {
+  std::size_t const rowSize = layout_.GetRowSize();
+  std::vector<std::uint32_t> entries(data_.GetNumCases(),
+                                     static_cast<std::uint32_t>(nodes.size() * rowSize));
   workers.Run(nodes.size(), [&](std::size_t node) {
     for (std::uint32_t const index : lists.Cases(nodes[node].ranges)) {
-      nodeOf[index] = static_cast<std::uint16_t>(node);
+      entries[index] = static_cast<std::uint32_t>(node * rowSize + entryOf(index));
     }
   });
-  return nodeOf;
+  return entries;
 }
 
-/// Sums up the cases of each node by the categories of each predictor, and merges these. `addCase`:
-/// adds a case, by its index, to a row; `improve`: what groups of the categories of a table
-/// improve.
+/// Sums up the cases of each node by the categories of each predictor, and merges these. `entryOf`:
+/// where in a row a case adds; `add`: adds it to the entry there; `improve`: what groups of the
+/// categories of a table improve.
 ///
 /// Where the nodes have most of the cases, all are read in their order, once for each predictor,
-/// and each case finds the table of its node. Otherwise the cases of one node are read after those
+/// and each case finds the entry of its node. Otherwise the cases of one node are read after those
 /// of another.
-template <class Groups, class AddCase, class Improve>
+template <class Groups, class EntryOf, class Add, class Improve>
 std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
     CaseLists const& lists, std::span<GrowingNode const> nodes, Groups const& groups,
-    AddCase const& addCase, Improve const& improve, Workers& workers) const {
+    EntryOf const& entryOf, Add const& add, Improve const& improve, Workers& workers) const {
   using Entry = typename Groups::Entry;
   MergeSettings const settings{
       settings_.GetAlphaOfMerge(),     settings_.GetAlphaOfMergeSplit(),
@@ -167,8 +172,8 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
   std::size_t numInNodes = 0;
   for (GrowingNode const& node : nodes) numInNodes += node.ranges.places.Size();
   bool const readsAll = numInNodes >= data_.GetNumCases() / 4;
-  std::vector<std::uint16_t> const nodeOf =
-      readsAll ? NodesOfCases(lists, nodes, workers) : std::vector<std::uint16_t>();
+  std::vector<std::uint32_t> const entries =
+      readsAll ? EntriesOfCases(lists, nodes, entryOf, workers) : std::vector<std::uint32_t>();
   std::vector<Found> found(nodes.size() * numPredictors);  // [node][predictor]
   workers.Run(numPredictors, [&](std::size_t position) {
     GrowingPredictor const& predictor = data_.GetPredictors()[position];
@@ -180,36 +185,41 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
     std::size_t const tableSize = layout_.GetSize(position);
     std::uint16_t const* const codes = predictor.codes.data();
     auto const missingRow = static_cast<std::uint16_t>(predictor.values.size());
-    auto const merge = [&](std::size_t node, std::span<Entry const> table) {
+    std::vector<Entry> table(tableSize);  // of one node
+    auto const merge = [&](std::size_t node) {
       MergedCategories const& merged = merger.Merge(table, kind, predictor.hasMissing);
       if (merged.numGroups < 2 || merged.numGroups > kMaxChildren) return;
       found[node * numPredictors + position] = {merged, improve(merged, table)};
     };
     constexpr std::size_t kMaxEntries = std::size_t{1} << 22;
     if (readsAll && tableSize * (nodes.size() + 1) <= kMaxEntries) {
-      std::vector<Entry> tables(tableSize * (nodes.size() + 1));  // the last one: of no node
+      std::size_t const allSize = (nodes.size() + 1) * rowSize;
+      std::vector<Entry> tables(tableSize / rowSize * allSize);  // [category][node]
       ForSlices(data_.GetNumCases(), workers, [&](std::size_t begin, std::size_t end) {
         for (std::size_t index = begin; index < end; ++index) {
           std::size_t const row = std::min(codes[index], missingRow);
-          addCase(tables.data() + nodeOf[index] * tableSize + row * rowSize, index);
+          add(tables.data() + row * allSize + entries[index], index);
         }
       });
       for (std::size_t node = 0; node < nodes.size(); ++node) {
-        merge(node, {tables.data() + node * tableSize, tableSize});
+        Entry const* row = tables.data() + node * rowSize;
+        for (std::size_t begin = 0; begin < tableSize; begin += rowSize, row += allSize) {
+          std::copy(row, row + rowSize, table.begin() + static_cast<std::ptrdiff_t>(begin));
+        }
+        merge(node);
       }
       return;
     }
-    std::vector<Entry> table(tableSize);
     for (std::size_t node = 0; node < nodes.size(); ++node) {
       std::fill(table.begin(), table.end(), Entry{});
       std::span<std::uint32_t const> const cases = lists.Cases(nodes[node].ranges);
       ForSlices(cases.size(), workers, [&](std::size_t begin, std::size_t end) {
         for (std::uint32_t const index : cases.subspan(begin, end - begin)) {
           std::size_t const row = std::min(codes[index], missingRow);
-          addCase(table.data() + row * rowSize, index);
+          add(table.data() + row * rowSize + entryOf(index), index);
         }
       });
-      merge(node, table);
+      merge(node);
     }
   });
   return found;
@@ -228,21 +238,21 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindClassGroups(CaseLists const& li
   auto const improve = [&](MergedCategories const& merged, std::span<std::int64_t const> table) {
     return GiniOf(merged, table, layout_.GetRowSize(), weighted_ ? numClasses : 0, factors);
   };
+  auto const entryOf = [classes](std::size_t index) { return classes[index]; };
+  auto const find = [&](auto const& add) {
+    return FindGroups(lists, nodes, groups, entryOf, add, improve, workers);
+  };
   if (weighted_) {
-    auto const add = [&](std::int64_t* row, std::size_t index) {
-      row[classes[index]] += frequencies.Of(static_cast<std::uint32_t>(index));
-      row[numClasses + classes[index]] += weights.Of(static_cast<std::uint32_t>(index));
-    };
-    return FindGroups(lists, nodes, groups, add, improve, workers);
+    return find([&](std::int64_t* entry, std::size_t index) {
+      entry[0] += frequencies.Of(static_cast<std::uint32_t>(index));
+      entry[numClasses] += weights.Of(static_cast<std::uint32_t>(index));
+    });
   }
   if (!frequencies.multiples.empty()) {
-    auto const add = [&](std::int64_t* row, std::size_t index) {
-      row[classes[index]] += frequencies.multiples[index];
-    };
-    return FindGroups(lists, nodes, groups, add, improve, workers);
+    return find(
+        [&](std::int64_t* entry, std::size_t index) { *entry += frequencies.multiples[index]; });
   }
-  auto const add = [classes](std::int64_t* row, std::size_t index) { ++row[classes[index]]; };
-  return FindGroups(lists, nodes, groups, add, improve, workers);
+  return find([](std::int64_t* entry, std::size_t) { ++*entry; });
 }
 
 std::vector<ChaidMethod::Found> ChaidMethod::FindNumberGroups(CaseLists const& lists,
@@ -250,15 +260,16 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindNumberGroups(CaseLists const& l
                                                               Workers& workers) const {
   FixedWeights const& frequencies = data_.GetFrequencies();
   FixedWeights const& weights = data_.GetWeights();
-  auto const add = [&](NumberSums* row, std::size_t index) {
+  auto const add = [&](NumberSums* entry, std::size_t index) {
     auto const number = static_cast<std::uint32_t>(index);
-    row->AddCase(frequencies.Of(number), weights.Of(number), numbers_.multiples[index]);
+    entry->AddCase(frequencies.Of(number), weights.Of(number), numbers_.multiples[index]);
   };
   double const scale = numbers_.unit * numbers_.unit * weights.unit / totalWeight_;
   auto const improve = [&](MergedCategories const& merged, std::span<NumberSums const> table) {
     return SquaresBetween(merged, table) * scale;
   };
-  return FindGroups(lists, nodes, NumberGroups(frequencies.unit), add, improve, workers);
+  auto const entryOf = [](std::size_t) { return 0; };
+  return FindGroups(lists, nodes, NumberGroups(frequencies.unit), entryOf, add, improve, workers);
 }
 
 std::vector<RuleList> ChaidMethod::FindSplits(CaseLists const& lists,

@@ -42,12 +42,13 @@ class ChaidMethod : public SplitMethod {
     MergedCategories merged;
     double improvement = 0.0;
   };
-  std::vector<std::uint16_t> NodesOfCases(CaseLists const& lists,
-                                          std::span<GrowingNode const> nodes,
-                                          Workers& workers) const;
-  template <class Groups, class AddCase, class Improve>
+  template <class EntryOf>
+  std::vector<std::uint32_t> EntriesOfCases(CaseLists const& lists,
+                                            std::span<GrowingNode const> nodes,
+                                            EntryOf const& entryOf, Workers& workers) const;
+  template <class Groups, class EntryOf, class Add, class Improve>
   std::vector<Found> FindGroups(CaseLists const& lists, std::span<GrowingNode const> nodes,
-                                Groups const& groups, AddCase const& addCase,
+                                Groups const& groups, EntryOf const& entryOf, Add const& add,
                                 Improve const& improve, Workers& workers) const;
   std::vector<Found> FindClassGroups(CaseLists const& lists, std::span<GrowingNode const> nodes,
                                      Workers& workers) const;

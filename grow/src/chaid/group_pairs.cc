@@ -33,25 +33,14 @@ bool GroupPairs::MayMerge(std::size_t position, std::size_t higher) const {
   return kind_ == CategoryKind::kNominal || higher == floating_ || groups_[position + 1] == higher;
 }
 
-GroupPairs::Tested& GroupPairs::At(std::size_t first, std::size_t second) {
-  if (kind_ == CategoryKind::kNominal) return pairs_[second * (second - 1) / 2 + first];
-  // A group has one neighbour above it, and perhaps the floating category.
-  return pairs_[second == floating_ ? numCategories_ + first : first];
-}
-
 double GroupPairs::LogPOf(Tested& tested) {
   if (std::isnan(tested.logP)) tested.logP = LogP(tested.statistic);
   return tested.logP;
 }
 
-bool GroupPairs::IsLessSignificant(Tested& left, Tested& right) {
+bool GroupPairs::HasGreaterP(Tested& left, Tested& right) {
   if (IsSurelyLessSignificant(left.statistic, right.statistic)) return true;
   if (IsSurelyLessSignificant(right.statistic, left.statistic)) return false;
-  if (left.statistic.value == right.statistic.value &&
-      left.statistic.degreesOfFreedom == right.statistic.degreesOfFreedom &&
-      left.statistic.errorDegreesOfFreedom == right.statistic.errorDegreesOfFreedom) {
-    return false;
-  }
   return LogPOf(left) > LogPOf(right);
 }
 

@@ -62,13 +62,22 @@ class GroupPairs {
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
 
   static double LogPOf(Tested& tested);
-  static bool IsLessSignificant(Tested& left, Tested& right);
+  static bool IsLessSignificant(Tested& left, Tested& right) {
+    return AreComparable(left.statistic, right.statistic)
+               ? left.statistic.value < right.statistic.value
+               : HasGreaterP(left, right);
+  }
+  static bool HasGreaterP(Tested& left, Tested& right);
   /// Whether a group may be merged with a higher one.
   bool MayMerge(std::size_t position, std::size_t higher) const;
   /// Calls `visit` with each higher group that the group may be merged with, ascending.
   template <class Visit>
   void VisitPartners(std::size_t position, Visit const& visit) const;
-  Tested& At(std::size_t first, std::size_t second);
+  Tested& At(std::size_t first, std::size_t second) {
+    if (kind_ == CategoryKind::kNominal) return pairs_[second * (second - 1) / 2 + first];
+    // A group has one neighbour above it, and perhaps the floating category.
+    return pairs_[second == floating_ ? numCategories_ + first : first];
+  }
   void Offer(std::size_t group, std::size_t partner);
   void FindBestPartner(std::size_t position);
 

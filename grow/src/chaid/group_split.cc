@@ -18,7 +18,8 @@ TestStatistic GroupSplit<Groups>::Find(Groups& groups, std::span<std::size_t con
     TryAll();
   }
   auto const lowest = std::min_element(categories_.begin(), categories_.end());
-  char const sideOfLowest = bestSide_[static_cast<std::size_t>(lowest - categories_.begin())];
+  std::uint8_t const sideOfLowest =
+      bestSide_[static_cast<std::size_t>(lowest - categories_.begin())];
   for (auto& side : sides_) side.clear();
   for (std::size_t position = 0; position < categories_.size(); ++position) {
     sides_[bestSide_[position] == sideOfLowest ? 0 : 1].push_back(categories_[position]);
@@ -43,10 +44,10 @@ void GroupSplit<Groups>::Start(Groups& groups, std::span<std::size_t const> cate
 /// Moves a category to the other side.
 template <class Groups>
 void GroupSplit<Groups>::Move(std::size_t position) {
-  auto const from = static_cast<std::size_t>(side_[position]);
+  std::size_t const from = side_[position];
   groups_->RemoveCategory(spare_ + from, categories_[position]);
   groups_->AddCategory(spare_ + 1 - from, categories_[position]);
-  side_[position] = static_cast<char>(1 - from);
+  side_[position] = static_cast<std::uint8_t>(1 - from);
 }
 
 /// Tests the sides as they are. All divisions of a group have the same degrees of freedom.

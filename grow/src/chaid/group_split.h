@@ -2,6 +2,7 @@
 #define TREE_GROW_SRC_CHAID_GROUP_SPLIT_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <span>
 #include <vector>
 
@@ -42,8 +43,8 @@ class GroupSplit {
   Groups* groups_ = nullptr;
   std::size_t spare_ = 0;  // the group of one side; the next one is that of the other
   std::vector<std::size_t> categories_;
-  std::vector<char> side_;  // by position in `categories_`
-  std::vector<char> bestSide_;
+  std::vector<std::uint8_t> side_;  // by position in `categories_`
+  std::vector<std::uint8_t> bestSide_;
   TestStatistic best_;
   bool any_ = false;
   std::vector<std::size_t> sides_[2];

@@ -78,6 +78,7 @@ void Read(std::vector<std::uint32_t> const& cases, std::vector<Value> const& sou
 CaseLists::CaseLists(TrainingData const& data, std::vector<std::uint8_t> const& included,
                      Workers& workers, CodeOrder codeOrder)
     : data_(data),
+      workers_(workers),
       codeOrder_(codeOrder),
       sorted_(data.GetPredictors().size()),
       newPlaces_(data.GetNumCases(), kNoPlace) {
@@ -91,6 +92,7 @@ CaseLists::CaseLists(TrainingData const& data, std::vector<std::uint8_t> const& 
 
 CaseLists::CaseLists(TrainingData& data, Workers& workers, CodeOrder codeOrder)
     : data_(data),
+      workers_(workers),
       codeOrder_(codeOrder),
       sorted_(data.ReleaseSorted()),
       newPlaces_(data.GetNumCases(), kNoPlace) {
@@ -107,6 +109,7 @@ void CaseLists::PlaceCases(std::vector<std::uint8_t> const& included) {
     cases_.push_back(index);
   }
   root_.places = {0, static_cast<std::uint32_t>(cases_.size())};
+  workers_.Poll();
   Read(cases_, data_.GetClasses(), classes_);
   Read(cases_, data_.GetNumbers().multiples, numbers_);
   Read(cases_, data_.GetWeights().multiples, weights_);
@@ -150,9 +153,8 @@ void CaseLists::Follow(NodeRanges const& node, std::vector<Value>& values) const
   if (values.empty()) return;
   std::uint32_t const begin = node.places.begin;
   std::vector<Value> const old(values.begin() + begin, values.begin() + node.places.end);
-  for (std::uint32_t place = 0; place < old.size(); ++place) {
-    values[newPlaces_[begin + place]] = old[place];
-  }
+  ForEachPolling(begin, node.places.end, workers_,
+                 [&](std::uint32_t place) { values[newPlaces_[place]] = old[place - begin]; });
 }
 
 std::vector<NodeRanges> CaseLists::DivideCases(NodeRanges const& node, ChildOfPlace const& childOf,
@@ -162,9 +164,8 @@ std::vector<NodeRanges> CaseLists::DivideCases(NodeRanges const& node, ChildOfPl
     return std::min<std::size_t>(childOf[place], numParts - 1);
   };
   std::vector<std::uint32_t> next(numParts + 1);
-  for (std::uint32_t place = node.places.begin; place < node.places.end; ++place) {
-    ++next[partOf(place) + 1];
-  }
+  ForEachPolling(node.places.begin, node.places.end, workers_,
+                 [&](std::uint32_t place) { ++next[partOf(place) + 1]; });
   next[0] = node.places.begin;
   for (std::size_t part = 1; part <= numParts; ++part) next[part] += next[part - 1];
   std::vector<NodeRanges> children(numParts - 1);
@@ -172,9 +173,8 @@ std::vector<NodeRanges> CaseLists::DivideCases(NodeRanges const& node, ChildOfPl
     children[child].places = {next[child], next[child + 1]};
     children[child].byPredictor.resize(node.byPredictor.size());
   }
-  for (std::uint32_t place = node.places.begin; place < node.places.end; ++place) {
-    newPlaces_[place] = next[partOf(place)]++;
-  }
+  ForEachPolling(node.places.begin, node.places.end, workers_,
+                 [&](std::uint32_t place) { newPlaces_[place] = next[partOf(place)]++; });
   Follow(node, cases_);
   Follow(node, classes_);
   Follow(node, numbers_);

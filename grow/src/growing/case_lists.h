@@ -69,13 +69,15 @@ class PlacedCodes {
 class CaseLists {
  public:
   /// The lists of a root with the cases for which `included` is not 0; all cases when it is empty.
-  /// `data`: with prepared predictors; **borrowed**.
+  /// `data`: with prepared predictors; **borrowed**, as are the `workers`.
   CaseLists(TrainingData const& data, std::vector<std::uint8_t> const& included, Workers& workers,
             CodeOrder codeOrder = CodeOrder::kByPlace);
   /// The lists of a root with all cases, which uses up the sorted lists of the data: half the
   /// memory, and nothing is copied.
   CaseLists(TrainingData& data, Workers& workers, CodeOrder codeOrder = CodeOrder::kByPlace);
 
+  /// Whom to poll while the cases of a node are gone through.
+  Workers& GetWorkers() const { return workers_; }
   /// The root, which has everything.
   NodeRanges const& GetRoot() const { return root_; }
   /// Number of places.
@@ -133,6 +135,7 @@ class CaseLists {
   void Follow(NodeRanges const& node, std::vector<Value>& values) const;
 
   TrainingData const& data_;
+  Workers& workers_;
   CodeOrder codeOrder_;
   std::vector<std::uint32_t> cases_;
   std::vector<std::uint16_t> classes_;

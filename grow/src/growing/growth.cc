@@ -48,6 +48,7 @@ Growth::Growth(TrainingData const& data, CaseLists& lists, SplitMethod& method,
 
 void Growth::PlantRoot(NodeImp& root) {
   root_ = {&root, 0, lists_.GetRoot(), SumCases(data_, lists_.Cases(lists_.GetRoot()))};
+  workers_.Poll();
   statistics_.Fill(root, lists_.Cases(root_.ranges), root_.sums);
   std::size_t const numPredictors = data_.GetPredictors().size();
   root.SetNumPredictors(static_cast<unsigned int>(numPredictors));
@@ -149,9 +150,9 @@ void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<Growin
     sizes[number].resize(static_cast<std::size_t>(block[number].node->GetNumChildren()));
     if (sizes[number].empty()) return;
     Range const places = block[number].ranges.places;
-    for (std::uint32_t place = places.begin; place < places.end; ++place) {
+    ForEachPolling(places.begin, places.end, workers_, [&](std::uint32_t place) {
       if (childOf_[place] != kNoChild) ++sizes[number][childOf_[place]];
-    }
+    });
   });
   workers_.Run(numPredictors, [&](std::size_t predictor) {
     for (std::size_t number = 0; number < block.size(); ++number) {
@@ -173,6 +174,7 @@ void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<Growin
                         parent.level + 1,
                         {},
                         SumCases(data_, lists_.Cases(ofChild))};
+      workers_.Poll();
       statistics_.Fill(*child.node, lists_.Cases(ofChild), child.sums);
       families[number].push_back(std::move(child));
     }

@@ -6,7 +6,9 @@
 
 #include "cart/cart_method.h"
 #include "chaid/chaid_method.h"
+#include "data/number_text.h"
 #include "growing/tree_grower.h"
+#include "quest/quest_method.h"
 #include "tree/grow/grower.h"
 
 namespace tree::grow {
@@ -115,6 +117,20 @@ TreeGrower::Algorithm MakeChaid(AlgSettings const& settings, int numIntervals) {
   return algorithm;
 }
 
+TreeGrower::Algorithm MakeQuest(AlgSettings const& settings) {
+  TreeGrower::Algorithm algorithm;
+  algorithm.settings.reset(settings.Clone());
+  auto const& quest = dynamic_cast<QuestSettings const&>(*algorithm.settings);
+  algorithm.pruning = quest.GetPruningSpec();
+  algorithm.priors = quest.GetPriors();
+  algorithm.costs = quest.GetCost();
+  algorithm.makeMethod = [&quest](TrainingData const& data, ClassModel const* classes,
+                                  double minChildSize, double) {
+    return std::make_unique<QuestMethod>(data, quest, *classes, minChildSize);
+  };
+  return algorithm;
+}
+
 TreeGrower::Algorithm MakeAlgorithm(AlgSettings const& settings, GrowOptions const& options) {
   switch (settings.GetType()) {
     case AlgRCart:
@@ -123,6 +139,8 @@ TreeGrower::Algorithm MakeAlgorithm(AlgSettings const& settings, GrowOptions con
     case AlgRChaid:
     case AlgCChaid:
       return MakeChaid(settings, options.numIntervals);
+    case AlgQuest:
+      return MakeQuest(settings);
     default:
       throw InputError("trees cannot be grown with settings of this kind");
   }
@@ -146,7 +164,7 @@ std::unique_ptr<Grower> MakeGrower(DataSet const& data, CaseRoles const& roles,
   }
   if (!(options.testShare > 0.0 && options.testShare < 1.0)) {
     throw InputError("the share of the test sample has to lie between 0 and 1, and is " +
-                     std::to_string(options.testShare));
+                     NumberText(options.testShare));
   }
   if (options.numIntervals < 2 || options.numIntervals > 65535) {
     throw InputError("the number of intervals has to lie between 2 and 65535, and is " +

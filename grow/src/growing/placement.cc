@@ -12,26 +12,33 @@ std::uint8_t ChildFrom(int position) {
   return position < 0 || position >= kMaxChildren ? kNoChild : static_cast<std::uint8_t>(position);
 }
 
-void PlaceCoded(GrowingPredictor const& predictor, PlacedCodes codes, NodeRanges const& node,
+/// Visits the places of a node, and polls on the way.
+template <class Visit>
+void ForPlaces(CaseLists const& lists, NodeRanges const& node, Visit const& visit) {
+  ForEachPolling(node.places.begin, node.places.end, lists.GetWorkers(), visit);
+}
+
+void PlaceCoded(GrowingPredictor const& predictor, CaseLists const& lists, NodeRanges const& node,
                 SplitRuleImp const& rule, ChildOfPlace& childOf) {
+  PlacedCodes const codes = lists.Codes(static_cast<std::size_t>(rule.GetPredictorIndex()));
   std::vector<std::uint8_t> childOfCode;
   for (double const value : predictor.values)
     childOfCode.push_back(ChildFrom(rule.Classify(value)));
   std::uint8_t const childOfMissing =
       ChildFrom(rule.Classify(predictor.column->description.missingValue));
-  for (std::uint32_t place = node.places.begin; place < node.places.end; ++place) {
+  ForPlaces(lists, node, [&](std::uint32_t place) {
     std::uint16_t const code = codes[place];
     childOf[place] = code == GrowingPredictor::kMissingCode ? childOfMissing : childOfCode[code];
-  }
+  });
 }
 
 /// A rule may cut through an interval.
 void PlaceByValue(TrainingData const& data, CaseLists const& lists, NodeRanges const& node,
                   SplitRuleImp const& rule, ChildOfPlace& childOf) {
   auto const position = static_cast<std::size_t>(rule.GetPredictorIndex());
-  for (std::uint32_t place = node.places.begin; place < node.places.end; ++place) {
+  ForPlaces(lists, node, [&](std::uint32_t place) {
     childOf[place] = ChildFrom(rule.Classify(data.ValueOf(position, lists.CaseAt(place))));
-  }
+  });
 }
 
 void PlaceSorted(TrainingData const& data, CaseLists const& lists, NodeRanges const& node,
@@ -59,15 +66,20 @@ void PlaceSorted(TrainingData const& data, CaseLists const& lists, NodeRanges co
     auto const middle = std::partition_point(cases.begin(), cases.end(), [&](SortedCase item) {
       return valueOf(item) <= ordered->GetCutPoint();
     });
-    for (auto item = cases.begin(); item != middle; ++item) childOf[item->Place()] = first;
-    for (auto item = middle; item != cases.end(); ++item) childOf[item->Place()] = last;
+    auto const numFirst = static_cast<std::uint32_t>(middle - cases.begin());
+    auto const numCases = static_cast<std::uint32_t>(cases.size());
+    ForEachPolling(0, numFirst, lists.GetWorkers(),
+                   [&](std::uint32_t place) { childOf[cases[place].Place()] = first; });
+    ForEachPolling(numFirst, numCases, lists.GetWorkers(),
+                   [&](std::uint32_t place) { childOf[cases[place].Place()] = last; });
     return;
   }
   std::uint8_t child = kNoChild;
-  for (SortedCase const item : cases) {
-    if (item.StartsValue()) child = childAt(item);
-    childOf[item.Place()] = child;
-  }
+  ForEachPolling(0, static_cast<std::uint32_t>(cases.size()), lists.GetWorkers(),
+                 [&](std::uint32_t place) {
+                   if (cases[place].StartsValue()) child = childAt(cases[place]);
+                   childOf[cases[place].Place()] = child;
+                 });
 }
 
 }  // namespace
@@ -79,7 +91,7 @@ void PlaceByRule(TrainingData const& data, CaseLists const& lists, NodeRanges co
   if (predictor.hasIntervals) {
     PlaceByValue(data, lists, node, rule, childOf);
   } else if (predictor.IsCoded()) {
-    PlaceCoded(predictor, lists.Codes(position), node, rule, childOf);
+    PlaceCoded(predictor, lists, node, rule, childOf);
   } else {
     PlaceSorted(data, lists, node, rule, childOf);
   }
@@ -89,12 +101,12 @@ void SetDumbRule(CaseLists const& lists, NodeRanges const& node, ChildOfPlace co
                  SplitRuleImp& rule) {
   std::array<std::int64_t, kMaxChildren> weights{};
   std::int64_t sum = 0;
-  for (std::uint32_t place = node.places.begin; place < node.places.end; ++place) {
-    if (childOf[place] == kNoChild) continue;
+  ForPlaces(lists, node, [&](std::uint32_t place) {
+    if (childOf[place] == kNoChild) return;
     std::int64_t const weight = lists.WeightAt(place);
     weights[childOf[place]] += weight;
     sum += weight;
-  }
+  });
   if (sum == 0) return;
   auto const largest = std::max_element(weights.begin(), weights.end());
   rule.SetDumbRule(static_cast<int>(largest - weights.begin()),
@@ -104,8 +116,8 @@ void SetDumbRule(CaseLists const& lists, NodeRanges const& node, ChildOfPlace co
 void PlaceRest(TrainingData const& data, CaseLists const& lists, NodeRanges const& ranges,
                NodeImp const& node, ChildOfPlace& childOf) {
   SplitRuleImp const& primary = *node.GetCompetitorImp(0);
-  for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
-    if (childOf[place] != kNoChild) continue;
+  ForPlaces(lists, ranges, [&](std::uint32_t place) {
+    if (childOf[place] != kNoChild) return;
     int child = -1;
     for (int position = 0; position < node.GetNumSurrogates() && child < 0; ++position) {
       SplitRuleImp const& surrogate = *node.GetSurrogateImp(static_cast<unsigned int>(position));
@@ -113,7 +125,7 @@ void PlaceRest(TrainingData const& data, CaseLists const& lists, NodeRanges cons
       child = surrogate.Classify(data.ValueOf(predictor, lists.CaseAt(place)));
     }
     childOf[place] = ChildFrom(child >= 0 ? child : primary.GetDumbChildPos());
-  }
+  });
 }
 
 }  // namespace tree::grow

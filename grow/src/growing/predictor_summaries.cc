@@ -52,11 +52,13 @@ class CodesPresent {
   std::size_t numUnseen_;
 };
 
-/// The range of the values that some cases have of a predictor with intervals.
+/// The range of the values that some cases have of a predictor whose codes do not tell: one with
+/// intervals, or one that is not used.
 class ValueRange {
  public:
-  void Add(std::uint16_t code, double value) {
-    if (code == GrowingPredictor::kMissingCode) {
+  void Add(TrainingData const& data, std::size_t predictor, std::uint32_t index) {
+    double const value = data.ValueOf(predictor, index);
+    if (data.IsMissing(predictor, index)) {
       hasMissing_ = true;
     } else if (isEmpty_) {
       isEmpty_ = false;
@@ -76,6 +78,11 @@ class ValueRange {
   bool isEmpty_ = true;
   bool hasMissing_ = false;
 };
+
+/// Whether the codes of a predictor do not tell its range.
+bool NeedsValues(GrowingPredictor const& description) {
+  return description.hasIntervals || !description.used;
+}
 
 /// Whether some case of the child has no value, when not all cases of the parent have one.
 bool HasMissing(std::span<SortedCase const> cases, std::uint8_t child, std::size_t numInChild,
@@ -106,12 +113,9 @@ void SummariseSorted(TrainingData const& data, CaseLists const& lists,
 void SummarisePredictor(TrainingData const& data, CaseLists const& lists, NodeRanges const& ranges,
                         std::size_t predictor, NodeImp& node) {
   GrowingPredictor const& description = data.GetPredictors()[predictor];
-  if (description.hasIntervals) {
+  if (NeedsValues(description)) {
     ValueRange range;
-    PlacedCodes const codes = lists.Codes(predictor);
-    for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
-      range.Add(codes[place], data.ValueOf(predictor, lists.CaseAt(place)));
-    }
+    for (std::uint32_t const index : lists.Cases(ranges)) range.Add(data, predictor, index);
     range.Store(predictor, node);
     return;
   }
@@ -142,12 +146,11 @@ void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
   auto const childNode = [&](std::size_t child) -> NodeImp& {
     return *parent.GetChildImp(static_cast<unsigned int>(child));
   };
-  if (description.hasIntervals) {
+  if (NeedsValues(description)) {
     std::vector<ValueRange> values(numInChild.size());
-    PlacedCodes const codes = lists.Codes(predictor);
     for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
       if (childOf[place] == kNoChild) continue;
-      values[childOf[place]].Add(codes[place], data.ValueOf(predictor, lists.CaseAt(place)));
+      values[childOf[place]].Add(data, predictor, lists.CaseAt(place));
     }
     for (std::size_t child = 0; child < values.size(); ++child) {
       values[child].Store(predictor, childNode(child));

@@ -10,8 +10,8 @@
 namespace tree::grow {
 
 /// Stores in a node what its cases have of one predictor: the range of the values, whether some
-/// are missing, and the categories of a nominal predictor. A predictor without any value has the
-/// range 0 to 0. For the root of growing.
+/// are missing, and the categories of a nominal predictor that is used: one that is left out may
+/// have very many. A predictor without any value has the range 0 to 0. For the root of growing.
 void SummarisePredictor(TrainingData const& data, CaseLists const& lists, NodeRanges const& ranges,
                         std::size_t predictor, NodeImp& node);
 

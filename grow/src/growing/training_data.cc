@@ -101,7 +101,8 @@ void TrainingData::PreparePredictors(Workers& workers) {
   if (prepared_) return;
   std::atomic<std::size_t> numDone{0};
   workers.Run(predictors_.size(), [&](std::size_t position) {
-    if (!predictors_[position].IsCoded()) Prepare(predictors_[position], workers);
+    GrowingPredictor& predictor = predictors_[position];
+    if (predictor.used && !predictor.IsCoded()) Prepare(predictor, workers);
     workers.Advance(static_cast<double>(++numDone) / static_cast<double>(predictors_.size()));
   });
   remarks_.clear();
@@ -181,18 +182,24 @@ void TrainingData::PrepareManyValues(GrowingPredictor& predictor, Workers& worke
 }
 
 /// Nominal predictors with too many categories are not used. Nor are those with huge codes: each
-/// rule would hold a table up to them.
+/// rule would hold a table up to them. What is not used needs no codes.
 void TrainingData::CheckCategories(GrowingPredictor& predictor) const {
   constexpr double kLargestCode = 1'000'000.0;
   std::size_t const numValues = predictor.values.size();
-  if (numValues > std::min(maxNominalCategories_, GrowingPredictor::kMaxValues)) {
+  if (numValues > maxNominalCategories_) {
     predictor.whyNot = "it has " + std::to_string(numValues) +
                        " categories, and the settings allow " +
                        std::to_string(maxNominalCategories_);
+  } else if (numValues > GrowingPredictor::kMaxValues) {
+    predictor.whyNot = "it has " + std::to_string(numValues) + " categories, and no more than " +
+                       std::to_string(GrowingPredictor::kMaxValues) + " are supported";
   } else if (!predictor.values.empty() && predictor.values.back() > kLargestCode) {
     predictor.whyNot = "the code of one of its categories is more than 1000000";
   }
   predictor.used = predictor.whyNot.empty();
+  if (predictor.used) return;
+  std::vector<std::uint16_t>().swap(predictor.codes);
+  std::vector<double>().swap(predictor.values);
 }
 
 }  // namespace tree::grow

@@ -24,7 +24,7 @@ struct GrowingPredictor {
   static constexpr std::size_t kMaxValues = kMissingCode;  ///< of a coded one
 
   Column const* column = nullptr;
-  bool used = true;    ///< whether it may split
+  bool used = true;    ///< whether it may split; if not, it has neither list nor codes
   std::string whyNot;  ///< if not, why; the rest of a sentence
 
   std::vector<SortedCase> sorted;    ///< of a sorted predictor; empty once released
@@ -33,7 +33,7 @@ struct GrowingPredictor {
   /// Of a coded one: its different values, or the greatest value of each interval, ascending.
   std::vector<double> values;
   bool hasIntervals = false;  ///< of a coded one: whether a code may stand for several values
-  bool hasMissing = false;    ///< whether some case has no value
+  bool hasMissing = false;    ///< whether some case has no value; where the predictor is used
 
   bool IsNominal() const { return column->IsNominal(); }
   bool IsCoded() const { return !codes.empty(); }
@@ -91,6 +91,10 @@ class TrainingData {
   /// The value of a predictor in a case.
   double ValueOf(std::size_t predictor, std::uint32_t index) const {
     return predictors_[predictor].column->values[rows_[index]];
+  }
+  /// Whether a case has no value of a predictor.
+  bool IsMissing(std::size_t predictor, std::uint32_t index) const {
+    return predictors_[predictor].column->IsMissing(rows_[index]);
   }
   /// Writes the values of all predictors in a case, as routing reads them, to `values`.
   void CopyValues(std::uint32_t index, double* values) const {

@@ -5,6 +5,7 @@
 #include <atomic>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <exception>
 #include <functional>
 #include <memory>
@@ -80,6 +81,16 @@ void ForSlices(std::size_t size, Workers& workers, Visit const& visit) {
     if (begin != 0) workers.Poll();
     visit(begin, std::min(size, begin + kSliceSize));
   }
+}
+
+/// The same for each number of a range on its own.
+template <class Visit>
+void ForEachPolling(std::uint32_t begin, std::uint32_t end, Workers& workers, Visit const& visit) {
+  ForSlices(end - begin, workers, [&](std::size_t first, std::size_t last) {
+    for (std::size_t offset = first; offset < last; ++offset) {
+      visit(begin + static_cast<std::uint32_t>(offset));
+    }
+  });
 }
 
 }  // namespace tree::grow

@@ -12,6 +12,7 @@
 #include "growing/training_data.h"
 #include "growing/workers.h"
 #include "tree/grow/data_set.h"
+#include "tree/results.h"
 #include "tree/settings.h"
 
 namespace tree::grow {
@@ -39,6 +40,22 @@ struct Sample {
 /// Whether ordered predictors are sorted even if they have few values, or coded even if they have
 /// many.
 enum class Form { kAsItComes, kSorted, kCoded };
+
+/// Ends every operation the first time that it is asked.
+class Impatient : public ProgressListener {
+ public:
+  bool Report(double, char const*) noexcept override { return false; }
+};
+
+/// So many cases that they are gone through in two slices.
+inline Sample TwoSlices(bool nominal) {
+  constexpr std::size_t kNumCases = (std::size_t{1} << 20) + 2;
+  Sample sample{.target = std::vector<double>(kNumCases), .predictors = {{{}, nominal}}};
+  for (std::size_t index = 0; index < kNumCases; ++index) {
+    sample.predictors[0].values.push_back(static_cast<double>(nominal ? index % 2 : index));
+  }
+  return sample;
+}
 
 /// A sample as the parts of a grower read it: `TrainingData` with all that it needs.
 class PreparedSample {

@@ -66,9 +66,9 @@ class SampleData {
     Loosen(settings);
     return settings;
   }
-  /// CHAID's settings, which stop only where nothing is significant any more.
+  /// Settings of CHAID or QUEST that stop only where the algorithm finds nothing more.
   template <class Settings>
-  Settings ChaidSettingsOf() const {
+  Settings LooseSettings() const {
     Settings settings(Core());
     Loosen(settings);
     return settings;

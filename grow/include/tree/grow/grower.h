@@ -15,8 +15,9 @@
 ///       std::cerr << grower->GetFailureMessage() << '\n';
 ///     }
 ///
-/// The same data, settings and seed give the same tree, bit for bit, for every number of threads
-/// and every order of the cases. Threads: a grower is used by one thread at a time.
+/// The same data, settings and seed give the same tree, bit for bit, for every number of threads,
+/// and for every order of the cases unless some are drawn, as folds and test samples are. Threads:
+/// a grower is used by one thread at a time.
 
 #include <cstddef>
 #include <memory>
@@ -48,6 +49,18 @@ struct GrowOptions {
 };
 
 /// A growing algorithm on a data set.
+///
+/// What validation draws, it draws case by case: one of frequency 3 is three cases, which may end
+/// in different samples or folds, so drawing takes time and memory for all of them. Where some
+/// frequency is no whole number, each row is drawn as a whole, with a remark.
+///
+/// Cross-validation measures how trees do that are grown and pruned by the settings, not the tree
+/// at hand: after `Prune`, `Validate` gives the risk at the complexity that was chosen; after
+/// `Grow`, and after changes by `GrowNode`, `ApplySplit`, `PruneNode` or `SetTree`, that of trees
+/// that are grown out.
+///
+/// Of k classes, each node holds k counts; costs take time and memory by k squared, and so may
+/// nominal predictors. Above 1000 classes there is a remark.
 class TREE_API Grower : public TreeAlgorithm {
  public:
   ~Grower() override;

@@ -17,8 +17,8 @@ namespace tree::grow {
 inline constexpr StatisticFlag SplitImprovement = StatisticFlag1;
 
 /// Predictive association of a surrogate with the primary split, in (0, 1]: the share of the errors
-/// made by sending all cases with the majority that the surrogate avoids. Source: Breiman,
-/// Friedman, Olshen and Stone 1984, section 5.3.1.
+/// made by sending all cases with the majority that the surrogate avoids. Cases count by their
+/// weights; priors do not enter. Source: Breiman, Friedman, Olshen and Stone 1984, section 5.3.1.
 inline constexpr StatisticFlag SurrogateAssociation = StatisticFlag2;
 
 /// The test statistic of a split that is chosen by a test: chi-square or F.

@@ -143,6 +143,111 @@ MakeNumbers <- function() {
   Save("number_groups.txt")
 }
 
+# --- merging --------------------------------------------------------------------------------------
+
+# The multipliers as Kass 1980 gives them.
+LogMultiplier <- function(kind, floating, c, r) {
+  i <- 0:(r - 1)
+  log(if (kind == "nominal") {
+    sum((-1)^i * (r - i)^c / (factorial(i) * factorial(r - i)))
+  } else if (floating) {
+    choose(c - 2, r - 2) + r * choose(c - 2, r - 1)
+  } else {
+    choose(c - 1, r - 1)
+  })
+}
+
+# Merges the least significant pair until two groups are left. `test`: gives the statistic and the
+# degrees of freedom of a list of groups of categories.
+WriteMerging <- function(categories, kind, floating, test) {
+  LogP <- function(result) {
+    if (result[2] == 0) {
+      0
+    } else if (length(result) == 2) {
+      pchisq(result[1], result[2], lower.tail = FALSE, log.p = TRUE)
+    } else {
+      pf(result[1], result[2], result[3], lower.tail = FALSE, log.p = TRUE)
+    }
+  }
+  groups <- as.list(seq_len(categories))
+  while (length(groups) > 2) {
+    best <- -Inf
+    for (i in seq_along(groups)) {
+      for (j in seq_along(groups)) {
+        alone <- identical(groups[[j]], categories) && floating
+        if (i < j && (kind == "nominal" || j == i + 1 || alone)) {
+          log.p <- LogP(test(groups[c(i, j)]))
+          if (log.p > best) {
+            best <- log.p
+            pair <- c(i, j)
+          }
+        }
+      }
+    }
+    groups[[pair[1]]] <- sort(c(groups[[pair[1]]], groups[[pair[2]]]))
+    groups <- groups[-pair[2]]
+    result <- test(groups)
+    group.of <- integer(categories)
+    for (number in seq_along(groups)) group.of[groups[[number]]] <- number - 1
+    Write("step", Number(c(best, result[1], LogP(result),
+                           LogMultiplier(kind, floating, categories, length(groups)))), group.of)
+  }
+}
+
+WriteClassMerging <- function(name, table, kind, floating = FALSE) {
+  table <- unname(as.matrix(table))
+  Write("merging", name, kind, as.integer(floating), ncol(table))
+  for (row in seq_len(nrow(table))) Write("sizes", Number(table[row, ]))
+  WriteMerging(nrow(table), kind, floating, function(groups) {
+    merged <- do.call(rbind, lapply(groups, function(g) colSums(table[g, , drop = FALSE])))
+    merged <- merged[, colSums(merged) > 0, drop = FALSE]
+    if (ncol(merged) == 1) return(c(0, 0))  # nothing to test
+    test <- suppressWarnings(chisq.test(merged, correct = FALSE))
+    unname(c(test$statistic, test$parameter))
+  })
+}
+
+WriteNumberMerging <- function(name, number, group, kind, floating = FALSE) {
+  group <- as.integer(factor(group))
+  Write("merging", name, kind, as.integer(floating), 0)
+  for (category in seq_len(max(group))) Write("numbers", Number(number[group == category]))
+  WriteMerging(max(group), kind, floating, function(groups) {
+    merged <- integer(length(group))
+    for (i in seq_along(groups)) merged[group %in% groups[[i]]] <- i
+    data <- data.frame(number, merged = factor(merged))[merged > 0, ]
+    test <- oneway.test(number ~ merged, data, var.equal = TRUE)
+    unname(c(test$statistic, test$parameter))
+  })
+}
+
+MakeMergings <- function() {
+  departments <- t(apply(UCBAdmissions, c(1, 3), sum))
+  hair <- apply(HairEyeColor, c(1, 2), sum)
+  ages <- rowsum(cbind(esoph$ncases, esoph$ncontrols), esoph$agegp)
+  tobacco <- rowsum(cbind(esoph$ncases, esoph$ncontrols), esoph$tobgp)
+  months <- table(airquality$Month, cut(airquality$Temp, c(50, 70, 78, 84, 100)))
+  hours <- table(quakes$stations %/% 15, cut(quakes$mag, c(3.9, 4.3, 4.6, 5, 7)))
+  WriteClassMerging("departments", departments, "nominal")
+  WriteClassMerging("hair", hair, "nominal")
+  WriteClassMerging("eyes", t(hair), "nominal")
+  WriteClassMerging("ages", ages, "ordinal")
+  WriteClassMerging("tobacco", tobacco, "ordinal")
+  WriteClassMerging("months", months, "ordinal")
+  WriteClassMerging("months, the last floating", months, "ordinal", TRUE)
+  WriteClassMerging("departments, the last floating", departments, "ordinal", TRUE)
+  WriteClassMerging("stations", hours, "ordinal")
+  WriteClassMerging("stations, nominal", hours, "nominal")
+  WriteNumberMerging("feed", chickwts$weight, chickwts$feed, "nominal")
+  WriteNumberMerging("sprays", InsectSprays$count, InsectSprays$spray, "nominal")
+  complete <- !is.na(airquality$Ozone)
+  WriteNumberMerging("ozone", airquality$Ozone[complete], airquality$Month[complete], "ordinal")
+  WriteNumberMerging("ozone, the last floating", airquality$Ozone[complete],
+                     airquality$Month[complete], "ordinal", TRUE)
+  WriteNumberMerging("depth of quakes", quakes$depth, quakes$stations %/% 15, "nominal")
+  Save("mergings.txt")
+}
+
 MakeTails()
 MakeTables()
 MakeNumbers()
+MakeMergings()

@@ -22,17 +22,19 @@ TEST(LogP, IsZeroWithoutAnythingToTest) {
   EXPECT_EQ(LogP({3.0, 0.0, 10.0}), 0.0);
 }
 
-TEST(IsSurelyLessSignificant, ComparesValuesWithTheSameDegreesOfFreedom) {
-  EXPECT_TRUE(IsSurelyLessSignificant({1.0, 3.0, 0.0}, {2.0, 3.0, 0.0}));
-  EXPECT_FALSE(IsSurelyLessSignificant({2.0, 3.0, 0.0}, {1.0, 3.0, 0.0}));
-  EXPECT_FALSE(IsSurelyLessSignificant({1.0, 3.0, 0.0}, {1.0, 3.0, 0.0}));
-  EXPECT_TRUE(IsSurelyLessSignificant({1.0, 3.0, 9.0}, {2.0, 3.0, 9.0}));
+TEST(AreComparable, AsksForTheSameDegreesOfFreedom) {
+  EXPECT_TRUE(AreComparable({1.0, 3.0, 0.0}, {2.0, 3.0, 0.0}));
+  EXPECT_FALSE(AreComparable({1.0, 3.0, 0.0}, {2.0, 2.0, 0.0}));
+  EXPECT_TRUE(AreComparable({1.0, 3.0, 9.0}, {2.0, 3.0, 9.0}));
+  EXPECT_FALSE(AreComparable({1.0, 3.0, 9.0}, {2.0, 3.0, 10.0}));
 }
 
-TEST(IsSurelyLessSignificant, KnowsNothingOfOtherDegreesOfFreedom) {
-  EXPECT_FALSE(IsSurelyLessSignificant({1.0, 3.0, 0.0}, {200.0, 2.0, 0.0}));
+TEST(IsSurelyLessSignificant, KnowsOnlyFWithOneDegreeOfFreedom) {
+  EXPECT_TRUE(IsSurelyLessSignificant({1.0, 1.0, 9.0}, {200.0, 1.0, 10.0}));
+  EXPECT_FALSE(IsSurelyLessSignificant({200.0, 1.0, 9.0}, {1.0, 1.0, 10.0}));
+  EXPECT_FALSE(IsSurelyLessSignificant({1.0, 1.0, 0.0}, {200.0, 1.0, 0.0}));
   EXPECT_FALSE(IsSurelyLessSignificant({1.0, 3.0, 9.0}, {200.0, 3.0, 10.0}));
-  EXPECT_FALSE(IsSurelyLessSignificant({1.0, 0.0, 0.0}, {200.0, 0.0, 0.0}));
+  EXPECT_FALSE(IsSurelyLessSignificant({1.0, 0.0, 9.0}, {200.0, 0.0, 9.0}));
 }
 
 TEST(IsSurelyLessSignificant, IsRightWhereverItIsSureOfF) {

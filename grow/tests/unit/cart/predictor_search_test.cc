@@ -539,6 +539,60 @@ TEST(PredictorSearch, IsNotBeatenByAnyDivisionOfRandomCategories) {
   }
 }
 
+/// The greatest improvement of the legal cuts in the order of the categories' means, which are the
+/// shares of the second of two classes.
+double BestInOrder(Question const& question, Criterion criterion) {
+  Sample::Predictor const& predictor = question.sample.predictors[0];
+  auto const meanOf = [&](double category) {
+    double weights[2] = {};
+    double sum = 0.0;
+    for (std::size_t index = 0; index < predictor.values.size(); ++index) {
+      if (predictor.values[index] != category) continue;
+      double const target = question.sample.target[index];
+      double const weight = WeightOf(question.sample, index);
+      sum += weight * target;
+      weights[criterion != Criterion::kNumbers && target > 0.0 ? 1 : 0] += weight;
+    }
+    if (criterion == Criterion::kNumbers) return sum / weights[0];
+    double const second = question.factors[1] * weights[1];
+    return second / (question.factors[0] * weights[0] + second);
+  };
+  std::vector<double> values = ValuesIn(predictor);
+  std::stable_sort(values.begin(), values.end(),
+                   [&](double a, double b) { return meanOf(a) < meanOf(b); });
+  double best = 0.0;
+  std::set<double> left;
+  for (double const value : values) {
+    left.insert(value);
+    best = std::max(best, SlowImprovement(question, criterion, SendLeft(predictor, left)));
+  }
+  return best;
+}
+
+TEST(PredictorSearch, IsNotBeatenByAnyLegalCutInTheOrderOfCategories) {
+  for (std::uint32_t seed = 1; seed <= 300; ++seed) {
+    SCOPED_TRACE(seed);
+    RandomNumbers random(seed);
+    Question classes = RandomQuestion(random, true, 2, 2 + random.Below(6), true);
+    Question numbers = RandomQuestion(random, false, 0, 2 + random.Below(6), true);
+    classes.minChildSize = numbers.minChildSize = 2 + random.Below(6);
+
+    EXPECT_NEAR(Search(classes, Criterion::kGini).improvement,
+                BestInOrder(classes, Criterion::kGini), 1e-10);
+    EXPECT_NEAR(Search(numbers, Criterion::kNumbers).improvement,
+                BestInOrder(numbers, Criterion::kNumbers), 1e-8);
+  }
+}
+
+TEST(PredictorSearch, TakesNoDivisionBesideTheOrderOfCategories) {
+  // Means 0, 2 and 10: either cut leaves a single case, and {0, 10} against {2, 2} is none.
+  Question question = Numbers({0, 1, 1, 2}, {0, 2, 2, 10}, true);
+  question.minChildSize = 2;
+
+  EXPECT_EQ(Search(question, Criterion::kNumbers).improvement, 0.0);
+  EXPECT_NEAR(BestOfAll(question, Criterion::kNumbers), 2.25, 1e-12);
+}
+
 /// Ordered twoing has orders that contain the best division; the other criteria mostly find it.
 TEST(PredictorSearch, DividesManyCategoriesValidlyAndMostlyInTheBestWay) {
   for (Criterion const criterion : kClassCriteria) {

@@ -97,7 +97,7 @@ TEST(GroupSplit, LeavesTheGroupsThemselvesAsTheyAre) {
 template <class Groups>
 double TryAllDivisions(Groups& groups, std::size_t count) {
   double best = 0.0;
-  for (std::size_t mask = 1; mask < std::size_t{1} << (count - 1); ++mask) {
+  for (std::size_t mask = 1; mask + 1 < std::size_t{1} << count; ++mask) {
     groups.ClearGroup(count);
     groups.ClearGroup(count + 1);
     for (std::size_t category = 0; category < count; ++category) {

@@ -83,7 +83,7 @@ TEST(ChaidGrower, MakesAChildOfEachGroupOfNominalCategories) {
   SampleData const data = MakeCells({{0, 100, 10}, {1, 100, 90}, {2, 100, 12}, {3, 100, 50}},
                                     global::MeasurementNominal);
 
-  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+  auto const grower = Grown(data, data.LooseSettings<CChaidSettingsImp>());
 
   EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(200.0, 100.0, 100.0));
   SplitRuleImp const& rule = RuleOf(*grower);
@@ -97,7 +97,7 @@ TEST(ChaidGrower, MergesOnlyNeighboursOfOrdinalValues) {
   SampleData const data = MakeCells({{0, 100, 10}, {1, 100, 90}, {2, 100, 12}, {3, 100, 50}},
                                     global::MeasurementOrdinal);
 
-  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+  auto const grower = Grown(data, data.LooseSettings<CChaidSettingsImp>());
 
   EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(100.0, 100.0, 100.0, 100.0));
   SplitRuleImp const& rule = RuleOf(*grower);
@@ -111,7 +111,7 @@ TEST(ChaidGrower, KeepsTheStatisticsOfASplit) {
   // two categories are two groups in one way.
   SampleData const data = MakeCells({{0, 100, 70}, {1, 100, 40}}, global::MeasurementNominal);
 
-  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+  auto const grower = Grown(data, data.LooseSettings<CChaidSettingsImp>());
 
   EXPECT_NEAR(RuleOf(*grower).GetStatistic(SplitTestStatistic), 18.1818181818, 1e-9);
   EXPECT_NEAR(RuleOf(*grower).GetStatistic(SplitLogPValue),
@@ -130,7 +130,7 @@ TEST(ChaidGrower, SplitsNumbersByTheirMeans) {
   SampleData data(90);
   data.Numbers(numbers).Nominal(groups);
 
-  auto const grower = Grown(data, data.ChaidSettingsOf<RChaidSettingsImp>());
+  auto const grower = Grown(data, data.LooseSettings<RChaidSettingsImp>());
 
   EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(60.0, 30.0));
   EXPECT_NEAR(RootOf(*grower).GetChild(1)->GetAssignment(), 52.0, 1e-9);
@@ -143,7 +143,7 @@ TEST(ChaidGrower, KeepsApartValuesThatAreCloseTogether) {
       MakeCells({{0.001, 80, 5}, {0.002, 80, 75}, {0.003, 80, 5}, {0.004, 80, 40}},
                 global::MeasurementOrdinal);
 
-  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+  auto const grower = Grown(data, data.LooseSettings<CChaidSettingsImp>());
 
   EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(80.0, 80.0, 80.0, 80.0));
   std::vector<double> value = {0.003};
@@ -160,7 +160,7 @@ TEST(ChaidGrower, DividesContinuousPredictorsAtQuantiles) {
   }
   SampleData data(400);
   data.Classes(classes).Ordered(values);
-  auto const settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto const settings = data.LooseSettings<CChaidSettingsImp>();
 
   EXPECT_THAT(ChildSizes(RootOf(*Grown(data, settings, {.numThreads = 1, .numIntervals = 4}))),
               ElementsAre(100.0, 200.0, 100.0));
@@ -172,7 +172,7 @@ TEST(ChaidGrower, DividesContinuousPredictorsAtQuantiles) {
 TEST(ChaidGrower, CutsContinuousPredictorsAtValuesOfCases) {
   SampleData const data = MakeCells({{1.5, 60, 5}, {2.5, 60, 55}}, global::MeasurementContinuous);
 
-  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+  auto const grower = Grown(data, data.LooseSettings<CChaidSettingsImp>());
 
   EXPECT_EQ(dynamic_cast<OSplitRule const&>(RuleOf(*grower)).GetCutPoint(), 1.5);
 }
@@ -183,7 +183,7 @@ TEST(ChaidGrower, GivesMissingValuesAChildOfTheirOwn) {
   for (auto const level : {global::MeasurementNominal, global::MeasurementOrdinal}) {
     SampleData const data = MakeCells({{0, 90, 5}, {1, 90, 85}, {kMissing, 90, 45}}, level);
 
-    auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+    auto const grower = Grown(data, data.LooseSettings<CChaidSettingsImp>());
 
     EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(90.0, 90.0, 90.0));
     EXPECT_EQ(RuleOf(*grower).GetMissingValueMapping(), 2);
@@ -199,7 +199,7 @@ TEST(ChaidGrower, LetsMissingValuesJoinAnyGroup) {
       cells.back().value = kMissing;
       SampleData const data = MakeCells(cells, level);
 
-      auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+      auto const grower = Grown(data, data.LooseSettings<CChaidSettingsImp>());
 
       ASSERT_EQ(RootOf(*grower).GetNumChildren(), 3);
       EXPECT_EQ(RuleOf(*grower).GetMissingValueMapping(), like);
@@ -216,7 +216,7 @@ TEST(ChaidGrower, SplitsByMissingValuesAlone) {
   SampleData const data =
       MakeCells({{0, 60, 6}, {1, 60, 6}, {kMissing, 60, 54}}, global::MeasurementOrdinal);
 
-  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+  auto const grower = Grown(data, data.LooseSettings<CChaidSettingsImp>());
 
   EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(120.0, 60.0));
   EXPECT_EQ(RuleOf(*grower).Classify(1e9), 0);
@@ -226,7 +226,7 @@ TEST(ChaidGrower, SplitsByMissingValuesAlone) {
 TEST(ChaidGrower, MakesNoSurrogates) {
   SampleData const data = MakeCells({{0, 90, 5}, {1, 90, 85}}, global::MeasurementNominal);
 
-  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+  auto const grower = Grown(data, data.LooseSettings<CChaidSettingsImp>());
 
   EXPECT_EQ(RootOf(*grower).GetNumSurrogates(), 0);
 }
@@ -236,7 +236,7 @@ TEST(ChaidGrower, MakesNoSurrogates) {
 TEST(ChaidGrower, SplitsOnlyAtTheLevelOfTheSplit) {
   // Chi-square 3.84 is p = 0.05; here it is 200 (55 55 - 45 45)^2 / 100^4 = 2, p = 0.157.
   SampleData const data = MakeCells({{0, 100, 45}, {1, 100, 55}}, global::MeasurementNominal);
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
 
   EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 0);
 
@@ -250,7 +250,7 @@ TEST(ChaidGrower, MergesAboveTheLevelOfMerging) {
   // Categories 0 and 1 differ with p = 0.157.
   SampleData const data =
       MakeCells({{0, 100, 45}, {1, 100, 55}, {2, 100, 95}}, global::MeasurementNominal);
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
 
   settings.SetAlphaOfMerge(0.15);
   EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 2);
@@ -262,7 +262,7 @@ TEST(ChaidGrower, AdjustsPValuesByTheNumberOfWaysToMerge) {
   // Four nominal categories make two groups in 7 ways.
   SampleData const data =
       MakeCells({{0, 50, 15}, {1, 50, 35}, {2, 50, 15}, {3, 50, 35}}, global::MeasurementNominal);
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
 
   double const adjusted = RuleOf(*Grown(data, settings)).GetStatistic(SplitLogPValue);
   settings.SetUseBonferroniAdj(false);
@@ -274,7 +274,7 @@ TEST(ChaidGrower, AdjustsPValuesByTheNumberOfWaysToMerge) {
 TEST(ChaidGrower, TestsByTheChiSquareMethod) {
   // Likelihood ratio of (30, 70; 60, 40): 2 sum n ln(n / e) with e = 45 and 55.
   SampleData const data = MakeCells({{0, 100, 70}, {1, 100, 40}}, global::MeasurementNominal);
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
   settings.SetChiSquareMethod(static_cast<ChiSquareMethod>(1));
 
   auto const grower = Grown(data, settings);
@@ -286,7 +286,7 @@ TEST(ChaidGrower, TestsByTheChiSquareMethod) {
 
 TEST(ChaidGrower, RefusesAChiSquareMethodThatDoesNotExist) {
   SampleData const data = MakeCells({{0, 10, 7}, {1, 10, 4}}, global::MeasurementNominal);
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
   settings.SetChiSquareMethod(static_cast<ChiSquareMethod>(2));
 
   try {
@@ -299,7 +299,7 @@ TEST(ChaidGrower, RefusesAChiSquareMethodThatDoesNotExist) {
 
 TEST(ChaidGrower, RefusesAScoreThatIsNotFinite) {
   SampleData const data = MakeCells({{0, 10, 7}, {1, 10, 4}}, global::MeasurementNominal);
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
   settings.GetScores()->Set(1, std::nan(""));
 
   EXPECT_THROW(data.Make(settings), InputError);
@@ -307,7 +307,7 @@ TEST(ChaidGrower, RefusesAScoreThatIsNotFinite) {
 
 TEST(ChaidGrower, RefusesANumberOfIntervalsOutOfRange) {
   SampleData const data = MakeCells({{0, 10, 7}, {1, 10, 4}}, global::MeasurementContinuous);
-  auto const settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto const settings = data.LooseSettings<CChaidSettingsImp>();
 
   EXPECT_THROW(data.Make(settings, {.numThreads = 1, .numIntervals = 1}), InputError);
   EXPECT_THROW(data.Make(settings, {.numThreads = 1, .numIntervals = 65536}), InputError);
@@ -316,7 +316,7 @@ TEST(ChaidGrower, RefusesANumberOfIntervalsOutOfRange) {
 
 TEST(ChaidGrower, PredictsTheClassOfLeastExpectedCost) {
   SampleData const data = MakeCells({{0, 100, 10}, {1, 100, 40}}, global::MeasurementNominal);
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
 
   EXPECT_EQ(RootOf(*Grown(data, settings)).GetChild(1)->GetAssignment(), 0);
   settings.GetCost()->Set(0, 1, 2.0);  // class 1 taken for class 0
@@ -326,7 +326,7 @@ TEST(ChaidGrower, PredictsTheClassOfLeastExpectedCost) {
 
 TEST(ChaidGrower, WeighsClassesByTheirPriors) {
   SampleData const data = MakeCells({{0, 100, 10}, {1, 100, 40}}, global::MeasurementNominal);
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
   auto const probability = [](Grower const& grower) {
     return RootOf(grower).GetChild(1)->GetClsInfo(TrainingSample)->GetClassProbability(1);
   };
@@ -349,7 +349,7 @@ TEST(ChaidGrower, StopsAtTheStoppingRule) {
   SampleData data(400);
   data.Classes(classes).Nominal(a).Nominal(b);
   auto const grown = [&](std::function<void(StopRule&)> const& change) {
-    auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+    auto settings = data.LooseSettings<CChaidSettingsImp>();
     change(*settings.GetStopRule());
     return Grown(data, settings)->GetNumNodes(TerminalNodes);
   };
@@ -368,7 +368,7 @@ TEST(ChaidGrower, StopsAtTheStoppingRule) {
 TEST(ChaidGrower, LeavesOutPredictorsWithTooManyCategories) {
   SampleData const data =
       MakeCells({{0, 50, 15}, {1, 50, 35}, {2, 50, 10}}, global::MeasurementNominal);
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
   settings.SetMaxNominalPredCategories(2);
 
   auto const grower = Grown(data, settings);
@@ -390,7 +390,7 @@ TEST(ChaidGrower, KeepsCompetitorsInOrderOfTheirPValues) {
   }
   SampleData data(600);
   data.Classes(classes).Nominal(random).Nominal(good).Nominal(best);
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
 
   auto const grower = Grown(data, settings);
 
@@ -426,7 +426,7 @@ SampleData MakeOrdinalTarget() {
 
 TEST(ChaidGrower, TestsOrdinalTargetsByTheirScores) {
   SampleData const data = MakeOrdinalTarget();
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
 
   double const equallySpaced = RuleOf(*Grown(data, settings)).GetStatistic(SplitTestStatistic);
   settings.GetScores()->Set(2, 30.0);
@@ -440,7 +440,7 @@ TEST(ChaidGrower, TestsOrdinalTargetsByTheirScores) {
 TEST(ChaidGrower, IteratesToTheEpsilonOrTheLimit) {
   SampleData const data = MakeOrdinalTarget();
   auto const statistic = [&](double epsilon, int maxNumIterations) {
-    auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+    auto settings = data.LooseSettings<CChaidSettingsImp>();
     settings.SetConvergenceEpsilon(epsilon);
     settings.SetMaxNumIterations(maxNumIterations);
     return RuleOf(*Grown(data, settings)).GetStatistic(SplitTestStatistic);
@@ -470,7 +470,7 @@ TEST(ChaidGrower, LetsCaseWeightsShapeWhatIsExpected) {
   SampleData bare(200);
   bare.Classes(classes).Nominal(values);
   auto const logP = [](SampleData const& data) {
-    auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+    auto settings = data.LooseSettings<CChaidSettingsImp>();
     settings.SetAlphaOfSplitNode(1.0);
     settings.GetStopRule()->SetMinImprovement(-1.0);
     return RuleOf(*Grown(data, settings)).GetStatistic(SplitLogPValue);
@@ -485,7 +485,7 @@ TEST(ChaidGrower, LetsCaseWeightsShapeWhatIsExpected) {
 TEST(ChaidGrower, ValidatesByEachKindOfValidation) {
   std::vector<Cell> const cells = {{0, 100, 10}, {1, 100, 80}, {2, 100, 50}};
   SampleData const data = MakeCells(cells, global::MeasurementNominal);
-  auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
 
   auto const resubstituted = Grown(data, settings);
   ASSERT_TRUE(resubstituted->Validate()) << resubstituted->GetFailureMessage();
@@ -507,7 +507,7 @@ TEST(ChaidGrower, ValidatesByEachKindOfValidation) {
 TEST(ChaidGrower, IsNotPruned) {
   SampleData const data =
       MakeCells({{0, 100, 10}, {1, 100, 20}, {2, 100, 40}}, global::MeasurementNominal);
-  auto const grower = Grown(data, data.ChaidSettingsOf<CChaidSettingsImp>());
+  auto const grower = Grown(data, data.LooseSettings<CChaidSettingsImp>());
   ASSERT_EQ(RootOf(*grower).GetNumChildren(), 3) << "though all predict class 0";
 
   grower->Prune();
@@ -582,11 +582,11 @@ std::unique_ptr<Grower> GrownWith(SampleData const& data, Change const& change,
   GrowOptions const options{.numThreads = numThreads};
   if (data.GetData().GetColumn(data.GetRoles().target).description.level !=
       global::MeasurementContinuous) {
-    auto settings = data.ChaidSettingsOf<CChaidSettingsImp>();
+    auto settings = data.LooseSettings<CChaidSettingsImp>();
     change(settings);
     return Grown(data, settings, options);
   }
-  auto settings = data.ChaidSettingsOf<RChaidSettingsImp>();
+  auto settings = data.LooseSettings<RChaidSettingsImp>();
   change(settings);
   return Grown(data, settings, options);
 }

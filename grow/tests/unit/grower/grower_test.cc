@@ -2,8 +2,10 @@
 
 #include <cmath>
 #include <limits>
+#include <numeric>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -18,6 +20,7 @@ namespace {
 
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 
 /// Classes 0, 1, 2 along the first predictor; the second one is nominal.
 SampleData Steps() {
@@ -273,6 +276,20 @@ TEST_F(GrowerOnSteps, RefusesRulesThatDoNotFit) {
   EXPECT_EQ(Describe(*grower_->GetRootNode()), before);
 }
 
+TEST(ApplySplit, SaysWhyAPredictorIsNotUsed) {
+  SampleData data(2);
+  data.Classes({0, 1}).Nominal({0, 2e6});
+  auto const grower = data.Make(data.ClassSettings());
+  ASSERT_TRUE(grower->Grow());
+  NSplitRule rule(0, 2);
+  rule.SetCatMapping(0, 0);
+
+  EXPECT_FALSE(grower->ApplySplit(0, SplitRule(rule)));
+  EXPECT_THAT(grower->GetFailureMessage(),
+              HasSubstr("predictor \"x0\" is not used: the code of one of its categories is more "
+                        "than 1000000"));
+}
+
 TEST_F(GrowerOnSteps, TakesATreeBack) {
   ASSERT_TRUE(grower_->Grow());
   std::string const whole = Describe(*grower_->GetRootNode());
@@ -426,10 +443,10 @@ TEST(MakeGrower, RefusesWhatItCannotDo) {
   EXPECT_THAT(RefusalOf(data, criterion), HasSubstr("no split criterion 3"));
   EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {-1}), HasSubstr("-1 threads"));
   EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 0.0}), HasSubstr("test sample"));
+  EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, -1e-9}), HasSubstr("and is -1e-09"));
   EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 1.0}), HasSubstr("test sample"));
   EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 0.3, -1}), HasSubstr("and is -1"));
   EXPECT_THAT(RefusalOf(data, data.ClassSettings(), {1, 0.3, 65536}), HasSubstr("and is 65536"));
-  EXPECT_THAT(RefusalOf(data, QuestSettingsImp(data.Core())), HasSubstr("of this kind"));
 }
 
 TEST(MakeGrower, RefusesTargetsThatCannotBePredicted) {
@@ -469,6 +486,35 @@ TEST(MakeGrower, RefusesMoreRepeatedCasesThanItCanDrawFrom) {
 
   settings.GetValidationSpec()->Set(ValidationCrossValidation);
   EXPECT_THAT(RefusalOf(data, settings), HasSubstr("more than 2147483647 cases"));
+}
+
+TEST(MakeGrower, SaysThatManyClassesCostMuch) {
+  for (std::size_t const count : {1000U, 1001U}) {
+    SCOPED_TRACE(count);
+    std::vector<double> classes(count);
+    std::iota(classes.begin(), classes.end(), 0.0);
+    SampleData data(count);
+    data.Classes(classes).Ordered(classes);
+
+    auto const grower = data.Make(data.ClassSettings());
+
+    if (count == 1000) {
+      EXPECT_THAT(grower->GetRemarks(), IsEmpty());
+    } else {
+      EXPECT_THAT(grower->GetRemarks(), ElementsAre(HasSubstr("\"class\" has 1001 classes")));
+    }
+  }
+}
+
+TEST(MakeGrower, HasAsManyFoldsAsThereAreCasesToDraw) {
+  SampleData data(3);
+  data.Classes({0, 1, 1}).Ordered({1, 2, 3}).Frequencies({2, 3, 2});
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetValidationSpec()->Set(ValidationCrossValidation);
+  for (auto const& [wanted, given] : {std::pair(5, 5), std::pair(100, 7)}) {
+    settings.GetValidationSpec()->SetNumCVFolds(wanted);
+    EXPECT_EQ(data.Make(settings)->GetNumFolds(), given);
+  }
 }
 
 TEST(MakeGrower, CountsRepeatedCases) {

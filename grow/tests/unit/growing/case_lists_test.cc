@@ -151,6 +151,18 @@ TEST(CaseLists, DivideTheCasesOfANodeInTheirOrder) {
               ElementsAre(1, 3, 4, 0, 2));
 }
 
+TEST(CaseLists, CanBeCancelledWhileTheyDivideManyCases) {
+  PreparedSample sample(TwoSlices(false));
+  CaseLists lists = sample.MakeLists();
+  ChildOfPlace const childOf(lists.GetNumPlaces(), 1);
+  Impatient listener;
+  sample.GetWorkers().SetListener(&listener);
+  sample.GetWorkers().Begin();
+
+  EXPECT_THROW(lists.DivideCases(lists.GetRoot(), childOf, 2), Cancelled);
+  sample.GetWorkers().SetListener(nullptr);
+}
+
 TEST(CaseLists, StartEachValueAnewInEachChild) {
   PreparedSample sample(
       {.target = std::vector<double>(6), .predictors = {{{1.0, 1.0, 1.0, 2.0, 2.0, 3.0}}}},

@@ -66,6 +66,36 @@ TEST(PlaceByRule, SendsValuesUpToTheCutPointLeft) {
   }
 }
 
+TEST(PlaceByRule, CanBeCancelledOnTheWay) {
+  for (bool const nominal : {false, true}) {
+    SCOPED_TRACE(nominal);
+    PreparedSample sample(TwoSlices(nominal));
+    CaseLists const lists = sample.MakeLists();
+    ChildOfPlace childOf(lists.GetNumPlaces(), 0);
+    auto const cut = CutAt(0, 1e9);
+    auto const categories = Categories(0, {0, 1});
+    auto const three = ThreeWay(0);
+    Impatient listener;
+    auto const cancels = [&](auto const& work) {
+      sample.GetWorkers().SetListener(&listener);
+      sample.GetWorkers().Begin();
+      EXPECT_THROW(work(), Cancelled);
+      sample.GetWorkers().SetListener(nullptr);
+    };
+    auto const place = [&](SplitRuleImp const& rule) {
+      PlaceByRule(sample.GetData(), lists, lists.GetRoot(), rule, childOf);
+    };
+
+    if (nominal) {
+      cancels([&] { place(*categories); });
+      cancels([&] { SetDumbRule(lists, lists.GetRoot(), childOf, *categories); });
+    } else {
+      cancels([&] { place(*cut); });
+      cancels([&] { place(*three); });
+    }
+  }
+}
+
 TEST(PlaceByRule, HandlesCutPointsBesideAllValues) {
   PreparedSample sample(OnePredictor({3.0, 1.0, 2.0}), Form::kSorted);
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdint>
 #include <memory>
+#include <numeric>
 #include <set>
 #include <vector>
 
@@ -91,6 +92,31 @@ TEST(SummarisePredictor, FindsTheRangeOfOrderedValues) {
 TEST(SummarisePredictor, ListsCategories) {
   EXPECT_EQ(OfRoot({3.0, 0.0, 3.0, 2.0}, true), (Summary{0.0, 3.0, false, {0.0, 2.0, 3.0}}));
   EXPECT_EQ(OfRoot({3.0, kMissing}, true), (Summary{3.0, 3.0, true, {3.0}}));
+}
+
+/// So many categories, the last of them missing, that the predictor is left out.
+std::vector<double> ManyCategories(std::size_t count) {
+  std::vector<double> values(count);
+  std::iota(values.begin(), values.end(), 3.0);
+  values.back() = kMissing;
+  return values;
+}
+
+TEST(SummarisePredictor, FindsOnlyTheRangeOfPredictorsThatAreLeftOut) {
+  EXPECT_EQ(OfRoot(ManyCategories(41), true), (Summary{3.0, 42.0, true, {}}));
+  std::vector<double> complete = ManyCategories(70000);
+  EXPECT_EQ(OfRoot(complete, true), (Summary{3.0, 70001.0, true, {}}));
+  complete.pop_back();
+  EXPECT_EQ(OfRoot(complete, true), (Summary{3.0, 70001.0, false, {}}));
+}
+
+TEST(SummariseForChildren, FindsOnlyTheRangesOfPredictorsThatAreLeftOut) {
+  ChildOfPlace childOf(41, 0);
+  childOf[5] = childOf[7] = childOf[40] = 1;
+  childOf[0] = kNoChild;
+
+  EXPECT_THAT(OfChildren(ManyCategories(41), true, Form::kAsItComes, childOf, 2),
+              ::testing::ElementsAre(Summary{4.0, 42.0, false, {}}, Summary{8.0, 10.0, true, {}}));
 }
 
 TEST(SummarisePredictor, GivesPredictorsWithoutValuesAnEmptyRange) {

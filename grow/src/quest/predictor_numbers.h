@@ -1,0 +1,33 @@
+#ifndef TREE_GROW_SRC_QUEST_PREDICTOR_NUMBERS_H_
+#define TREE_GROW_SRC_QUEST_PREDICTOR_NUMBERS_H_
+
+#include <cstdint>
+
+#include "growing/training_data.h"
+
+namespace tree::grow {
+
+/// The values of an ordered predictor as whole multiples of a power of two from a centre, so that
+/// sums of them and of their squares are exact, and no order of the cases changes them. Values are
+/// rounded to a share of 2^-40 of their range, or more where weights are great; infinite ones are
+/// taken for the greatest or least finite one.
+class PredictorNumbers {
+ public:
+  PredictorNumbers() = default;
+  /// `data`: with prepared predictors. Linear in the cases, unless the predictor is coded.
+  PredictorNumbers(TrainingData const& data, std::size_t predictor);
+
+  std::int64_t Of(double value) const;
+  double ValueOf(double multiple) const { return centre_ + multiple * unit_; }
+  double GetUnit() const { return unit_; }
+
+ private:
+  double least_ = 0.0;  // of the finite values
+  double greatest_ = 0.0;
+  double centre_ = 0.0;
+  double unit_ = 1.0;
+};
+
+}  // namespace tree::grow
+
+#endif  // TREE_GROW_SRC_QUEST_PREDICTOR_NUMBERS_H_

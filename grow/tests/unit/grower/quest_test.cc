@@ -1,0 +1,457 @@
+// What QUEST makes of data and settings, seen from outside.
+
+#include <algorithm>
+#include <cmath>
+#include <functional>
+#include <map>
+#include <memory>
+#include <numeric>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "grow_testing/sample_data.h"
+#include "tree/grow/split_statistics.h"
+
+namespace tree::grow {
+namespace {
+
+double const kMissing = systemMissingValue();
+
+std::unique_ptr<Grower> Grown(SampleData const& data, AlgSettings const& settings,
+                              GrowOptions const& options = {1}) {
+  std::unique_ptr<Grower> grower = data.Make(settings, options);
+  EXPECT_TRUE(grower->Grow()) << grower->GetFailureMessage();
+  return grower;
+}
+
+NodeImp const& RootOf(Grower const& grower) {
+  return dynamic_cast<NodeImp const&>(*grower.GetRootNode());
+}
+
+SplitRuleImp const& RuleOf(Grower const& grower) { return *RootOf(grower).GetCompetitorImp(0); }
+
+double CutOf(Grower const& grower) {
+  return dynamic_cast<OSplitRule const&>(RuleOf(grower)).GetCutPoint();
+}
+
+/// Settings whose priors are the shares of the sample.
+QuestSettingsImp SettingsOf(SampleData const& data) {
+  auto settings = data.LooseSettings<QuestSettingsImp>();
+  settings.GetPriors()->Set(PriorTypeAlternate);
+  return settings;
+}
+
+/// 100 cases of each of two classes; values of class 1 are 4 higher.
+std::vector<double> ShiftedValues() {
+  std::vector<double> values;
+  for (int i = 0; i < 200; ++i) values.push_back(i / 2 % 7 + 4.0 * (i % 2));
+  return values;
+}
+
+std::vector<double> AlternatingClasses(std::size_t count) {
+  std::vector<double> classes;
+  for (std::size_t i = 0; i < count; ++i) classes.push_back(static_cast<double>(i % 2));
+  return classes;
+}
+
+// ---- Splits ----
+
+TEST(QuestGrower, CutsHalfwayBetweenClassesThatSpreadAlike) {
+  SampleData data(200);
+  data.Classes(AlternatingClasses(200)).Ordered(ShiftedValues());
+  QuestSettingsImp settings = SettingsOf(data);
+  settings.GetStopRule()->SetMaxTreeDepth(1);
+
+  auto const grower = Grown(data, settings);
+
+  double sums[2] = {0.0, 0.0};
+  for (std::size_t i = 0; i < 200; ++i) sums[i % 2] += ShiftedValues()[i];
+  EXPECT_NEAR(CutOf(*grower), (sums[0] + sums[1]) / 200.0, 1e-6);
+  EXPECT_GT(RuleOf(*grower).GetStatistic(SplitTestStatistic), 100.0);
+  EXPECT_LT(RuleOf(*grower).GetStatistic(SplitLogPValue), -50.0);
+  EXPECT_GT(RuleOf(*grower).GetStatistic(SplitImprovement), 0.1);
+}
+
+TEST(QuestGrower, MergesClassesToTwo) {
+  std::vector<double> classes;
+  std::vector<double> values;
+  for (int i = 0; i < 300; ++i) {
+    classes.push_back(i % 3);
+    values.push_back((i % 3 == 1 ? 100.0 : i % 3 * 2.0) + i / 3 % 5);
+  }
+  SampleData data(300);
+  data.Classes(classes).Ordered(values);
+  QuestSettingsImp settings = SettingsOf(data);
+  settings.GetStopRule()->SetMaxTreeDepth(1);
+
+  auto const grower = Grown(data, settings);
+
+  EXPECT_EQ(RootOf(*grower).GetChild(0)->GetNodeSize(TrainingSample), 200.0);
+  EXPECT_EQ(RootOf(*grower).GetChild(1)->GetClsInfo(TrainingSample)->GetClassCount(1), 100.0);
+}
+
+TEST(QuestGrower, DividesCategoriesByTheirDiscriminantCoordinates) {
+  std::vector<double> classes;
+  std::vector<double> values;
+  for (int i = 0; i < 400; ++i) {
+    int const category = i % 4;
+    values.push_back(category);
+    classes.push_back(i / 4 % 10 < (category == 1 || category == 2 ? 9 : 1) ? 1.0 : 0.0);
+  }
+  SampleData data(400);
+  data.Classes(classes).Nominal(values);
+  QuestSettingsImp settings = SettingsOf(data);
+  settings.GetStopRule()->SetMaxTreeDepth(1);
+
+  auto const grower = Grown(data, settings);
+
+  SplitRuleImp const& rule = RuleOf(*grower);
+  EXPECT_EQ(rule.Classify(1.0), rule.Classify(2.0));
+  EXPECT_EQ(rule.Classify(0.0), rule.Classify(3.0));
+  EXPECT_NE(rule.Classify(0.0), rule.Classify(1.0));
+  EXPECT_EQ(rule.Classify(4.0), -1) << "a category that was never seen";
+}
+
+TEST(QuestGrower, ChoosesBySpreadWhereMeansDoNotDiffer) {
+  std::vector<double> noise;
+  std::vector<double> spread;
+  for (int i = 0; i < 400; ++i) {
+    noise.push_back((i / 2 * 7 + i % 2 * 3) % 11 + 0.3 * (i % 2));
+    spread.push_back((i % 2 == 0 ? 1.0 : 10.0) * (i / 2 % 9 - 4));
+  }
+  SampleData data(400);
+  data.Classes(AlternatingClasses(400)).Ordered(noise).Ordered(spread);
+  QuestSettingsImp settings = SettingsOf(data);
+  settings.GetStopRule()->SetMaxTreeDepth(1);
+
+  EXPECT_EQ(RuleOf(*Grown(data, settings)).GetPredictorIndex(), 1);
+
+  // At a level that nothing fails, the first tests choose.
+  settings.SetAlphaOfVariableSelection(3.0);
+  auto const byMeans = Grown(data, settings);
+  EXPECT_TRUE(RootOf(*byMeans).GetNumChildren() == 0 || RuleOf(*byMeans).GetPredictorIndex() == 0);
+}
+
+TEST(QuestGrower, TakesInfiniteValuesForTheGreatestOnes) {
+  std::vector<double> values = ShiftedValues();
+  values[1] = HUGE_VAL;
+  values[0] = -HUGE_VAL;
+  SampleData data(200);
+  data.Classes(AlternatingClasses(200)).Ordered(values);
+
+  auto const grower = Grown(data, SettingsOf(data));
+
+  ASSERT_EQ(RootOf(*grower).GetNumChildren(), 2);
+  EXPECT_TRUE(std::isfinite(CutOf(*grower)));
+}
+
+TEST(QuestGrower, DoesNotSplitWhereNothingVaries) {
+  SampleData data(40);
+  data.Classes(AlternatingClasses(40))
+      .Ordered(std::vector<double>(40, 3.0))
+      .Nominal(std::vector<double>(40, 1.0));
+
+  EXPECT_EQ(RootOf(*Grown(data, SettingsOf(data))).GetNumChildren(), 0);
+}
+
+// ---- Settings ----
+
+TEST(QuestGrower, MovesTheCutWithThePriors) {
+  SampleData data(200);
+  data.Classes(AlternatingClasses(200)).Ordered(ShiftedValues());
+  QuestSettingsImp settings = SettingsOf(data);
+  settings.GetStopRule()->SetMaxTreeDepth(1);
+  double const equal = CutOf(*Grown(data, settings));
+
+  settings.GetPriors()->Set(0, 0.9);
+  settings.GetPriors()->Set(1, 0.1);
+
+  EXPECT_GT(CutOf(*Grown(data, settings)), equal + 0.5) << "class 0 takes more room";
+}
+
+TEST(QuestGrower, MovesTheCutWithCostsThatAlterPriors) {
+  SampleData data(200);
+  data.Classes(AlternatingClasses(200)).Ordered(ShiftedValues());
+  QuestSettingsImp settings = SettingsOf(data);
+  settings.GetStopRule()->SetMaxTreeDepth(1);
+  double const equal = CutOf(*Grown(data, settings));
+
+  settings.GetCost()->Set(1, 0, 9.0);  // class 0 taken for class 1
+  EXPECT_EQ(CutOf(*Grown(data, settings)), equal);
+  settings.GetPriors()->AlterValues(true);
+  EXPECT_GT(CutOf(*Grown(data, settings)), equal + 0.5);
+}
+
+TEST(QuestGrower, StopsAtTheStoppingRule) {
+  std::vector<double> values;
+  std::vector<double> classes;
+  for (int i = 0; i < 320; ++i) {
+    values.push_back(i);
+    classes.push_back(i < 100 ? 0.0 : i < 180 ? 1.0 : i < 230 ? 0.0 : 1.0);
+  }
+  SampleData data(320);
+  data.Classes(classes).Ordered(values);
+  auto const grown = [&](std::function<void(StopRule&)> const& change) {
+    QuestSettingsImp settings = SettingsOf(data);
+    change(*settings.GetStopRule());
+    return Grown(data, settings)->GetNumNodes(TerminalNodes);
+  };
+
+  int const all = grown([](StopRule&) {});
+  ASSERT_GE(all, 4);
+  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMaxTreeDepth(1); }), 2);
+  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinNodeSize(321); }), 1);
+  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinNodePercentSize(100.0); }), 2);
+  EXPECT_LT(grown([](StopRule& rule) { rule.SetMinChildSize(100); }), all);
+  EXPECT_LT(grown([](StopRule& rule) { rule.SetMinChildPercentSize(30.0); }), all);
+  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinImprovement(0.4); }), 1);
+}
+
+/// The second and the third predictor follow the first, the third less closely.
+SampleData MakeFollowers() {
+  std::vector<double> first = ShiftedValues();
+  std::vector<double> second;
+  std::vector<double> third;
+  std::vector<double> noise;
+  for (int i = 0; i < 200; ++i) {
+    double const value = first[static_cast<std::size_t>(i)];
+    second.push_back(i % 12 == 0 ? 5.0 : value);
+    third.push_back(i % 4 == 0 ? 4.0 : value);
+    noise.push_back(i % 3);
+    if (i % 25 == 7) first[static_cast<std::size_t>(i)] = kMissing;
+  }
+  SampleData data(200);
+  data.Classes(AlternatingClasses(200))
+      .Ordered(first)
+      .Ordered(second)
+      .Ordered(third)
+      .Nominal(noise);
+  return data;
+}
+
+TEST(QuestGrower, KeepsCompetitorsAndSurrogatesUpToTheirLimits) {
+  SampleData const data = MakeFollowers();
+  QuestSettingsImp settings = SettingsOf(data);
+  ASSERT_EQ(settings.GetMaxNumSurrogates(), 3);
+
+  auto const grower = Grown(data, settings);
+  NodeImp const& root = RootOf(*grower);
+  EXPECT_GE(root.GetNumCompetitors(), 3);
+  EXPECT_GE(root.GetNumSurrogates(), 2);
+  EXPECT_LE(root.GetCompetitorImp(1)->GetStatistic(SplitLogPValue),
+            root.GetCompetitorImp(2)->GetStatistic(SplitLogPValue));
+  EXPECT_GE(root.GetSurrogateImp(0)->GetStatistic(SurrogateAssociation),
+            root.GetSurrogateImp(1)->GetStatistic(SurrogateAssociation));
+
+  settings.SetMaxNumCompetitors(2);
+  settings.SetMaxNumSurrogates(1);
+  auto const fewer = Grown(data, settings);
+  EXPECT_EQ(RootOf(*fewer).GetNumCompetitors(), 2);
+  EXPECT_EQ(RootOf(*fewer).GetNumSurrogates(), 1);
+}
+
+TEST(QuestGrower, LeavesNominalSurrogatesWithTooManyCategoriesOut) {
+  std::vector<double> const values = ShiftedValues();
+  SampleData data(200);
+  data.Classes(AlternatingClasses(200)).Ordered(values).Nominal(values).Ordered(values);
+  QuestSettingsImp settings = SettingsOf(data);
+  settings.GetStopRule()->SetMaxTreeDepth(1);
+  auto const hasNominal = [&] {
+    auto const grower = Grown(data, settings);
+    NodeImp const& root = RootOf(*grower);
+    for (int i = 0; i < root.GetNumSurrogates(); ++i) {
+      if (root.GetSurrogateImp(static_cast<unsigned int>(i))->GetPredictorIndex() == 1) return true;
+    }
+    return RuleOf(*grower).GetPredictorIndex() == 1;
+  };
+
+  ASSERT_TRUE(hasNominal());
+  settings.SetMaxNumNomCatsSurr(10);
+  EXPECT_FALSE(hasNominal());
+}
+
+TEST(QuestGrower, LeavesPredictorsWithTooManyCategoriesOut) {
+  SampleData const data = MakeFollowers();
+  QuestSettingsImp settings = SettingsOf(data);
+  settings.SetMaxNominalPredCategories(2);
+
+  EXPECT_EQ(Grown(data, settings)->GetRemarks().size(), 1U);
+}
+
+TEST(QuestGrower, PrunesAsCartDoes) {
+  std::mt19937 engine(3);
+  std::vector<double> classes;
+  std::vector<double> values;
+  std::vector<double> noise;
+  for (int i = 0; i < 400; ++i) {
+    classes.push_back(static_cast<double>(engine() % 10 < (i % 2 == 0 ? 2U : 8U)));
+    values.push_back(i % 2 * 3 + static_cast<double>(engine() % 100) / 50.0);
+    noise.push_back(static_cast<double>(engine() % 1000));
+  }
+  SampleData data(400);
+  data.Classes(classes).Ordered(values).Ordered(noise);
+  QuestSettingsImp settings = SettingsOf(data);
+  settings.GetValidationSpec()->Set(ValidationCrossValidation);
+  auto const grower = Grown(data, settings);
+  int const before = grower->GetNumNodes(TerminalNodes);
+  ASSERT_GT(before, 5);
+
+  ASSERT_TRUE(grower->Prune()) << grower->GetFailureMessage();
+  ASSERT_TRUE(grower->Validate()) << grower->GetFailureMessage();
+
+  EXPECT_LT(grower->GetNumNodes(TerminalNodes), before);
+  EXPECT_NEAR(grower->GetStatistics()->GetRisk(), 0.2, 0.07);
+
+  settings.GetPruningSpec()->SetSERuleFactor(1000.0);
+  auto const hard = Grown(data, settings);
+  ASSERT_TRUE(hard->Prune());
+  EXPECT_EQ(hard->GetNumNodes(TerminalNodes), 1);
+}
+
+// ---- What holds for random data ----
+
+struct Columns {
+  std::vector<double> classes;
+  std::vector<double> counts;
+  std::vector<double> few;
+  std::vector<double> many;
+  std::vector<double> nominal;
+
+  SampleData Make(bool withCounts) const {
+    SampleData data(classes.size());
+    data.Classes(classes).Ordered(few).Ordered(many).Nominal(nominal);
+    if (withCounts) data.Frequencies(counts);
+    return data;
+  }
+  Columns Pick(std::vector<std::size_t> const& rows) const {
+    auto const pick = [&](std::vector<double> const& values) {
+      std::vector<double> picked;
+      for (std::size_t const row : rows) picked.push_back(values[row]);
+      return picked;
+    };
+    return {pick(classes), pick(counts), pick(few), pick(many), pick(nominal)};
+  }
+};
+
+Columns RandomColumns(std::uint32_t seed) {
+  RandomNumbers random(seed);
+  Columns columns;
+  std::size_t const numCases = 100 + random.Below(150);
+  for (std::size_t row = 0; row < numCases; ++row) {
+    auto const draw = [&](std::uint32_t numValues) {
+      return random.Below(10) == 0 ? kMissing : static_cast<double>(random.Below(numValues));
+    };
+    columns.few.push_back(draw(6));
+    columns.many.push_back(draw(100000) / 7.0);
+    if (columns.many.back() < 0.0) columns.many.back() = kMissing;
+    columns.nominal.push_back(draw(5));
+    columns.counts.push_back(1.0 + random.Below(3));
+    double const signal = (columns.few.back() > 2.0 ? 2.0 : 0.0) +
+                          (columns.nominal.back() == 3.0 ? 2.0 : 0.0) +
+                          (columns.many.back() > 5000.0 ? 2.0 : 0.0);
+    columns.classes.push_back(std::min(2.0, std::floor((signal + random.Below(4)) / 3.0)));
+  }
+  return columns;
+}
+
+std::string GrownText(SampleData const& data, GrowOptions const& options = {1}) {
+  return Describe(*Grown(data, SettingsOf(data), options)->GetRootNode());
+}
+
+class QuestSeed : public testing::TestWithParam<std::uint32_t> {};
+INSTANTIATE_TEST_SUITE_P(Trees, QuestSeed, testing::Range(1U, 31U));
+
+TEST_P(QuestSeed, ShuffledRowsGrowTheSameTree) {
+  Columns const columns = RandomColumns(GetParam());
+  std::vector<std::size_t> rows(columns.classes.size());
+  std::iota(rows.begin(), rows.end(), std::size_t{0});
+  RandomNumbers random(GetParam() + 1000);
+  for (std::size_t i = rows.size(); i > 1; --i) {
+    std::swap(rows[i - 1], rows[random.Below(static_cast<std::uint32_t>(i))]);
+  }
+
+  EXPECT_EQ(GrownText(columns.Make(true)), GrownText(columns.Pick(rows).Make(true)));
+}
+
+TEST_P(QuestSeed, FrequenciesGrowTheTreeOfRepeatedCases) {
+  Columns const columns = RandomColumns(GetParam());
+  std::vector<std::size_t> rows;
+  for (std::size_t row = 0; row < columns.classes.size(); ++row) {
+    rows.insert(rows.end(), static_cast<std::size_t>(columns.counts[row]), row);
+  }
+
+  EXPECT_EQ(GrownText(columns.Make(true)), GrownText(columns.Pick(rows).Make(false)));
+}
+
+TEST_P(QuestSeed, ThreadsAndCodesGrowTheSameTree) {
+  SampleData const data = RandomColumns(GetParam()).Make(false);
+
+  std::string const tree = GrownText(data);
+
+  EXPECT_EQ(tree, GrownText(data, {.numThreads = 3}));
+  EXPECT_EQ(tree, GrownText(data, {.numThreads = 1, .maxCodedValues = 0}));
+}
+
+TEST_P(QuestSeed, CasesReachTheNodesThatCountThem) {
+  SampleData const data = RandomColumns(GetParam()).Make(false);
+  auto const grower = Grown(data, SettingsOf(data));
+  std::map<Node const*, double> counts;
+  for (std::size_t row = 0; row < data.GetData().GetNumCases(); ++row) {
+    ++counts[grower->GetTree()->DropObservationThroughTree(data.Case(row).data(), nullptr)];
+  }
+
+  PrefixNodeIterator walk(grower->GetRootNode());
+  while (Node const* const node = walk.Next()) {
+    if (node->GetNumChildren() == 0) {
+      EXPECT_EQ(counts[node], node->GetNodeSize(TrainingSample));
+    }
+  }
+}
+
+/// The simulation of Loh and Shih 1997, section 5, in kind: classes that have nothing to do with
+/// predictors of very different numbers of possible splits.
+TEST(QuestGrower, ChoosesEachPredictorAboutEquallyOftenUnderIndependence) {
+  constexpr int kNumTrials = 600;
+  constexpr std::size_t kNumPredictors = 6;
+  constexpr int kNumCases = 300;
+  std::vector<int> chosen(kNumPredictors);
+  std::mt19937 engine(17);
+  std::normal_distribution<double> normal;
+  std::exponential_distribution<double> exponential;
+  for (int trial = 0; trial < kNumTrials; ++trial) {
+    std::vector<double> classes;
+    std::vector<std::vector<double>> columns(kNumPredictors);
+    for (int i = 0; i < kNumCases; ++i) {
+      classes.push_back(static_cast<double>(engine() % 3));
+      columns[0].push_back(normal(engine));
+      columns[1].push_back(exponential(engine));
+      columns[2].push_back(static_cast<double>(engine() % 2));
+      columns[3].push_back(static_cast<double>(engine() % 10));
+      columns[4].push_back(static_cast<double>(engine() % 2));
+      columns[5].push_back(static_cast<double>(engine() % 15));
+    }
+    SampleData data(kNumCases);
+    data.Classes(classes);
+    for (std::size_t i = 0; i < 4; ++i) data.Ordered(columns[i]);
+    for (std::size_t i = 4; i < 6; ++i) data.Nominal(columns[i]);
+    QuestSettingsImp settings = SettingsOf(data);
+    settings.GetStopRule()->SetMaxTreeDepth(1);
+    auto const grower = Grown(data, settings);
+    if (RootOf(*grower).GetNumChildren() == 0) continue;
+    ++chosen[static_cast<std::size_t>(RuleOf(*grower).GetPredictorIndex())];
+  }
+
+  for (std::size_t i = 0; i < kNumPredictors; ++i) {
+    RecordProperty("chosen" + std::to_string(i), chosen[i]);
+    // Four standard errors of a share of 1/6 of 600 are 37.
+    EXPECT_NEAR(chosen[i], kNumTrials / static_cast<double>(kNumPredictors), 37.0)
+        << "predictor " << i;
+  }
+}
+
+}  // namespace
+}  // namespace tree::grow
