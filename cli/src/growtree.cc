@@ -13,6 +13,7 @@
 
 #include "growing.h"
 #include "options/option_parser.h"
+#include "options/refusal.h"
 #include "options/settings.h"
 #include "options/variables.h"
 #include "output/draw_tree.h"
@@ -85,15 +86,14 @@ class Session {
     grow::CsvData const csv = Read();
     grow::CaseRoles const roles = FindRoles(options_.variables, csv.data);
     std::unique_ptr<AlgSettings const> const settings = MakeSettings(options_, csv.data, roles);
-    if (!options_.results.gains.empty()) {
-      gains_ =
-          MakeGainsSettings(options_.results.gains, csv.data.GetColumn(roles.target).description);
+    if (options_.gains.AreWanted()) {
+      gains_ = MakeGainsSettings(options_.gains, csv.data.GetColumn(roles.target).description);
     }
-    std::unique_ptr<grow::Grower> const grower =
-        grow::MakeGrower(csv.data, roles, *settings, options_.grow);
+    std::unique_ptr<grow::Grower> const grower = MakeGrower(csv.data, roles, *settings);
     StopIfInterrupted();
     Remark(csv.remarks);
     Remark(LeftOutRemarks(grower->GetLeftOut(), options_.variables));
+    CheckSamples(*grower);
     std::vector<PruningStep> const sequence = GrowTree(*grower, options_, progress_);
     Remark(grower->GetRemarks());
 
@@ -148,6 +148,45 @@ class Session {
     return std::move(*data);
   }
 
+  std::string FileName() const {
+    return options_.file == kStandard ? "standard input" : options_.file;
+  }
+
+  /// The library knows neither the file nor that rows are counted from 1, as in predictions.
+  std::unique_ptr<grow::Grower> MakeGrower(grow::DataSet const& data, grow::CaseRoles const& roles,
+                                           AlgSettings const& settings) const {
+    try {
+      return grow::MakeGrower(data, roles, settings, options_.grow);
+    } catch (grow::CaseError const& error) {
+      throw grow::InputError(FileName() + ": row " + std::to_string(error.GetRow() + 1) + ": " +
+                             error.GetWhere() + ": " + error.GetWhy());
+    } catch (grow::InputError const& error) {
+      std::string const message = error.what();
+      if (!message.starts_with("column")) throw;
+      throw grow::InputError(FileName() + ": " + message);
+    }
+  }
+
+  /// Refuses samples without a case, before work is done that would be of no use.
+  void CheckSamples(grow::Grower const& grower) const {
+    bool const trains = grower.GetNumCases(TrainingSample) > 0;
+    bool const tests = grower.GetNumCases(TestSample) > 0;
+    if (!trains && !tests) return;  // all are left out, which growing says
+    bool const needsTest =
+        grower.GetSettings()->GetValidationSpec()->GetType() == ValidationSplitSample;
+    if (!trains || (needsTest && !tests)) {
+      std::string const sample = std::string(trains ? "test" : "training") + " sample";
+      if (!options_.variables.sample.has_value()) {
+        Refuse("--validation", "no case is drawn for the " + sample);
+      }
+      Refuse("--sample",
+             "column " + Quoted(*options_.variables.sample) + " puts no case into the " + sample);
+    }
+    if (options_.gains.AreWanted() && options_.gains.sortSample == TestSample && !tests) {
+      Refuse("--gains-by", "there is no test sample");
+    }
+  }
+
   void WriteResults(Grown const& grown) const {
     ResultOptions const& wanted = options_.results;
     Result const results[] = {
@@ -185,8 +224,7 @@ class Session {
 
   void Print(Grown const& grown) const {
     std::ostream& out = console_.out;
-    PrintData(out, options_.file == kStandard ? "standard input" : options_.file, grown.data,
-              grown.roles, grown.grower.GetNumCases(TrainingSample),
+    PrintData(out, FileName(), grown.data, grown.roles, grown.grower.GetNumCases(TrainingSample),
               grown.grower.GetNumCases(TestSample));
     PrintTree(out, grown.tree);
     if (options_.results.details) {
@@ -197,9 +235,10 @@ class Session {
       out << '\n';
       PrintSequence(out, grown.sequence, grown.grower.GetNumNodes(TerminalNodes));
     }
-    if (!options_.results.gains.empty()) PrintAllGains(grown);
+    if (options_.gains.AreWanted()) PrintAllGains(grown);
     out << '\n';
-    PrintStatistics(out, grown.grower, grown.tree.GetNames().target.labels);
+    PrintStatistics(out, grown.grower, grown.tree.GetNames().target.labels,
+                    grown.grower.GetNumFolds());
   }
 
   /// The rows of both samples are in the same order.
@@ -210,9 +249,10 @@ class Session {
       settings.SetDataSample(sample);
       std::unique_ptr<GainsIntf const> const table(grown.grower.MakeGains(settings));
       if (table == nullptr) throw std::bad_alloc();
-      console_.out << "\nGains: " << Shown(options_.results.gains)
+      std::string const& target = options_.gains.target;
+      console_.out << "\nGains: " << (target.empty() ? "profit" : Shown(target))
                    << (sample == TestSample ? ", test sample\n" : ", training sample\n");
-      PrintGains(console_.out, *table);
+      PrintGains(console_.out, *table, options_.gains.rows == GainsRows::kCumulative);
     }
   }
 

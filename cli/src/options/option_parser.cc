@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <functional>
 #include <limits>
 #include <memory>
 #include <string_view>
+#include <system_error>
 #include <utility>
 
 #include <CLI/CLI.hpp>
@@ -19,8 +21,12 @@ namespace tree::cli {
 namespace {
 
 constexpr int kMaxInt = std::numeric_limits<int>::max();
+constexpr int kMaxThreads = 1024;
+constexpr int kMaxIntervals = 65535;
 
+constexpr NumberRange kAnyNumber = {-HUGE_VAL, HUGE_VAL, false, "a number"};
 constexpr NumberRange kNotNegative = {0.0, HUGE_VAL, false, "a number of at least 0"};
+constexpr NumberRange kProbability = {0.0, 1.0, false, "a number from 0 to 1"};
 constexpr NumberRange kShare = {0.0, 1.0, true, "a number between 0 and 1"};
 
 constexpr char kDescription[] =
@@ -44,7 +50,11 @@ constexpr char kEpilogue[] =
     "  3    the tree cannot be grown, as for want of memory\n"
     "  130  interrupted (143 when asked to terminate); no file is left behind\n";
 
-constexpr Choice<Method> kMethods[] = {{"cart", Method::kCart}};
+constexpr Choice<Method> kMethods[] = {
+    {"cart", Method::kCart}, {"chaid", Method::kChaid}, {"quest", Method::kQuest}};
+
+constexpr Choice<ChiSquareMethod> kChiSquares[] = {
+    {"pearson", ChiSquareMethod0}, {"likelihood-ratio", static_cast<ChiSquareMethod>(1)}};
 
 constexpr Choice<CartSplitCriteria> kCriteria[] = {
     {"gini", CartSplitCriteria0},
@@ -60,12 +70,18 @@ constexpr Choice<ValidationType> kValidations[] = {{"none", ValidationNone},
                                                    {"split", ValidationSplitSample},
                                                    {"cross", ValidationCrossValidation}};
 
+constexpr Choice<SortOrder> kOrders[] = {{"descending", SortDescending},
+                                         {"ascending", SortAscending}};
+
+constexpr Choice<DataSample> kSamples[] = {{"training", TrainingSample}, {"test", TestSample}};
+
 /// New settings, whose values are the defaults. They have predictors, or they would keep neither
 /// competitors nor surrogates.
-CCartSettingsImp DefaultSettings() {
+template <class Settings>
+Settings DefaultSettings() {
   CoreSettingsImp core;
   for (int index = 0; index < 100; ++index) core.AddPredictor();
-  return CCartSettingsImp(core);
+  return Settings(core);
 }
 
 // --- values that are made of several ---
@@ -161,6 +177,34 @@ void AddCost(OptionValue const& value, ClassOptions& classes) {
   });
 }
 
+/// Adds a class with its number.
+void AddNumberOf(OptionValue const& value, std::vector<ClassNumber>& numbers) {
+  auto const [label, rest] = NameAndRest(value, "CLASS=NUMBER");
+  for (ClassNumber const& other : numbers) {
+    if (other.label == label) value.Refuse("names a class for the second time");
+  }
+  numbers.push_back({label, OptionValue(value.GetOption(), rest).Number(kAnyNumber)});
+}
+
+/// Rows by name, or as percentiles of one of the steps that there are.
+void ReadGainsRows(OptionValue const& value, GainsOptions& gains) {
+  std::string const& text = value.GetText();
+  if (text == "nodes") return;
+  if (text == "cumulative") {
+    gains.rows = GainsRows::kCumulative;
+    return;
+  }
+  for (PercentileIncrement const step :
+       {PercentileIncrement1, PercentileIncrement2, PercentileIncrement5, PercentileIncrement10,
+        PercentileIncrement20, PercentileIncrement25}) {
+    if (text != std::to_string(step)) continue;
+    gains.rows = GainsRows::kPercentiles;
+    gains.percentileStep = step;
+    return;
+  }
+  value.Refuse("is none of nodes, cumulative, 1, 2, 5, 10, 20, 25");
+}
+
 char DelimiterIn(OptionValue const& value) {
   if (value.GetText() == "tab") return '\t';
   if (value.GetText().size() != 1 ||
@@ -173,10 +217,18 @@ char DelimiterIn(OptionValue const& value) {
 /// Opening standard output by its name would not append to what is there already.
 std::string FileIn(std::string const& file) { return file == "/dev/stdout" ? "-" : file; }
 
+/// The file's place, the same for all ways to name it.
+std::filesystem::path PlaceOf(std::string const& file) {
+  std::error_code unknown;
+  std::filesystem::path const place = std::filesystem::weakly_canonical(
+      std::filesystem::absolute(file, unknown).lexically_normal(), unknown);
+  return unknown ? std::filesystem::path(file) : place;
+}
+
 /// Declares the options and takes what is given for them.
 class Parser {
  public:
-  Parser() : app_(kDescription, "growtree"), defaults_(DefaultSettings()) {
+  Parser() : app_(kDescription, "growtree"), defaults_(DefaultSettings<CCartSettingsImp>()) {
     auto const formatter = std::make_shared<HelpFormatter>();
     formatter->label("Positionals", "Input");
     app_.formatter(formatter);
@@ -189,9 +241,12 @@ class Parser {
     AddVariables();
     AddGrowing();
     AddClasses();
+    AddChaid();
+    AddQuest();
     AddStopping();
     AddValidation();
     AddPruning();
+    AddGains();
     AddResults();
     AddOthers();
   }
@@ -330,18 +385,23 @@ class Parser {
 
   void AddGrowing() {
     Group("Growing");
-    Add("--method", "METHOD", "cart: binary splits of Breiman, Friedman, Olshen and Stone",
+    Add("--method", "METHOD",
+        "cart: the best binary splits (Breiman, Friedman, Olshen and Stone); chaid: a child for "
+        "each group of merged categories (Kass); quest: predictors chosen by tests, binary splits "
+        "(Loh and Shih), for classes only",
         [this](OptionValue const& value) { options_.method = value.OneOf(kMethods); })
         ->default_str("cart");
-    AddInt("--competitors", "the most competing splits that a node keeps",
+    AddInt("--competitors",
+           "the most splits that a node keeps, the best of each predictor; its own is one of them",
            options_.rules.maxNumCompetitors, 1, defaults_.GetMaxNumCompetitors());
-    AddInt("--surrogates", "the most surrogate splits that a node keeps, for missing values",
+    AddInt("--surrogates",
+           "the most surrogate splits that a node keeps, for missing values, by cart and quest",
            options_.rules.maxNumSurrogates, 0, defaults_.GetMaxNumSurrogates());
     AddInt("--max-categories", "nominal predictors with more categories are left out",
            options_.rules.maxNumCategories, 1, defaults_.GetMaxNominalPredCategories());
     Add("--threads", "N", "how many threads work; 0: as many as the machine runs at a time",
         [this](OptionValue const& value) {
-          options_.grow.numThreads = value.WholeNumber(0, kMaxInt);
+          options_.grow.numThreads = value.WholeNumber(0, kMaxThreads);
         })
         ->default_str(std::to_string(options_.grow.numThreads));
   }
@@ -349,12 +409,13 @@ class Parser {
   void AddClasses() {
     ClassOptions& classes = options_.classes;
     Group("Classes, for a nominal or ordinal target");
-    Add("--criterion", "CRITERION", "gini, twoing or ordered-twoing: what makes a split good",
+    Add("--criterion", "CRITERION",
+        "gini, twoing or ordered-twoing: what makes a split good; with --method cart",
         [&classes](OptionValue const& value) { classes.criterion = value.OneOf(kCriteria); })
         ->default_str("gini");
     Add("--priors", "PRIORS",
         "equal; sample: shares of the training cases; or LABEL=NUMBER,... for every class, normed "
-        "to sum 1",
+        "to sum 1; chaid begins with sample",
         [&classes](OptionValue const& value) { ReadPriors(value, classes); })
         ->default_str("equal");
     AddFlag("--altered-priors", classes.alteredPriors,
@@ -365,18 +426,67 @@ class Parser {
                   [&classes](OptionValue const& value) { AddCost(value, classes); });
   }
 
+  void AddChaid() {
+    ChaidOptions& chaid = options_.chaid;
+    auto const defaults = DefaultSettings<CChaidSettingsImp>();
+    Group("CHAID, with --method chaid");
+    AddNumber("--alpha-split", "P", "a node is split if the adjusted p-value is at most this",
+              chaid.alphaOfSplit, kProbability, defaults.GetAlphaOfSplitNode());
+    AddNumber("--alpha-merge", "P",
+              "categories are merged as long as the pair that differs least has a greater p-value",
+              chaid.alphaOfMerge, kProbability, defaults.GetAlphaOfMerge());
+    Add("--alpha-resplit", "P",
+        "split merged groups of three and more again, if the p-value is at most this; otherwise "
+        "they stay",
+        [&chaid](OptionValue const& value) { chaid.alphaOfResplit = value.Number(kProbability); });
+    AddFlag("--exhaustive", chaid.isExhaustive,
+            "merge down to two groups and take the best step (Biggs, de Ville and Suen)");
+    AddFlag("--no-bonferroni", chaid.hasNoBonferroni,
+            "do not adjust p-values for the number of ways to merge");
+    Add("--chi-square", "TEST", "pearson or likelihood-ratio, for a nominal target",
+        [&chaid](OptionValue const& value) { chaid.chiSquare = value.OneOf(kChiSquares); })
+        ->default_str("pearson");
+    AddRepeatable("--score", "CLASS=NUMBER",
+                  "the score of a class of an ordinal target, its position from 0 where not "
+                  "given; repeatable",
+                  [&chaid](OptionValue const& value) { AddNumberOf(value, chaid.scores); });
+    AddNumber("--epsilon", "NUMBER",
+              "iterative estimates end when nothing changes by more: with case weights, or an "
+              "ordinal target",
+              chaid.epsilon, kNotNegative, defaults.GetConvergenceEpsilon());
+    AddInt("--iterations", "at the latest after so many", chaid.maxNumIterations, 1,
+           defaults.GetMaxNumIterations());
+    Add("--intervals", "N", "into how many intervals a continuous predictor is divided",
+        [this](OptionValue const& value) {
+          options_.grow.numIntervals = value.WholeNumber(2, kMaxIntervals);
+          hasIntervals_ = true;
+        })
+        ->default_str(std::to_string(options_.grow.numIntervals));
+  }
+
+  void AddQuest() {
+    QuestOptions& quest = options_.quest;
+    auto const defaults = DefaultSettings<QuestSettingsImp>();
+    Group("QUEST, with --method quest");
+    AddNumber("--alpha-select", "P",
+              "the level of the tests that choose the predictor, by means or else by spread",
+              quest.alphaOfSelection, kProbability, defaults.GetAlphaOfVariableSelection());
+    AddInt("--max-surrogate-categories", "nominal predictors with more are no surrogates",
+           quest.maxNumSurrogateCategories, 1, defaults.GetMaxNumNomCatsSurr());
+  }
+
   void AddStopping() {
     StopOptions& stop = options_.stop;
     StopRule const& rule = *defaults_.GetStopRule();
     Group("Stopping");
-    AddInt("--max-depth", "the depth of the tree; a root alone has depth 0", stop.maxDepth, 0,
-           rule.GetMaxTreeDepth());
+    AddInt("--max-depth", "the depth of the tree; a root alone has depth 0; 3 for chaid",
+           stop.maxDepth, 0, rule.GetMaxTreeDepth());
     AddInt("--min-node", "the least number of cases of a node that is split", stop.minNodeSize, 0,
            rule.GetMinNodeSize());
     AddNumber("--min-node-percent", "PERCENT", "the same, in percent of the training sample",
               stop.minNodePercent, kPercentage, rule.GetMinNodePercentSize());
-    AddInt("--min-child", "the least number of cases of either side of a split", stop.minChildSize,
-           0, rule.GetMinChildSize());
+    AddInt("--min-child", "the least number of cases of each child", stop.minChildSize, 0,
+           rule.GetMinChildSize());
     AddNumber("--min-child-percent", "PERCENT", "the same, in percent of the training sample",
               stop.minChildPercent, kPercentage, rule.GetMinChildPercentSize());
     AddNumber("--min-improvement", "NUMBER",
@@ -410,7 +520,7 @@ class Parser {
 
   void AddPruning() {
     PruningOptions& pruning = options_.pruning;
-    Group("Pruning, by cost and complexity");
+    Group("Pruning, by cost and complexity, of cart and quest");
     AddFlag("--prune", pruning.prune, "prune the tree, by the standard error rule");
     AddFlag("--no-prune", noPrune_, "keep it as it was grown, which is the default");
     AddNumber("--se-rule", "FACTOR",
@@ -420,6 +530,43 @@ class Parser {
     AddFlag("--min-risk", pruning.pickMinRiskTree, "prune to the tree of least risk");
   }
 
+  void AddGains() {
+    GainsOptions& gains = options_.gains;
+    Group("Gains, which tell how the best nodes do beside all cases");
+    AddText("--gains", "CLASS",
+            "print the gains of a class, node by node; or the word mean, where the target is "
+            "continuous",
+            [&gains](std::string const& target) { gains.target = target; });
+    Add("--gains-rows", "ROWS",
+        "nodes; cumulative: each node together with all before it; or 1, 2, 5, 10, 20, 25: as "
+        "many percent of the cases a row",
+        [this](OptionValue const& value) {
+          ReadGainsRows(value, options_.gains);
+          gainsDetail_ = value.GetOption();
+        })
+        ->default_str("nodes");
+    Add("--gains-order", "ORDER", "descending: the best rows first; or ascending",
+        [this](OptionValue const& value) {
+          options_.gains.order = value.OneOf(kOrders);
+          gainsDetail_ = value.GetOption();
+        })
+        ->default_str("descending");
+    Add("--gains-by", "SAMPLE", "training or test: the sample whose gains order the rows of both",
+        [this](OptionValue const& value) {
+          options_.gains.sortSample = value.OneOf(kSamples);
+          gainsDetail_ = value.GetOption();
+        })
+        ->default_str("training");
+    AddRepeatable("--profit", "CLASS=NUMBER",
+                  "what a case of a class brings in, 0 where not given; rows are ordered by the "
+                  "profit where --gains names no class; repeatable",
+                  [&gains](OptionValue const& value) { AddNumberOf(value, gains.profits); });
+    AddRepeatable("--revenue", "CLASS=NUMBER", "the same before expenses; repeatable",
+                  [&gains](OptionValue const& value) { AddNumberOf(value, gains.revenues); });
+    AddRepeatable("--expense", "CLASS=NUMBER", "what a case of a class costs; repeatable",
+                  [&gains](OptionValue const& value) { AddNumberOf(value, gains.expenses); });
+  }
+
   void AddResults() {
     ResultOptions& results = options_.results;
     Group("Results, in files that are written whole or not at all (- is standard output)");
@@ -427,10 +574,6 @@ class Parser {
     AddFlag("--details", results.details,
             "print counts, competing splits and surrogates of every node");
     AddFlag("--sequence", results.sequence, "print the subtrees that pruning chooses from");
-    AddText("--gains", "CLASS",
-            "print the gains of a class, terminal node by terminal node; or the word mean, where "
-            "the target is continuous",
-            [&results](std::string const& gains) { results.gains = gains; });
     AddText("--predictions", "FILE",
             "write terminal node, prediction and probabilities of every row, as CSV",
             [&results](std::string const& file) { results.predictions = FileIn(file); });
@@ -465,11 +608,60 @@ class Parser {
 
   void CheckCombinations() {
     if (!missingTexts_.empty()) options_.csv.missingTexts = missingTexts_;
+    CheckMethod();
     CheckValidation();
     CheckPruning();
     Require(!options_.classes.alteredPriors || !options_.classes.costs.empty(),
             "--altered-priors: needs --cost, which alters them");
+    CheckGains();
     CheckResults();
+  }
+
+  /// Refuses what the method does not have.
+  void CheckMethod() const {
+    ChaidOptions const& chaid = options_.chaid;
+    QuestOptions const& quest = options_.quest;
+    PruningOptions const& pruning = options_.pruning;
+    struct Given {
+      bool isGiven;
+      char const* option;
+      bool forCart;
+      bool forChaid;
+      bool forQuest;
+    };
+    Given const options[] = {
+        {options_.classes.criterion.has_value(), "--criterion", true, false, false},
+        {options_.rules.maxNumSurrogates.has_value(), "--surrogates", true, false, true},
+        {pruning.prune, "--prune", true, false, true},
+        {pruning.seRuleFactor.has_value(), "--se-rule", true, false, true},
+        {pruning.pickMinRiskTree, "--min-risk", true, false, true},
+        {options_.results.sequence, "--sequence", true, false, true},
+        {chaid.alphaOfSplit.has_value(), "--alpha-split", false, true, false},
+        {chaid.alphaOfMerge.has_value(), "--alpha-merge", false, true, false},
+        {chaid.alphaOfResplit.has_value(), "--alpha-resplit", false, true, false},
+        {chaid.isExhaustive, "--exhaustive", false, true, false},
+        {chaid.hasNoBonferroni, "--no-bonferroni", false, true, false},
+        {chaid.chiSquare.has_value(), "--chi-square", false, true, false},
+        {!chaid.scores.empty(), "--score", false, true, false},
+        {chaid.epsilon.has_value(), "--epsilon", false, true, false},
+        {chaid.maxNumIterations.has_value(), "--iterations", false, true, false},
+        {hasIntervals_, "--intervals", false, true, false},
+        {quest.alphaOfSelection.has_value(), "--alpha-select", false, false, true},
+        {quest.maxNumSurrogateCategories.has_value(), "--max-surrogate-categories", false, false,
+         true}};
+    for (Given const& each : options) {
+      bool const isFor = options_.method == Method::kCart    ? each.forCart
+                         : options_.method == Method::kChaid ? each.forChaid
+                                                             : each.forQuest;
+      if (!each.isGiven || isFor) continue;
+      std::string const methods = each.forCart && each.forQuest ? "cart or quest"
+                                  : each.forCart                ? "cart"
+                                  : each.forChaid               ? "chaid"
+                                                                : "quest";
+      throw UsageError(std::string(each.option) + ": needs --method " + methods);
+    }
+    Require(!chaid.isExhaustive || (!chaid.alphaOfMerge && !chaid.alphaOfResplit),
+            "--exhaustive: cannot be combined with --alpha-merge and --alpha-resplit");
   }
 
   void CheckValidation() {
@@ -483,6 +675,10 @@ class Parser {
             "--test-share: cannot be combined with --sample, which says where each case belongs");
     Require(!hasTestShare_ || type == ValidationSplitSample,
             "--test-share: needs --validation split");
+    Require(!validation.seed.has_value() || type != ValidationNone,
+            "--seed: needs --validation split or cross, which draw cases");
+    Require(!validation.seed.has_value() || !hasSample || type != ValidationSplitSample,
+            "--seed: cannot be combined with --sample, which says where each case belongs");
   }
 
   void CheckPruning() {
@@ -495,24 +691,39 @@ class Parser {
     pruning.prune = pruning.prune || saysHow;
   }
 
+  void CheckGains() const {
+    GainsOptions const& gains = options_.gains;
+    Require(gains.profits.empty() || (gains.revenues.empty() && gains.expenses.empty()),
+            "--profit: cannot be combined with --revenue and --expense");
+    if (!gainsDetail_.empty() && !gains.AreWanted()) {
+      throw UsageError(gainsDetail_ + ": needs --gains, or money of classes");
+    }
+    if (!options_.results.quiet || !gains.AreWanted()) return;
+    char const* const option = !gains.target.empty()     ? "--gains"
+                               : !gains.profits.empty()  ? "--profit"
+                               : !gains.revenues.empty() ? "--revenue"
+                                                         : "--expense";
+    throw UsageError(std::string(option) + ": cannot be combined with --quiet");
+  }
+
   void CheckResults() const {
     ResultOptions const& results = options_.results;
     std::pair<char const*, std::string> const files[] = {
         {"--predictions", results.predictions}, {"--dot", results.dot}, {"--svg", results.svg}};
-    std::vector<std::string> taken;
+    std::vector<std::filesystem::path> taken;
     for (auto const& [option, file] : files) {
       if (file.empty()) continue;
       if (file == "-" && !results.quiet) {
         throw UsageError(std::string(option) + ": - needs --quiet, or the tree is printed there");
       }
-      if (std::find(taken.begin(), taken.end(), file) != taken.end()) {
+      std::filesystem::path const place = file == "-" ? std::filesystem::path() : PlaceOf(file);
+      if (std::find(taken.begin(), taken.end(), place) != taken.end()) {
         OptionValue(option, file).Refuse("is what another result is written to");
       }
-      taken.push_back(file);
+      taken.push_back(place);
     }
     Require(!results.quiet || !results.details, "--details: cannot be combined with --quiet");
     Require(!results.quiet || !results.sequence, "--sequence: cannot be combined with --quiet");
-    Require(!results.quiet || results.gains.empty(), "--gains: cannot be combined with --quiet");
   }
 
   CLI::App app_;
@@ -521,6 +732,8 @@ class Parser {
   Options options_;
   std::vector<std::string> missingTexts_;
   bool hasTestShare_ = false;
+  bool hasIntervals_ = false;
+  std::string gainsDetail_;  // an option that says how gains are shown; empty where none does
   bool noPrune_ = false;
 };
 

@@ -9,6 +9,7 @@
 #include "tree/grow/csv.h"
 #include "tree/grow/grower.h"
 #include "tree/misclassification.h"
+#include "tree/results.h"
 #include "tree/settings.h"
 
 namespace tree::cli {
@@ -20,7 +21,7 @@ class UsageError : public std::runtime_error {
 };
 
 /// How trees are grown. Which settings that means, the kind of target decides.
-enum class Method { kCart };
+enum class Method { kCart, kChaid, kQuest };
 
 /// The variables, by the names of their columns.
 struct VariableOptions {
@@ -56,6 +57,26 @@ struct ClassOptions {
   std::vector<MistakeCost> costs = {};
 };
 
+/// What only CHAID has.
+struct ChaidOptions {
+  std::optional<double> alphaOfSplit = std::nullopt;
+  std::optional<double> alphaOfMerge = std::nullopt;
+  std::optional<double> alphaOfResplit =
+      std::nullopt;  ///< given: merged categories are split again
+  bool isExhaustive = false;
+  bool hasNoBonferroni = false;
+  std::optional<ChiSquareMethod> chiSquare = std::nullopt;
+  std::vector<ClassNumber> scores = {};
+  std::optional<double> epsilon = std::nullopt;
+  std::optional<int> maxNumIterations = std::nullopt;
+};
+
+/// What only QUEST has.
+struct QuestOptions {
+  std::optional<double> alphaOfSelection = std::nullopt;
+  std::optional<int> maxNumSurrogateCategories = std::nullopt;
+};
+
 struct StopOptions {
   std::optional<int> maxDepth = std::nullopt;
   std::optional<int> minNodeSize = std::nullopt;
@@ -83,13 +104,33 @@ struct PruningOptions {
   bool pickMinRiskTree = false;
 };
 
+/// What the rows of gains tables are.
+enum class GainsRows { kNodes, kCumulative, kPercentiles };
+
+/// Which gains tables are wanted.
+struct GainsOptions {
+  std::string target = {};  ///< a class, or the word mean; empty where none is named
+  GainsRows rows = GainsRows::kNodes;
+  int percentileStep = 10;  ///< in percent; with percentiles only
+  SortOrder order = SortDescending;
+  DataSample sortSample = TrainingSample;
+  /// Money per case, either profits or revenues with expenses.
+  ///@{
+  std::vector<ClassNumber> profits = {};
+  std::vector<ClassNumber> revenues = {};
+  std::vector<ClassNumber> expenses = {};
+  ///@}
+
+  bool HasMoney() const { return !profits.empty() || !revenues.empty() || !expenses.empty(); }
+  bool AreWanted() const { return !target.empty() || HasMoney(); }
+};
+
 /// What is wanted of the grown tree. A file's name `-` means standard output; an empty one that
 /// nothing is written.
 struct ResultOptions {
-  bool quiet = false;      ///< nothing on standard output but what is written to `-`
-  bool details = false;    ///< competitors, surrogates and counts of every node
-  bool sequence = false;   ///< the subtrees that pruning chooses from
-  std::string gains = {};  ///< a class, or the word mean; empty for no gains table
+  bool quiet = false;     ///< nothing on standard output but what is written to `-`
+  bool details = false;   ///< competitors, surrogates and counts of every node
+  bool sequence = false;  ///< the subtrees that pruning chooses from
   std::string predictions = {};
   std::string dot = {};
   std::string svg = {};
@@ -102,11 +143,14 @@ struct Options {
   VariableOptions variables;
   Method method = Method::kCart;
   ClassOptions classes;
+  ChaidOptions chaid;
+  QuestOptions quest;
   StopOptions stop;
   RuleOptions rules;
   ValidationOptions validation;
   PruningOptions pruning;
   grow::GrowOptions grow;
+  GainsOptions gains;
   ResultOptions results;
 };
 

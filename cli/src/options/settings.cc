@@ -1,6 +1,7 @@
 #include "options/settings.h"
 
 #include <algorithm>
+#include <cmath>
 #include <string>
 #include <vector>
 
@@ -77,6 +78,7 @@ void ApplyPriors(ClassOptions const& options, Classes const& classes, Priors& pr
                         " is given none");
   }
   if (!(sum > 0.0)) Refuse(kOption, "they are all 0");
+  if (!std::isfinite(sum)) Refuse(kOption, "their sum is more than a number can be");
   for (auto const& [label, prior] : options.priors) {
     priors.Set(classes.IndexOf(kOption, label), prior / sum);
   }
@@ -108,8 +110,24 @@ void ApplyShared(Options const& options, AlgSettings& settings) {
   }
 }
 
-void RefuseClassOptions(ClassOptions const& options, std::string const& target) {
-  std::string const why = "there are no classes: target " + Quoted(target) + " is continuous";
+std::string WhyNoClasses(std::string const& target) {
+  return "there are no classes: target " + Quoted(target) + " is continuous";
+}
+
+void RefuseMoney(GainsOptions const& options, std::string const& target) {
+  std::string const why = WhyNoClasses(target);
+  if (!options.profits.empty()) Refuse("--profit", why);
+  if (!options.revenues.empty()) Refuse("--revenue", why);
+  if (!options.expenses.empty()) Refuse("--expense", why);
+}
+
+void RefuseClassOptions(Options const& given, std::string const& target) {
+  std::string const why = WhyNoClasses(target);
+  ClassOptions const& options = given.classes;
+  if (given.chaid.chiSquare.has_value()) Refuse("--chi-square", why);
+  if (!given.chaid.scores.empty()) Refuse("--score", why);
+  if (given.chaid.epsilon.has_value()) Refuse("--epsilon", why);
+  if (given.chaid.maxNumIterations.has_value()) Refuse("--iterations", why);
   if (options.criterion.has_value()) Refuse("--criterion", why);
   if (options.priorType.has_value()) Refuse("--priors", why);
   if (!options.costs.empty()) Refuse("--cost", why);
@@ -121,7 +139,7 @@ std::unique_ptr<AlgSettings> MakeCartSettings(Options const& options, CoreSettin
                                               grow::ColumnDescription const& target) {
   std::unique_ptr<CartSettings> settings;
   if (target.level == global::MeasurementContinuous) {
-    RefuseClassOptions(options.classes, target.name);
+    RefuseClassOptions(options, target.name);
     settings = std::make_unique<RCartSettingsImp>(core);
   } else {
     auto forClasses = std::make_unique<CCartSettingsImp>(core);
@@ -139,6 +157,74 @@ std::unique_ptr<AlgSettings> MakeCartSettings(Options const& options, CoreSettin
   return settings;
 }
 
+void ApplyScores(ChaidOptions const& options, Classes const& classes,
+                 grow::ColumnDescription const& target, Scores& scores) {
+  constexpr char kOption[] = "--score";
+  if (options.scores.empty()) return;
+  if (target.level != global::MeasurementOrdinal) {
+    Refuse(kOption, "target " + Quoted(target.name) + " is not ordinal");
+  }
+  for (int index = 0; index < classes.GetCount(); ++index) scores.Set(index, index);
+  for (auto const& [label, score] : options.scores) {
+    scores.Set(classes.IndexOf(kOption, label), score);
+  }
+}
+
+void Apply(ChaidOptions const& options, ChaidSettings& settings) {
+  if (options.alphaOfSplit) settings.SetAlphaOfSplitNode(*options.alphaOfSplit);
+  if (options.alphaOfMerge) settings.SetAlphaOfMerge(*options.alphaOfMerge);
+  settings.SetAllowSplitMerge(options.alphaOfResplit.has_value());
+  if (options.alphaOfResplit) settings.SetAlphaOfMergeSplit(*options.alphaOfResplit);
+  if (options.isExhaustive) settings.SetSplitMergeMethod(SplitMergeMethod1);
+  settings.SetUseBonferroniAdj(!options.hasNoBonferroni);
+}
+
+std::unique_ptr<AlgSettings> MakeChaidSettings(Options const& options, CoreSettings const& core,
+                                               grow::ColumnDescription const& target) {
+  std::unique_ptr<ChaidSettings> settings;
+  if (target.level == global::MeasurementContinuous) {
+    RefuseClassOptions(options, target.name);
+    settings = std::make_unique<RChaidSettingsImp>(core);
+  } else {
+    auto forClasses = std::make_unique<CChaidSettingsImp>(core);
+    ChaidOptions const& chaid = options.chaid;
+    Classes const classes(target);
+    if (chaid.chiSquare) forClasses->SetChiSquareMethod(*chaid.chiSquare);
+    if (chaid.epsilon) forClasses->SetConvergenceEpsilon(*chaid.epsilon);
+    if (chaid.maxNumIterations) forClasses->SetMaxNumIterations(*chaid.maxNumIterations);
+    ApplyPriors(options.classes, classes, *forClasses->GetPriors());
+    ApplyCosts(options.classes, classes, *forClasses->GetCost());
+    ApplyScores(chaid, classes, target, *forClasses->GetScores());
+    settings = std::move(forClasses);
+  }
+  ApplyShared(options, *settings);
+  Apply(options.chaid, *settings);
+  return settings;
+}
+
+std::unique_ptr<AlgSettings> MakeQuestSettings(Options const& options, CoreSettings const& core,
+                                               grow::ColumnDescription const& target) {
+  if (target.level == global::MeasurementContinuous) {
+    Refuse("--method",
+           "quest grows trees for classes: target " + Quoted(target.name) + " is continuous");
+  }
+  auto settings = std::make_unique<QuestSettingsImp>(core);
+  Classes const classes(target);
+  ApplyPriors(options.classes, classes, *settings->GetPriors());
+  ApplyCosts(options.classes, classes, *settings->GetCost());
+  ApplyShared(options, *settings);
+  Apply(options.pruning, *settings->GetPruningSpec());
+  // The setter takes fewer than there can be.
+  int const maxNumSurrogates =
+      std::min(options.rules.maxNumSurrogates.value_or(settings->GetMaxNumSurrogates()),
+               core.GetNumPredictors() - 1);
+  settings->Init(options.quest.alphaOfSelection.value_or(settings->GetAlphaOfVariableSelection()),
+                 maxNumSurrogates,
+                 options.quest.maxNumSurrogateCategories.value_or(settings->GetMaxNumNomCatsSurr()),
+                 settings->GetPruningSpec(), settings->GetPriors(), settings->GetCost());
+  return settings;
+}
+
 }  // namespace
 
 std::unique_ptr<AlgSettings> MakeSettings(Options const& options, grow::DataSet const& data,
@@ -148,18 +234,43 @@ std::unique_ptr<AlgSettings> MakeSettings(Options const& options, grow::DataSet 
   switch (options.method) {
     case Method::kCart:
       return MakeCartSettings(options, core, target);
+    case Method::kChaid:
+      return MakeChaidSettings(options, core, target);
+    case Method::kQuest:
+      return MakeQuestSettings(options, core, target);
   }
   return nullptr;
 }
 
-GainsSettings MakeGainsSettings(std::string const& gains, grow::ColumnDescription const& target) {
-  constexpr char kOption[] = "--gains";
+GainsSettings MakeGainsSettings(GainsOptions const& options,
+                                grow::ColumnDescription const& target) {
   GainsSettings settings;
-  if (target.level != global::MeasurementContinuous) {
-    settings.SetTargetCategory(Classes(target).IndexOf(kOption, gains));
-  } else if (gains != "mean") {
-    Refuse(kOption, "target " + Quoted(target.name) + " is continuous, which leaves the word mean");
+  if (target.level == global::MeasurementContinuous) {
+    RefuseMoney(options, target.name);
+    if (options.target != "mean") {
+      Refuse("--gains",
+             "target " + Quoted(target.name) + " is continuous, which leaves the word mean");
+    }
+  } else {
+    Classes const classes(target);
+    if (!options.target.empty()) {
+      settings.SetTargetCategory(classes.IndexOf("--gains", options.target));
+    }
+    for (auto const& [label, profit] : options.profits) {
+      settings.SetCategoryProfit(classes.IndexOf("--profit", label), profit);
+    }
+    for (auto const& [label, revenue] : options.revenues) {
+      settings.SetCategoryRevenue(classes.IndexOf("--revenue", label), revenue);
+    }
+    for (auto const& [label, expense] : options.expenses) {
+      settings.SetCategoryExpense(classes.IndexOf("--expense", label), expense);
+    }
   }
+  settings.SetHasCumulativeStatistics(options.rows == GainsRows::kCumulative);
+  settings.SetHasPercentileStatistics(options.rows == GainsRows::kPercentiles);
+  settings.SetPercentileIncrement(static_cast<PercentileIncrement>(options.percentileStep));
+  settings.SetSortOrder(options.order);
+  settings.SetSortKey(options.sortSample);
   return settings;
 }
 

@@ -18,9 +18,9 @@ namespace tree::cli {
 std::unique_ptr<AlgSettings> MakeSettings(Options const& options, grow::DataSet const& data,
                                           grow::CaseRoles const& roles);
 
-/// The settings of a gains table of this class, or of the word mean for a continuous target, over
-/// the training sample. Throws `InputError` for a class that there is not.
-GainsSettings MakeGainsSettings(std::string const& gains, grow::ColumnDescription const& target);
+/// The settings of a gains table over the training sample. Throws `InputError`, with a message that
+/// begins with the option, for classes that there are not.
+GainsSettings MakeGainsSettings(GainsOptions const& options, grow::ColumnDescription const& target);
 
 }  // namespace tree::cli
 

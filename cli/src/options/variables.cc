@@ -75,7 +75,10 @@ grow::CaseRoles FindRoles(VariableOptions const& options, grow::DataSet const& d
     roles.predictors.push_back(columns.Take("--predictors", name));
   }
   if (options.predictors.empty()) roles.predictors = columns.GetRest();
-  if (roles.predictors.empty()) Refuse("--exclude", "no column is left to be a predictor");
+  if (roles.predictors.empty()) {
+    if (!options.excluded.empty()) Refuse("--exclude", "no column is left to be a predictor");
+    Refuse("--target", "no other column is left to predict " + Quoted(options.target) + " from");
+  }
   return roles;
 }
 

@@ -11,12 +11,12 @@ std::string Counted(std::size_t count, char const* thing) {
   return std::to_string(count) + ' ' + thing + (count == 1 ? "" : "s");
 }
 
-std::string HowMeasured(ValidationSpec const& validation) {
+std::string HowMeasured(ValidationSpec const& validation, int numFolds) {
   switch (validation.GetType()) {
     case ValidationSplitSample:
       return "on the test sample";
     case ValidationCrossValidation:
-      return "by cross-validation in " + std::to_string(validation.GetNumCVFolds()) + " folds";
+      return "by cross-validation in " + std::to_string(numFolds) + " folds";
     default:
       return "on the cases that the tree was grown on, and so flattering";
   }
@@ -35,10 +35,10 @@ void PrintData(std::ostream& out, std::string const& file, grow::DataSet const& 
 }
 
 void PrintStatistics(std::ostream& out, TreeAlgorithmBase const& algorithm,
-                     std::vector<std::string> const& classes) {
+                     std::vector<std::string> const& classes, int numFolds) {
   ValidationSpec const& validation = *algorithm.GetSettings()->GetValidationSpec();
   TreeStatisticsImp statistics = *algorithm.GetStatistics();
-  out << "Risk, measured " << HowMeasured(validation) << '\n';
+  out << "Risk, measured " << HowMeasured(validation, numFolds) << '\n';
   if (statistics.IsCls()) {
     out << "Rows of the matrix are predicted classes, columns observed ones:";
     char const* mark = " ";

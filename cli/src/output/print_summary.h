@@ -18,9 +18,10 @@ void PrintData(std::ostream& out, std::string const& file, grow::DataSet const& 
                grow::CaseRoles const& roles, std::size_t numTraining, std::size_t numTest);
 
 /// Writes how the risk was measured, and the statistics in the library's text form, after a
-/// cross-validation with the matrix of the training sample. Requires a validated tree.
+/// cross-validation with the matrix of the training sample. `numFolds`: of a cross-validation.
+/// Requires a validated tree.
 void PrintStatistics(std::ostream& out, TreeAlgorithmBase const& algorithm,
-                     std::vector<std::string> const& classes);
+                     std::vector<std::string> const& classes, int numFolds);
 
 /// How many cases are left out and why, a sentence for each reason.
 std::vector<std::string> LeftOutRemarks(grow::LeftOutCases const& leftOut,

@@ -74,6 +74,11 @@ void Check(ParsedArguments const& parsed) {
   try {
     tree::grow::CaseRoles const roles = FindRoles(options.variables, data);
     CheckSettings(*MakeSettings(options, data, roles));
+    if (options.gains.AreWanted()) {
+      tree::GainsSettings const gains =
+          MakeGainsSettings(options.gains, data.GetColumn(roles.target).description);
+      Require(100 % gains.GetPercentileIncrement() == 0, "percentiles do not end at the last case");
+    }
   } catch (tree::grow::InputError const& error) {
     Require(std::string(error.what()).starts_with("--"), "a message names no option");
   }

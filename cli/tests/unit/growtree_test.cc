@@ -145,6 +145,100 @@ TEST_F(GrowtreeTest, ListsDetailsSequenceAndGains) {
                                "    100.00        200.00\n"));
 }
 
+TEST_F(GrowtreeTest, ListsGainsAsTheyAreWanted) {
+  EXPECT_EQ(RunSmall({"--target", "kind", "--predictors", "x", "--gains", "b", "--gains-rows",
+                      "cumulative", "--gains-order", "ascending", "--profit", "b=4", "--profit",
+                      "a=-1", cases_}),
+            ExitDone);
+  EXPECT_THAT(Out(), HasSubstr("\n\nGains: b, training sample\n"
+                               "up to         cases    % of cases          hits     % of hits "
+                               "response in %        profit    index in %\n"
+                               "    1             3         50.00             0          0.00    "
+                               "      0.00            -1          0.00\n"
+                               "    2             6        100.00             3        100.00    "
+                               "     50.00           1.5        100.00\n"));
+
+  EXPECT_EQ(RunSmall({"--target", "kind", "--predictors", "x", "--revenue", "b=5", "--expense",
+                      "b=1", "--gains-rows", "25", cases_}),
+            ExitDone);
+  EXPECT_THAT(Out(), HasSubstr("\n\nGains: profit, training sample\n"
+                               " node         cases    % of cases        profit    index in %\n"
+                               "    2           1.5         25.00             4        200.00\n"
+                               "    2           1.5         25.00             4        200.00\n"
+                               "    1           1.5         25.00             0          0.00\n"
+                               "    1           1.5         25.00             0          0.00\n"));
+}
+
+TEST_F(GrowtreeTest, CountsRepeatedCases) {
+  std::string const cases = folder_.Write("counted.csv", "y,x,n\na,1,3\na,2,2\nb,3,4\nb,4,1\n");
+
+  EXPECT_EQ(RunSmall({"--target", "y", "--frequency-weight", "n", "--validation", "cross",
+                      "--folds", "1000", cases}),
+            ExitDone);
+
+  EXPECT_EQ(Err(), "");
+  EXPECT_THAT(Out(), StartsWith("Classification tree of y on 10 cases of "));
+  EXPECT_THAT(Out(), HasSubstr("\nRisk, measured by cross-validation in 10 folds\n"));
+}
+
+TEST_F(GrowtreeTest, SaysWhichRowCannotBeUsed) {
+  std::string const cases =
+      folder_.Write("rows.csv", "y,x,w,v\n1,1,1,1\n\n2,2,inf,1\n3,3,1e300,1e300\ninf,4,1,1\n");
+  std::string const wide = folder_.Write("wide.csv", "y,x\n-1e200,1\n1e200,2\n");
+  struct {
+    Arguments arguments;
+    std::string message;
+  } const rows[] = {
+      {{"--target", "y", "--case-weight", "w", cases},
+       cases + ": row 2: column \"w\": a weight cannot be infinite"},
+      {{"--target", "x", "--case-weight", "v", "--frequency-weight", "w", "--missing", "inf",
+        cases},
+       cases + ": row 3: columns \"w\" and \"v\": 1e+300 times 1e+300 cannot be a weight"},
+      {{"--target", "y", cases}, cases + ": row 4: column \"y\": value inf cannot be predicted"},
+      {{"--target", "y", wide},
+       wide + ": column \"y\": numbers from -1e+200 to 1e+200 cannot be predicted: the square of "
+              "their range is no number"},
+  };
+  for (auto const& [arguments, message] : rows) {
+    EXPECT_EQ(Run(arguments), ExitBadInput);
+    EXPECT_EQ(Err(), "growtree: " + message + '\n');
+  }
+  in_.str("y,x\ninf,1\n1,2\n");
+  EXPECT_EQ(Run({"--target", "y", "-"}), ExitBadInput);
+  EXPECT_THAT(Err(), StartsWith("growtree: standard input: row 1: column"));
+}
+
+TEST_F(GrowtreeTest, RefusesSamplesWithoutACaseBeforeItGrows) {
+  std::string const trained = folder_.Write("trained.csv", "y,x,part\na,1,0\nb,2,0\n");
+  std::string const tested = folder_.Write("tested.csv", "y,x,part\na,1,1\nb,2,1\n");
+  struct {
+    char const* name;
+    Arguments arguments;
+    char const* message;
+  } const rows[] = {
+      {"no test sample",
+       {"--target", "y", "--sample", "part", trained},
+       "--sample: column \"part\" puts no case into the test sample"},
+      {"no training sample",
+       {"--target", "y", "--sample", "part", tested},
+       "--sample: column \"part\" puts no case into the training sample"},
+      {"none drawn",
+       {"--target", "y", "--exclude", "part", "--validation", "split", "--test-share", "1e-9",
+        trained},
+       "--validation: no case is drawn for the test sample"},
+      {"no sample to order by",
+       {"--target", "y", "--exclude", "part", "--gains", "a", "--gains-by", "test", trained},
+       "--gains-by: there is no test sample"},
+  };
+  for (auto const& [name, arguments, message] : rows) {
+    SCOPED_TRACE(name);
+    EXPECT_EQ(Run(arguments), ExitBadInput);
+    EXPECT_EQ(Err(), std::string("growtree: ") + message + '\n');
+    EXPECT_EQ(Out(), "");
+  }
+  EXPECT_EQ(Run({"--target", "y", "--sample", "part", "--validation", "none", trained}), ExitDone);
+}
+
 TEST_F(GrowtreeTest, PrunesAndValidates) {
   std::string const tall = folder_.Write("tall.csv", [] {
     std::string text = "y,x\n";

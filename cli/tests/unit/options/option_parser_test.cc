@@ -134,6 +134,82 @@ TEST(OptionParser, ReadsTheCriterionByItsName) {
             static_cast<CartSplitCriteria>(2));
 }
 
+TEST(OptionParser, ReadsWhatOnlyChaidHas) {
+  Options const options = Parsed({"--method",
+                                  "chaid",
+                                  "--alpha-split",
+                                  "0.01",
+                                  "--alpha-merge",
+                                  "0.2",
+                                  "--alpha-resplit",
+                                  "0.1",
+                                  "--no-bonferroni",
+                                  "--chi-square",
+                                  "likelihood-ratio",
+                                  "--score",
+                                  "low=-1",
+                                  "--score",
+                                  "\"a=b\"=2.5",
+                                  "--epsilon",
+                                  "1e-6",
+                                  "--iterations",
+                                  "50",
+                                  "--intervals",
+                                  "20"});
+
+  EXPECT_EQ(options.method, Method::kChaid);
+  EXPECT_EQ(options.chaid.alphaOfSplit, 0.01);
+  EXPECT_EQ(options.chaid.alphaOfMerge, 0.2);
+  EXPECT_EQ(options.chaid.alphaOfResplit, 0.1);
+  EXPECT_TRUE(options.chaid.hasNoBonferroni);
+  EXPECT_FALSE(options.chaid.isExhaustive);
+  EXPECT_EQ(static_cast<int>(options.chaid.chiSquare.value()), 1);
+  ASSERT_EQ(options.chaid.scores.size(), 2U);
+  EXPECT_EQ(options.chaid.scores[0].label, "low");
+  EXPECT_EQ(options.chaid.scores[0].number, -1.0);
+  EXPECT_EQ(options.chaid.scores[1].label, "a=b");
+  EXPECT_EQ(options.chaid.epsilon, 1e-6);
+  EXPECT_EQ(options.chaid.maxNumIterations, 50);
+  EXPECT_EQ(options.grow.numIntervals, 20);
+  EXPECT_TRUE(Parsed({"--method", "chaid", "--exhaustive"}).chaid.isExhaustive);
+}
+
+TEST(OptionParser, ReadsWhatOnlyQuestHas) {
+  Options const options =
+      Parsed({"--method", "quest", "--alpha-select", "0.1", "--max-surrogate-categories", "6"});
+
+  EXPECT_EQ(options.method, Method::kQuest);
+  EXPECT_EQ(options.quest.alphaOfSelection, 0.1);
+  EXPECT_EQ(options.quest.maxNumSurrogateCategories, 6);
+}
+
+TEST(OptionParser, RefusesWhatTheMethodDoesNotHave) {
+  struct Case {
+    Arguments arguments;
+    std::string needed;
+  };
+  Case const cases[] = {
+      {{"--alpha-split", "0.1"}, "chaid"},   {{"--alpha-merge", "0.1"}, "chaid"},
+      {{"--alpha-resplit", "0.1"}, "chaid"}, {{"--exhaustive"}, "chaid"},
+      {{"--no-bonferroni"}, "chaid"},        {{"--chi-square", "pearson"}, "chaid"},
+      {{"--score", "a=1"}, "chaid"},         {{"--epsilon", "0.1"}, "chaid"},
+      {{"--iterations", "9"}, "chaid"},      {{"--intervals", "9"}, "chaid"},
+      {{"--alpha-select", "0.1"}, "quest"},  {{"--max-surrogate-categories", "5"}, "quest"},
+      {{"--criterion", "gini"}, "cart"},     {{"--surrogates", "2"}, "cart or quest"},
+      {{"--prune"}, "cart or quest"},        {{"--se-rule", "2"}, "cart or quest"},
+      {{"--min-risk"}, "cart or quest"},     {{"--sequence"}, "cart or quest"}};
+  for (auto const& [arguments, needed] : cases) {
+    for (std::string const method : {"cart", "chaid", "quest"}) {
+      SCOPED_TRACE(arguments[0] + " with " + method);
+      Arguments all = {"--method", method};
+      all.insert(all.end(), arguments.begin(), arguments.end());
+
+      bool const isKnown = needed.find(method) != std::string::npos;
+      EXPECT_EQ(RefusalOf(all), isKnown ? "" : arguments[0] + ": needs --method " + needed);
+    }
+  }
+}
+
 TEST(OptionParser, ReadsPriors) {
   EXPECT_EQ(Parsed({"--priors", "equal"}).classes.priorType, PriorTypeDefault);
   EXPECT_EQ(Parsed({"--priors", "sample"}).classes.priorType, PriorTypeAlternate);
@@ -197,6 +273,10 @@ TEST(OptionParser, ValidatesByTheSamplesThatTheDataGive) {
   EXPECT_EQ(Parsed({"--sample", "s", "--validation", "none"}).validation.type, ValidationNone);
 }
 
+TEST(OptionParser, TakesASeedWhereFoldsAreDrawnFromTheTrainingSample) {
+  EXPECT_EQ(Parsed({"--sample", "s", "--validation", "cross", "--seed", "5"}).validation.seed, 5);
+}
+
 TEST(OptionParser, PrunesWhereItIsSaidHow) {
   EXPECT_TRUE(Parsed({"--prune"}).pruning.prune);
   EXPECT_FALSE(Parsed({"--no-prune"}).pruning.prune);
@@ -207,17 +287,47 @@ TEST(OptionParser, PrunesWhereItIsSaidHow) {
 }
 
 TEST(OptionParser, ReadsWhatIsWanted) {
-  ResultOptions const results =
-      Parsed({"--details", "--sequence", "--gains", "a=b", "--predictions", "p.csv", "--dot",
-              "t.dot", "--svg", "t.svg"})
-          .results;
+  ResultOptions const results = Parsed({"--details", "--sequence", "--predictions", "p.csv",
+                                        "--dot", "t.dot", "--svg", "t.svg"})
+                                    .results;
 
   EXPECT_TRUE(results.details);
   EXPECT_TRUE(results.sequence);
-  EXPECT_EQ(results.gains, "a=b");
   EXPECT_EQ(results.predictions, "p.csv");
   EXPECT_EQ(results.dot, "t.dot");
   EXPECT_EQ(results.svg, "t.svg");
+}
+
+TEST(OptionParser, ReadsWhichGainsAreWanted) {
+  EXPECT_FALSE(Parsed({}).gains.AreWanted());
+
+  GainsOptions const plain = Parsed({"--gains", "a=b"}).gains;
+  EXPECT_TRUE(plain.AreWanted());
+  EXPECT_EQ(plain.target, "a=b");
+  EXPECT_EQ(plain.rows, GainsRows::kNodes);
+  EXPECT_EQ(plain.order, SortDescending);
+  EXPECT_EQ(plain.sortSample, TrainingSample);
+
+  GainsOptions const other =
+      Parsed({"--gains", "yes", "--gains-rows", "cumulative", "--gains-order", "ascending",
+              "--gains-by", "test", "--revenue", "\"no, never\"=-1.5", "--revenue", "yes=20",
+              "--expense", "yes=3"})
+          .gains;
+  EXPECT_EQ(other.rows, GainsRows::kCumulative);
+  EXPECT_EQ(other.order, SortAscending);
+  EXPECT_EQ(other.sortSample, TestSample);
+  ASSERT_EQ(other.revenues.size(), 2u);
+  EXPECT_EQ(other.revenues[0].label, "no, never");
+  EXPECT_EQ(other.revenues[0].number, -1.5);
+  EXPECT_EQ(other.revenues[1].number, 20.0);
+  ASSERT_EQ(other.expenses.size(), 1u);
+  EXPECT_EQ(other.expenses[0].number, 3.0);
+
+  GainsOptions const money = Parsed({"--profit", "yes=2", "--gains-rows", "25"}).gains;
+  EXPECT_TRUE(money.AreWanted());
+  EXPECT_EQ(money.rows, GainsRows::kPercentiles);
+  EXPECT_EQ(money.percentileStep, 25);
+  EXPECT_EQ(money.profits[0].number, 2.0);
 }
 
 TEST(OptionParser, TakesStandardOutputByItsNameForTheDash) {
@@ -234,12 +344,13 @@ TEST(OptionParser, HasAHelpThatEndsTheMatter) {
 TEST(OptionParser, ExplainsEveryGroupWithItsDefaults) {
   std::string const text = ParseArguments({"--help"}).text;
 
-  for (char const* const group : {"Input", "Data", "Variables", "Growing", "Classes", "Stopping",
-                                  "Validation", "Pruning", "Results", "Other", "Examples"}) {
+  for (char const* const group :
+       {"Input", "Data", "Variables", "Growing", "Classes", "Stopping", "Validation", "Pruning",
+        "Gains", "Results", "Other", "Examples"}) {
     EXPECT_THAT(text, HasSubstr(std::string("\n") + group));
   }
   for (char const* const standard :
-       {"root alone has depth 0 [5]\n", "a node that is split [100]\n", "of a split [50]\n",
+       {"has depth 0; 3 for chaid [5]\n", "a node that is split [100]\n", "of each child [50]\n",
         "cross-validation [10]\n", "from 1 [2000000]\n", "of the least [1]\n",
         "categories are left out [32]\n", "test sample [0.3]\n", "[0.0001]\n", "[gini]\n",
         "[equal]\n", "[none]\n", "[cart]\n"}) {
@@ -318,12 +429,13 @@ TEST(OptionParser, RefusesValuesThatItCannotRead) {
       {{"--exclude", ""}, "--exclude: value \"\" has an empty name"},
       {{"--exclude", "\"a"},
        "--exclude: value \"\"a\" has a quote that is misplaced or never closed"},
-      {{"--method", "oak"}, "--method: value \"oak\" is not cart"},
+      {{"--method", "oak"}, "--method: value \"oak\" is none of cart, chaid, quest"},
       {{"--competitors", "0"}, "--competitors: value \"0\" is not a whole number of at least 1"},
       {{"--surrogates", "-1"}, "--surrogates: value \"-1\" is not a whole number of at least 0"},
       {{"--max-categories", "0"},
        "--max-categories: value \"0\" is not a whole number of at least 1"},
-      {{"--threads", "two"}, "--threads: value \"two\" is not a whole number of at least 0"},
+      {{"--threads", "two"}, "--threads: value \"two\" is not a whole number from 0 to 1024"},
+      {{"--threads", "1025"}, "--threads: value \"1025\" is not a whole number from 0 to 1024"},
       {{"--criterion", "entropy"},
        "--criterion: value \"entropy\" is none of gini, twoing, ordered-twoing"},
       {{"--priors", "a"}, "--priors: value \"a\" is none of equal, sample, LABEL=NUMBER,..."},
@@ -358,6 +470,15 @@ TEST(OptionParser, RefusesValuesThatItCannotRead) {
       {{"--dot", ""}, "--dot: value \"\" is empty"},
       {{"--svg", ""}, "--svg: value \"\" is empty"},
       {{"--gains", ""}, "--gains: value \"\" is empty"},
+      {{"--gains-rows", "3"},
+       "--gains-rows: value \"3\" is none of nodes, cumulative, 1, 2, 5, 10, 20, 25"},
+      {{"--gains-order", "up"}, "--gains-order: value \"up\" is none of descending, ascending"},
+      {{"--gains-by", "all"}, "--gains-by: value \"all\" is none of training, test"},
+      {{"--profit", "yes"}, "--profit: value \"yes\" is not of the form CLASS=NUMBER"},
+      {{"--profit", "yes=much"}, "--profit: value \"much\" is not a number"},
+      {{"--revenue", "yes=inf"}, "--revenue: value \"inf\" is not a number"},
+      {{"--expense", "yes=1", "--expense", "yes=2"},
+       "--expense: value \"yes=2\" names a class for the second time"},
       {{"--sample", ""}, "--sample: value \"\" is empty"},
       {{"--frequency-weight", ""}, "--frequency-weight: value \"\" is empty"},
       {{"--case-weight", ""}, "--case-weight: value \"\" is empty"},
@@ -365,6 +486,13 @@ TEST(OptionParser, RefusesValuesThatItCannotRead) {
   for (auto const& [arguments, message] : rows) {
     SCOPED_TRACE(::testing::PrintToString(arguments));
     EXPECT_EQ(RefusalOf(arguments), message);
+  }
+}
+
+TEST(OptionParser, RefusesLevelsOfMergingForTheExhaustiveMethod) {
+  for (std::string const option : {"--alpha-merge", "--alpha-resplit"}) {
+    EXPECT_EQ(RefusalOf({"--method", "chaid", "--exhaustive", option, "0.1"}),
+              "--exhaustive: cannot be combined with --alpha-merge and --alpha-resplit");
   }
 }
 
@@ -391,7 +519,24 @@ TEST(OptionParser, RefusesOptionsThatDoNotGoTogether) {
        "--svg: value \"a\" is what another result is written to"},
       {{"--quiet", "--details"}, "--details: cannot be combined with --quiet"},
       {{"--quiet", "--sequence"}, "--sequence: cannot be combined with --quiet"},
+      {{"--predictions", "same.txt", "--dot", "./same.txt"},
+       "--dot: value \"./same.txt\" is what another result is written to"},
+      {{"--predictions", "same.txt", "--svg", "none/../same.txt"},
+       "--svg: value \"none/../same.txt\" is what another result is written to"},
       {{"--quiet", "--gains", "a"}, "--gains: cannot be combined with --quiet"},
+      {{"--quiet", "--profit", "a=1"}, "--profit: cannot be combined with --quiet"},
+      {{"--quiet", "--revenue", "a=1"}, "--revenue: cannot be combined with --quiet"},
+      {{"--quiet", "--expense", "a=1"}, "--expense: cannot be combined with --quiet"},
+      {{"--gains-rows", "10"}, "--gains-rows: needs --gains, or money of classes"},
+      {{"--gains-order", "ascending"}, "--gains-order: needs --gains, or money of classes"},
+      {{"--gains-by", "test"}, "--gains-by: needs --gains, or money of classes"},
+      {{"--profit", "a=1", "--revenue", "a=1"},
+       "--profit: cannot be combined with --revenue and --expense"},
+      {{"--expense", "a=1", "--profit", "a=1"},
+       "--profit: cannot be combined with --revenue and --expense"},
+      {{"--seed", "5"}, "--seed: needs --validation split or cross, which draw cases"},
+      {{"--seed", "5", "--sample", "s"},
+       "--seed: cannot be combined with --sample, which says where each case belongs"},
   };
   for (auto const& [arguments, message] : rows) {
     SCOPED_TRACE(::testing::PrintToString(arguments));

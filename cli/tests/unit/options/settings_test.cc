@@ -188,6 +188,8 @@ TEST(MakeSettings, RefusesPriorsThatDoNotFitTheClasses) {
       {{{"good", 1.0}, {"good", 1.0}}, "--priors: \"good\" is named twice"},
       {{{"good", 1.0}, {"bad", 1.0}}, "--priors: class \"fair\" is given none"},
       {{{"good", 0.0}, {"bad", 0.0}, {"fair", 0.0}}, "--priors: they are all 0"},
+      {{{"good", 1e308}, {"bad", 1e308}, {"fair", 0.0}},
+       "--priors: their sum is more than a number can be"},
   };
   for (auto const& [priors, message] : rows) {
     Options options = For("class");
@@ -225,27 +227,224 @@ TEST(MakeSettings, RefusesOptionsForClassesWhereThereAreNone) {
   EXPECT_EQ(RefusalOf(costs), std::string("--cost") + why);
 }
 
-GainsSettings MakeGains(std::string const& gains, char const* target) {
+GainsSettings MakeGains(GainsOptions const& options, char const* target) {
   grow::DataSet const data = CreditData();
-  return MakeGainsSettings(gains, data.GetColumn(data.RequireColumn(target)).description);
+  return MakeGainsSettings(options, data.GetColumn(data.RequireColumn(target)).description);
 }
 
+// ---- CHAID ----
+
+Options ForChaid(char const* target) {
+  Options options = For(target);
+  options.method = Method::kChaid;
+  return options;
+}
+
+TEST(MakeSettings, KeepsTheDefaultsOfChaid) {
+  for (char const* const target : {"class", "amount"}) {
+    SCOPED_TRACE(target);
+    std::unique_ptr<AlgSettings const> const settings = Make(ForChaid(target));
+    CoreSettings const& core = *settings->GetCoreSettings();
+    CChaidSettingsImp const forClasses(core);
+    RChaidSettingsImp const forNumbers(core);
+    AlgSettings const& defaults =
+        settings->GetType() == AlgCChaid ? static_cast<AlgSettings const&>(forClasses) : forNumbers;
+
+    EXPECT_EQ(settings->GetType(), std::string(target) == "class" ? AlgCChaid : AlgRChaid);
+    EXPECT_EQ(tree::testing::Describe(*settings), tree::testing::Describe(defaults));
+  }
+}
+
+TEST(MakeSettings, SetsHowChaidMerges) {
+  Options options = ForChaid("rating");
+  options.chaid.alphaOfSplit = 0.01;
+  options.chaid.alphaOfMerge = 0.2;
+  options.chaid.alphaOfResplit = 0.15;
+  options.chaid.hasNoBonferroni = true;
+  options.chaid.chiSquare = static_cast<ChiSquareMethod>(1);
+  options.chaid.epsilon = 0.5;
+  options.chaid.maxNumIterations = 7;
+  options.stop.maxDepth = 9;
+
+  std::unique_ptr<AlgSettings> const made = Make(options);
+  auto const& settings = dynamic_cast<CChaidSettingsImp const&>(*made);
+
+  EXPECT_EQ(settings.GetAlphaOfSplitNode(), 0.01);
+  EXPECT_EQ(settings.GetAlphaOfMerge(), 0.2);
+  EXPECT_EQ(settings.GetAlphaOfMergeSplit(), 0.15);
+  EXPECT_TRUE(settings.GetAllowSplitMerge());
+  EXPECT_FALSE(settings.GetUseBonferroniAdj());
+  EXPECT_EQ(settings.GetSplitMergeMethod(), SplitMergeMethod0);
+  EXPECT_EQ(static_cast<int>(settings.GetChiSquareMethod()), 1);
+  EXPECT_EQ(settings.GetConvergenceEpsilon(), 0.5);
+  EXPECT_EQ(settings.GetMaxNumIterations(), 7);
+  EXPECT_EQ(settings.GetStopRule()->GetMaxTreeDepth(), 9);
+}
+
+TEST(MakeSettings, MergesExhaustivelyWhereToldTo) {
+  Options options = ForChaid("amount");
+  options.chaid.isExhaustive = true;
+
+  std::unique_ptr<AlgSettings> const made = Make(options);
+
+  EXPECT_EQ(dynamic_cast<ChaidSettings const&>(*made).GetSplitMergeMethod(), SplitMergeMethod1);
+}
+
+TEST(MakeSettings, SetsTheScoresOfAnOrdinalTarget) {
+  Options options = ForChaid("rating");
+  options.chaid.scores = {{"high", 10.0}};
+
+  std::unique_ptr<AlgSettings> const made = Make(options);
+  Scores const& scores = *dynamic_cast<CChaidSettings const&>(*made).GetScores();
+
+  grow::DataSet const data = CreditData();
+  auto const& labels = data.GetColumn(data.RequireColumn("rating")).description.labels;
+  ASSERT_EQ(scores.GetNumClasses(), static_cast<int>(labels.size()));
+  for (std::size_t index = 0; index < labels.size(); ++index) {
+    EXPECT_EQ(scores.Get(static_cast<int>(index)),
+              labels[index] == "high" ? 10.0 : static_cast<double>(index));
+  }
+}
+
+TEST(MakeSettings, RefusesScoresOfATargetWithoutOrder) {
+  Options options = ForChaid("class");
+  options.chaid.scores = {{"good", 1.0}};
+
+  EXPECT_EQ(RefusalOf(options), "--score: target \"class\" is not ordinal");
+}
+
+TEST(MakeSettings, RefusesWhatChaidHasForClassesOnly) {
+  Options scores = ForChaid("amount");
+  scores.chaid.scores = {{"good", 1.0}};
+  Options chiSquare = ForChaid("amount");
+  chiSquare.chaid.chiSquare = ChiSquareMethod0;
+  Options epsilon = ForChaid("amount");
+  epsilon.chaid.epsilon = 0.1;
+  Options iterations = ForChaid("amount");
+  iterations.chaid.maxNumIterations = 3;
+  std::string const why = ": there are no classes: target \"amount\" is continuous";
+
+  EXPECT_EQ(RefusalOf(scores), "--score" + why);
+  EXPECT_EQ(RefusalOf(chiSquare), "--chi-square" + why);
+  EXPECT_EQ(RefusalOf(epsilon), "--epsilon" + why);
+  EXPECT_EQ(RefusalOf(iterations), "--iterations" + why);
+}
+
+// ---- QUEST ----
+
+TEST(MakeSettings, KeepsTheDefaultsOfQuest) {
+  Options options = For("class");
+  options.method = Method::kQuest;
+
+  std::unique_ptr<AlgSettings const> const settings = Make(options);
+
+  EXPECT_EQ(tree::testing::Describe(*settings),
+            tree::testing::Describe(QuestSettingsImp(*settings->GetCoreSettings())));
+}
+
+TEST(MakeSettings, SetsWhatOnlyQuestHas) {
+  Options options = For("class");
+  options.method = Method::kQuest;
+  options.quest = {.alphaOfSelection = 0.2, .maxNumSurrogateCategories = 4};
+  options.rules.maxNumSurrogates = 100;
+  options.pruning.seRuleFactor = 2.5;
+  options.classes.priorType = PriorTypeAlternate;
+  options.classes.costs = {{"good", "bad", 4.0}};
+
+  std::unique_ptr<AlgSettings> const made = Make(options);
+  auto const& settings = dynamic_cast<QuestSettings const&>(*made);
+
+  EXPECT_EQ(settings.GetAlphaOfVariableSelection(), 0.2);
+  EXPECT_EQ(settings.GetMaxNumNomCatsSurr(), 4);
+  EXPECT_EQ(settings.GetMaxNumSurrogates(), settings.GetCoreSettings()->GetNumPredictors() - 1);
+  EXPECT_EQ(settings.GetPruningSpec()->GetSERuleFactor(), 2.5);
+  EXPECT_EQ(settings.GetPriors()->GetType(), PriorTypeAlternate);
+  EXPECT_EQ(settings.GetCost()->Get(kGood, kBad), 4.0);
+}
+
+TEST(MakeSettings, RefusesQuestForNumbers) {
+  Options options = For("amount");
+  options.method = Method::kQuest;
+
+  EXPECT_EQ(RefusalOf(options),
+            "--method: quest grows trees for classes: target \"amount\" is continuous");
+}
+
+// ---- Gains ----
+
 TEST(MakeGainsSettings, FindsTheClass) {
-  GainsSettings const settings = MakeGains("fair", "class");
+  GainsSettings const settings = MakeGains({.target = "fair"}, "class");
 
   EXPECT_EQ(settings.GetTargetCategory(), kFair);
   EXPECT_EQ(settings.GetDataSample(), TrainingSample);
+  EXPECT_FALSE(settings.HasCumulativeStatistics());
+  EXPECT_FALSE(settings.HasPercentileStatistics());
+  EXPECT_EQ(settings.GetSortOrder(), SortDescending);
+  EXPECT_EQ(settings.GetSortKey(), TrainingSample);
+  EXPECT_EQ(settings.GetNumCategories(), 0);
 }
 
 TEST(MakeGainsSettings, TakesTheMeanWhereThereAreNoClasses) {
-  EXPECT_TRUE(MakeGains("mean", "amount").HasAverageBasedStatistics());
+  EXPECT_TRUE(MakeGains({.target = "mean"}, "amount").HasAverageBasedStatistics());
+}
+
+TEST(MakeGainsSettings, SaysWhatTheRowsAreAndTheirOrder) {
+  GainsSettings const cumulative = MakeGains(
+      {.target = "fair", .rows = GainsRows::kCumulative, .order = SortAscending}, "class");
+  EXPECT_TRUE(cumulative.HasCumulativeStatistics());
+  EXPECT_EQ(cumulative.GetSortOrder(), SortAscending);
+
+  GainsSettings const percentiles = MakeGains({.target = "mean",
+                                               .rows = GainsRows::kPercentiles,
+                                               .percentileStep = 25,
+                                               .sortSample = TestSample},
+                                              "amount");
+  EXPECT_TRUE(percentiles.HasPercentileStatistics());
+  EXPECT_EQ(percentiles.GetPercentileIncrement(), PercentileIncrement25);
+  EXPECT_EQ(percentiles.GetSortKey(), TestSample);
+}
+
+TEST(MakeGainsSettings, KnowsWhatTheClassesBringIn) {
+  GainsSettings const profits = MakeGains({.profits = {{"good", 2.0}, {"bad", -5.0}}}, "class");
+  EXPECT_TRUE(profits.HasAverageBasedStatistics());
+  EXPECT_EQ(profits.GetCategoryProfit(kGood), 2.0);
+  EXPECT_EQ(profits.GetCategoryProfit(kBad), -5.0);
+  EXPECT_EQ(profits.GetCategoryProfit(kFair), 0.0);
+
+  GainsSettings const both = MakeGains(
+      {.target = "good", .revenues = {{"good", 20.0}}, .expenses = {{"good", 1.0}, {"fair", 3.0}}},
+      "class");
+  EXPECT_EQ(both.GetCategoryProfit(kGood), 19.0);
+  EXPECT_EQ(both.GetCategoryProfit(kFair), -3.0);
 }
 
 TEST(MakeGainsSettings, RefusesWhatThereIsNot) {
-  EXPECT_EQ(InputRefusal([] { MakeGains("poor", "class"); }),
-            "--gains: \"poor\" is no class of \"class\"");
-  EXPECT_EQ(InputRefusal([] { MakeGains("median", "amount"); }),
-            "--gains: target \"amount\" is continuous, which leaves the word mean");
+  struct {
+    GainsOptions options;
+    char const* target;
+    char const* message;
+  } const rows[] = {
+      {{.target = "poor"}, "class", "--gains: \"poor\" is no class of \"class\""},
+      {{.profits = {{"poor", 1.0}}}, "class", "--profit: \"poor\" is no class of \"class\""},
+      {{.revenues = {{"poor", 1.0}}}, "class", "--revenue: \"poor\" is no class of \"class\""},
+      {{.expenses = {{"poor", 1.0}}}, "class", "--expense: \"poor\" is no class of \"class\""},
+      {{.target = "median"},
+       "amount",
+       "--gains: target \"amount\" is continuous, which leaves the word mean"},
+      {{.profits = {{"a", 1.0}}},
+       "amount",
+       "--profit: there are no classes: target \"amount\" is continuous"},
+      {{.revenues = {{"a", 1.0}}},
+       "amount",
+       "--revenue: there are no classes: target \"amount\" is continuous"},
+      {{.expenses = {{"a", 1.0}}},
+       "amount",
+       "--expense: there are no classes: target \"amount\" is continuous"},
+  };
+  for (auto const& [options, target, message] : rows) {
+    EXPECT_EQ(InputRefusal([&, &wanted = options, &of = target] { MakeGains(wanted, of); }),
+              message);
+  }
 }
 
 }  // namespace

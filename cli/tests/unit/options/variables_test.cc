@@ -79,6 +79,13 @@ TEST(FindRoles, RefusesWhatDoesNotFitTheData) {
   for (auto const& [options, message] : rows) EXPECT_EQ(RefusalOf(options), message);
 }
 
+TEST(FindRoles, SaysThatThereIsNothingBesideTheTarget) {
+  grow::DataSet const data = Read("y\n1\n2\n", {});
+
+  EXPECT_EQ(InputRefusal([&] { FindRoles({.target = "y"}, data); }),
+            "--target: no other column is left to predict \"y\" from");
+}
+
 TEST(FindRoles, WantsTheClassesOfAnOrdinalTarget) {
   grow::CsvOptions csv;
   csv.levels = {{"amount", global::MeasurementOrdinal}};

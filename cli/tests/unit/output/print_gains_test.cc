@@ -48,9 +48,9 @@ class FixedTable : public GainsIntf {
   std::vector<std::pair<Nodes, Values>> rows_;
 };
 
-std::string Printed(FixedTable const& table) {
+std::string Printed(FixedTable const& table, bool isCumulative = false) {
   std::ostringstream out;
-  PrintGains(out, table);
+  PrintGains(out, table, isCumulative);
   return out.str();
 }
 
@@ -76,7 +76,29 @@ TEST(PrintGains, ListsTheNodesOfARow) {
 
   EXPECT_EQ(Printed(table),
             " node         cases\n"
-            "    3,4             2\n");
+            "  3,4             2\n");
+}
+
+TEST(PrintGains, KeepsColumnsTogetherWhateverTheNumberOfNodes) {
+  FixedTable table;
+  table.AddRow({10, 11, 12}, {{grow::GainsCases, 2.0}});
+  table.AddRow({12}, {{grow::GainsCases, 3.0}});
+
+  EXPECT_EQ(Printed(table),
+            "    node         cases\n"
+            "10,11,12             2\n"
+            "      12             3\n");
+}
+
+TEST(PrintGains, NamesTheLastNodeOfCumulativeRows) {
+  FixedTable table;
+  table.AddRow({3}, {{grow::GainsCases, 2.0}});
+  table.AddRow({3, 4}, {{grow::GainsCases, 5.0}});
+
+  EXPECT_EQ(Printed(table, true),
+            "up to         cases\n"
+            "    3             2\n"
+            "    4             5\n");
 }
 
 TEST(PrintGains, LeavesOutWhatIsUnknown) {

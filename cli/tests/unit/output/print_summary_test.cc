@@ -29,7 +29,7 @@ std::string PrintedData(VariableOptions const& variables, std::size_t numTrainin
 
 std::string PrintedStatistics(FixedAlgorithm const& algorithm) {
   std::ostringstream out;
-  PrintStatistics(out, algorithm, {"Adelie", "Gen,too"});
+  PrintStatistics(out, algorithm, {"Adelie", "Gen,too"}, 7);
   return out.str();
 }
 
@@ -65,7 +65,7 @@ TEST(PrintStatistics, CountsTheTrainingSampleAfterACrossValidation) {
   cross.Validate();
 
   EXPECT_EQ(PrintedStatistics(cross),
-            "Risk, measured by cross-validation in 10 folds\n"
+            "Risk, measured by cross-validation in 7 folds\n"
             "Rows of the matrix are predicted classes, columns observed ones: Adelie, \"Gen,too\"\n"
             "It counts the cases that the tree was grown on.\n"
             "Classification tree.\n"

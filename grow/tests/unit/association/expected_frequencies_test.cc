@@ -103,12 +103,10 @@ TEST(ExpectedFrequencies, FitMeanScoresByRowEffects) {
 
   for (std::size_t row = 0; row < 4; ++row) {
     SCOPED_TRACE(row);
-    double size = 0.0;
     double missedSize = 0.0;
     double missedScore = 0.0;
     for (std::size_t column = 0; column < 4; ++column) {
       std::size_t const index = 4 * row + column;
-      size += expected[index];
       missedSize += cells[index] - expected[index];
       missedScore += scores[column] * (cells[index] - expected[index]);
       // In each row the odds to the first one are those of the scores.
