@@ -1,7 +1,8 @@
 # What `cmake --install` gives: the component `runtime` with the libraries, and `development` with
 # the headers, the CMake package (find_package(tree) gives tree::tree) and the pkg-config file. Where
 # the growers are built, `grow-runtime` with their library and the program growtree, and
-# `grow-development` with what find_package(tree COMPONENTS grow) needs to give tree::grow.
+# `grow-development` with what find_package(tree COMPONENTS grow) needs to give tree::grow; for scoring
+# `score-runtime`, which growtree needs too, and `score-development` alike.
 include(CMakePackageConfigHelpers)
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/tree)
@@ -43,6 +44,22 @@ if(TREE_BUILD_GROW)
     NAMESPACE tree::
     DESTINATION ${package_dir}
     COMPONENT grow-development)
+endif()
+if(TREE_BUILD_SCORE)
+  set_target_properties(tree_score PROPERTIES INSTALL_RPATH "$ORIGIN" EXPORT_NAME score)
+  install(
+    TARGETS tree_score
+    EXPORT treeScoreTargets
+    RUNTIME COMPONENT score-runtime
+    LIBRARY COMPONENT score-runtime NAMELINK_COMPONENT score-development
+    ARCHIVE COMPONENT score-development
+            FILE_SET HEADERS
+            COMPONENT score-development)
+  install(
+    EXPORT treeScoreTargets
+    NAMESPACE tree::
+    DESTINATION ${package_dir}
+    COMPONENT score-development)
 endif()
 if(TREE_BUILD_CLI)
   file(RELATIVE_PATH libraries_from_programs "/${CMAKE_INSTALL_BINDIR}" "/${CMAKE_INSTALL_LIBDIR}")

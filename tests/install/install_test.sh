@@ -48,7 +48,8 @@ stage() {
   fresh_directory "$WORK/staged"
   DESTDIR=$WORK/staged cmake --install "$BUILD" --prefix /usr
   diff <({ cd "$SOURCE/include" && find . -name '*.h' &&
-    cd "$SOURCE/grow/include" && find . -name '*.h'; } | sort) \
+    cd "$SOURCE/grow/include" && find . -name '*.h' &&
+    cd "$SOURCE/score/include" && find . -name '*.h'; } | sort) \
     <(cd "$staged/include" && find . -type f | sort) || fail 'not the public headers'
   if grep -rnE -e '-W[a-z]|tree_warnings' "$staged/$LIBDIR/cmake" "$staged/$LIBDIR/pkgconfig"; then
     fail 'warning flags are handed on'
@@ -68,13 +69,19 @@ components() {
   grow=$(cd "$work/grow" && find . -not -type d | sed -E 's/[0-9.]+$//; s|.*/||' | sort -u)
   [[ $grow == $'growtree\nlibtree-grow.so' ]] || fail "the runtime of the growers is $grow"
   DESTDIR=$work/grow cmake --install "$BUILD" --prefix /usr --component grow-development
+  DESTDIR=$work/score cmake --install "$BUILD" --prefix /usr --component score-runtime
+  local score
+  score=$(cd "$work/score" && find . -not -type d | sed -E 's/[0-9.]+$//; s|.*/||' | sort -u)
+  [[ $score == libtree-score.so ]] || fail "the runtime of the scorers is $score"
+  DESTDIR=$work/score cmake --install "$BUILD" --prefix /usr --component score-development
   local runtime
   runtime=$(cd "$work/runtime" && find . -not -type d | sed -E 's/[0-9.]+$//; s|.*/||' | sort -u)
   [[ $runtime == $'libtree-support.so\nlibtree.so' ]] || fail "the runtime is $runtime"
   diff <(cd "$staged" && find . -not -type d | sort) \
     <(cd "$work" && { (cd runtime/usr && find . -not -type d) &&
       (cd development/usr && find . -not -type d) &&
-      (cd grow/usr && find . -not -type d); } | sort) || fail 'the components are not all'
+      (cd grow/usr && find . -not -type d) &&
+      (cd score/usr && find . -not -type d); } | sort) || fail 'the components are not all'
 }
 
 # The two libraries find each other wherever the whole is moved to.
@@ -108,6 +115,13 @@ grow() {
   printf 'y,x\na,1\na,2\nb,3\nb,4\n' |
     LD_LIBRARY_PATH='' "$WORK/grow/elsewhere/bin/growtree" --target y --min-node 2 --min-child 1 - |
     grep -F 'x <= 2.5' || fail 'growtree does not grow where it is moved to'
+}
+
+score() {
+  fresh_directory "$WORK/score"
+  configure "$here/score_consumer" "$WORK/score" -DCMAKE_PREFIX_PATH="$staged"
+  cmake --build "$WORK/score"
+  "$WORK/score/consumer"
 }
 
 # Static libraries, a library directory of several levels, and one given by its absolute path.
@@ -174,7 +188,7 @@ other_support() {
 }
 
 case ${1-} in
-  stage | components | origin | grow | included | libdirs | other_support) "$1" ;;
+  stage | components | origin | grow | score | included | libdirs | other_support) "$1" ;;
   find_package) consume_by_find_package "$WORK/find_package" "$staged" ;;
   pkg_config) consume_by_pkg_config "$WORK/pkg_config" "$staged/$LIBDIR/pkgconfig" ;;
   *) fail "unknown command: ${1-}" ;;

@@ -2,12 +2,15 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdint>
 #include <ostream>
+#include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "output/names.h"
 #include "output/number_text.h"
-#include "tree/grow/grower.h"
+#include "tree/score/scorer.h"
 
 namespace tree::cli {
 namespace {
@@ -40,14 +43,31 @@ void WriteCases(std::ostream& out, NodeImp const& root, grow::DataSet const& dat
                 grow::CaseRoles const& roles, char delimiter) {
   VariableNames const target = NamesOf(data, {.target = roles.target}).target;
   WriteNames(out, root, target, delimiter);
-  std::unordered_map<Node const*, std::string> lines;
-  std::vector<double> values(roles.predictors.size());
-  for (std::size_t row = 0; row < data.GetNumCases(); ++row) {
-    grow::CopyCase(data, roles.predictors, row, values.data());
-    Node const* const node = root.DropObservationThroughTree(values.data(), nullptr);
-    auto const [line, isNew] = lines.try_emplace(node);
-    if (isNew) line->second = LineOf(*node, target, delimiter);
-    out << row + 1 << line->second;
+  std::unordered_map<unsigned int, Node const*> nodes;
+  PrefixNodeIterator walk(&root);
+  while (Node const* const node = walk.Next()) nodes[node->GetId()] = node;
+  auto const scorer = score::Scorer::FromTree(root);
+  std::vector<std::string> lines(scorer.GetNumPositions());
+  constexpr std::size_t kSliceSize = std::size_t{1} << 16;
+  std::vector<std::uint32_t> positions(std::min(kSliceSize, data.GetNumCases()));
+  for (std::size_t begin = 0; begin < data.GetNumCases(); begin += kSliceSize) {
+    std::size_t const size = std::min(kSliceSize, data.GetNumCases() - begin);
+    std::vector<score::Column> columns;
+    columns.reserve(roles.predictors.size());
+    for (int const predictor : roles.predictors) {
+      columns.emplace_back(data.GetColumn(predictor).values + begin);
+    }
+    score::Answers answers;
+    answers.positions = positions.data();
+    score::ScoreOptions options;
+    options.numThreads = 1;  // a line takes longer to write than its case to score
+    scorer.Score(score::Cases::OfColumns(columns.data(), columns.size(), size), answers, options);
+    for (std::size_t row = 0; row < size; ++row) {
+      std::uint32_t const position = positions[row];
+      std::string& line = lines[position];
+      if (line.empty()) line = LineOf(*nodes.at(scorer.GetId(position)), target, delimiter);
+      out << begin + row + 1 << line;
+    }
   }
 }
 

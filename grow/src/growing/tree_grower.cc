@@ -270,6 +270,22 @@ void TreeGrower::Changed() {
   complexity_ = 0.0;
 }
 
+/// Refuses a node that lacks what pruning and validation read of every node.
+void TreeGrower::CheckStatistics(Node const& node) const {
+  ClsInfo const* const classes = node.GetClsInfo(TrainingSample);
+  bool const fits =
+      IsClassificationTree()
+          ? classes != nullptr &&
+                static_cast<std::size_t>(classes->GetNumClasses()) == training_->GetNumClasses()
+          : node.GetRegInfo(TrainingSample) != nullptr;
+  if (fits) return;
+  throw Refusal{FailureInvalidArgument,
+                "node " + std::to_string(node.GetId()) + " of the tree has no statistics of the " +
+                    (IsClassificationTree() ? std::to_string(training_->GetNumClasses()) +
+                                                  " classes in the training sample"
+                                            : std::string("training sample"))};
+}
+
 bool TreeGrower::SetTree(NodeImp* root) noexcept {
   std::unique_ptr<NodeImp> taken(root);
   return Attempt([&] {
@@ -280,7 +296,10 @@ bool TreeGrower::SetTree(NodeImp* root) noexcept {
                       "a classification tree and a regression tree cannot take each other's place"};
       }
       PrefixNodeIterator walk(taken.get());
-      while (Node const* const node = walk.Next()) next = std::max(next, node->GetId() + 1);
+      while (Node const* const node = walk.Next()) {
+        CheckStatistics(*node);
+        next = std::max(next, node->GetId() + 1);
+      }
     }
     root_ = std::move(taken);
     nextId_ = std::max(nextId_, next);

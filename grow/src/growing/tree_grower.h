@@ -99,6 +99,7 @@ class TreeGrower final : public Grower {
   GrowthLimits MakeLimits(int maxLevels) const;
   NodeImp* FindNodeImp(unsigned int id) const noexcept;
   NodeImp& RequireNode(unsigned int id) const;
+  void CheckStatistics(Node const& node) const;
   void Changed();
 
   std::unique_ptr<Sprout> PlantSprout(NodeImp const* node, GrowthLimits const& limits,

@@ -309,6 +309,20 @@ TEST_F(GrowerOnSteps, RefusesATreeOfTheOtherKind) {
   EXPECT_EQ(grower_->GetNumNodes(AllNodes), 5);
 }
 
+TEST_F(GrowerOnSteps, RefusesATreeWithoutTheStatisticsOfItsClasses) {
+  ASSERT_TRUE(grower_->Grow());
+  auto bare = std::make_unique<NodeImp>();
+  bare->SetClassificationNode(true);
+  ExpectFailure(grower_->SetTree(bare.release()), FailureInvalidArgument, "node 0");
+
+  std::unique_ptr<NodeImp> other(grower_->GetTree()->Clone());
+  auto classes = std::make_unique<ClsInfoImp>();
+  classes->SetNumClasses(7);
+  other->GetChildImp(1)->SetClsInfo(classes.release(), TrainingSample);
+  ExpectFailure(grower_->SetTree(other.release()), FailureInvalidArgument, "node 2");
+  EXPECT_EQ(grower_->GetNumNodes(AllNodes), 5);
+}
+
 TEST_F(GrowerOnSteps, MakesGainsTables) {
   ASSERT_TRUE(grower_->Grow());
   GainsSettings settings;

@@ -1,0 +1,210 @@
+#include "block_scoring.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "case_values.h"
+#include "routing.h"
+
+namespace tree::score {
+namespace {
+
+// Rows on their way at a time: enough for the processor to have something to do while it waits for
+// memory, and few enough for its registers.
+constexpr std::uint32_t kLanes = 8;
+
+struct Sequence {
+  std::size_t begin;
+  std::size_t GetRow(std::uint32_t place) const { return begin + place; }
+};
+
+struct Selection {
+  std::size_t const* rows;
+  std::size_t GetRow(std::uint32_t place) const { return rows[place]; }
+};
+
+/// Scores the cases of one block, all down a level at a time.
+template <class Missing, class Values, class Rows>
+class BlockScorer {
+ public:
+  BlockScorer(FlatTree const& tree, Values const& values, Rows const& rows)
+      : slots_(tree.GetSlots()),
+        missingValue_(tree.GetHeader().missingValue),
+        levels_(tree.GetPlainLevels(Missing::kMayMiss)),
+        values_(values),
+        rows_(rows) {}
+
+  void Run(std::uint32_t size, std::uint32_t* positions) {
+    if (levels_.isWholeTree) {
+      PassPlainLevels(size, positions);
+      return;
+    }
+    PassPlainLevels(size, nodes_);
+    for (std::uint32_t place = 0; place < size; ++place) places_[place] = place;
+    while (size > 0) {
+      size = levels_.hasOthersBelow ? PassLevel<false>(size, positions)
+                                    : PassLevel<true>(size, positions);
+    }
+  }
+
+ private:
+  double GetValue(std::uint32_t place, std::uint32_t node) const {
+    return values_.Get(rows_.GetRow(place), slots_[node].GetPredictor());
+  }
+
+  void PassPlainLevels(std::uint32_t size, std::uint32_t* nodes) const {
+    std::uint32_t const count = levels_.count;
+    std::uint32_t place = 0;
+    for (; place + kLanes <= size; place += kLanes) {
+      std::uint32_t lanes[kLanes] = {};
+      for (std::uint32_t level = 0; level < count; ++level) {
+        for (std::uint32_t lane = 0; lane < kLanes; ++lane) {
+          lanes[lane] = TakePlainStep(lanes[lane], place + lane);
+        }
+      }
+      std::copy_n(lanes, kLanes, nodes + place);
+    }
+    for (; place < size; ++place) {
+      std::uint32_t node = 0;
+      for (std::uint32_t level = 0; level < count; ++level) node = TakePlainStep(node, place);
+      nodes[place] = node;
+    }
+  }
+
+  std::uint32_t TakePlainStep(std::uint32_t node, std::uint32_t place) const {
+    return TakeStep<Missing, true>(slots_[node], GetValue(place, node), missingValue_).next;
+  }
+
+  // Takes those that are on their way down by one level, and gives the number of those that still
+  // are then. Whether a case ends decides where it is noted, not what is done next.
+  template <bool Plain>
+  std::uint32_t PassLevel(std::uint32_t size, std::uint32_t* positions) {
+    std::uint32_t numLeft = 0;
+    std::uint32_t numSlow = 0;
+    for (std::uint32_t index = 0; index < size; ++index) {
+      std::uint32_t const node = nodes_[index];
+      std::uint32_t const place = places_[index];
+      Step const step =
+          TakeStep<Missing, Plain>(slots_[node], GetValue(place, node), missingValue_);
+      positions[place] = step.next;
+      if constexpr (!Plain) {
+        slowNodes_[numSlow] = node;
+        slowPlaces_[numSlow] = place;
+        numSlow += step.isSlow;
+      }
+      nodes_[numLeft] = step.next;
+      places_[numLeft] = place;
+      numLeft += 1U & ~(step.ends | step.isSlow);
+    }
+    for (std::uint32_t index = 0; index < numSlow; ++index) {
+      std::uint32_t const place = slowPlaces_[index];
+      std::uint32_t const next = FollowSlowly<Missing>(slots_, slots_[slowNodes_[index]],
+                                                       missingValue_, values_, rows_.GetRow(place));
+      positions[place] = next;
+      nodes_[numLeft] = next;
+      places_[numLeft] = place;
+      numLeft += static_cast<std::uint32_t>(slots_[next].GetKind() != Kind::kEnd);
+    }
+    return numLeft;
+  }
+
+  Slot const* slots_;
+  double missingValue_;
+  PlainLevels levels_;
+  Values values_;
+  Rows rows_;
+  // Those on their way: where they are, and their places in the block.
+  std::uint32_t nodes_[kBlockSize] = {};
+  std::uint32_t places_[kBlockSize] = {};
+  std::uint32_t slowNodes_[kBlockSize] = {};
+  std::uint32_t slowPlaces_[kBlockSize] = {};
+};
+
+template <class Missing, class Values>
+void ScoreSequence(FlatTree const& tree, Cases const& cases, std::size_t const* /*selection*/,
+                   std::size_t begin, std::uint32_t size, std::uint32_t* positions) {
+  BlockScorer<Missing, Values, Sequence>(tree, Values(cases), {begin}).Run(size, positions);
+}
+
+template <class Missing, class Values>
+void ScoreSelection(FlatTree const& tree, Cases const& cases, std::size_t const* selection,
+                    std::size_t begin, std::uint32_t size, std::uint32_t* positions) {
+  BlockScorer<Missing, Values, Selection>(tree, Values(cases), {selection + begin})
+      .Run(size, positions);
+}
+
+template <class Missing, class Values>
+ScoreBlock Choose(bool hasSelection) {
+  return hasSelection ? &ScoreSelection<Missing, Values> : &ScoreSequence<Missing, Values>;
+}
+
+template <class Values>
+ScoreBlock Choose(MissingKind missing, bool hasSelection) {
+  switch (missing) {
+    case MissingKind::kNever:
+      return Choose<NeverMissing, Values>(hasSelection);
+    case MissingKind::kByBits:
+      return Choose<MissingByBits, Values>(hasSelection);
+    case MissingKind::kOrNan:
+      return Choose<MissingOrNan, Values>(hasSelection);
+    case MissingKind::kByValue:
+    case MissingKind::kOrNull:
+      break;
+  }
+  return Choose<MissingByValue, Values>(hasSelection);
+}
+
+bool AreAll(Column const* columns, std::uint32_t count, ValueType type) {
+  return std::all_of(columns, columns + count, [type](Column const& column) {
+    return column.values == nullptr ||
+           (column.type == type && column.stride == 1 && column.validity == nullptr);
+  });
+}
+
+}  // namespace
+
+Layout FindLayout(FlatTree const& tree, Cases const& cases) {
+  if (cases.GetColumns() == nullptr) {
+    return cases.GetRowType() == ValueType::kFloat ? Layout::kFloatRows : Layout::kDoubleRows;
+  }
+  std::uint32_t const count = tree.GetHeader().numPredictors;
+  if (AreAll(cases.GetColumns(), count, ValueType::kDouble)) return Layout::kDoubleColumns;
+  if (AreAll(cases.GetColumns(), count, ValueType::kFloat)) return Layout::kFloatColumns;
+  return Layout::kAny;
+}
+
+MissingKind FindMissingKind(FlatTree const& tree, Cases const& cases, Layout layout) {
+  if (layout == Layout::kAny) return MissingKind::kOrNull;
+  if (cases.GetNanMeaning() == NanMeaning::kMissing) return MissingKind::kOrNan;
+  double const missing = tree.GetHeader().missingValue;
+  bool const isFloat = layout == Layout::kFloatRows || layout == Layout::kFloatColumns;
+  // What no value can be equal to need not be looked for.
+  if (std::isnan(missing)) return MissingKind::kNever;
+  if (isFloat && std::isnan(tree.GetMissingFloat())) return MissingKind::kNever;
+  return missing == 0.0 ? MissingKind::kByValue : MissingKind::kByBits;
+}
+
+ScoreBlock ChoosePortableScoreBlock(FlatTree const& tree, Cases const& cases, bool hasSelection) {
+  Layout const layout = FindLayout(tree, cases);
+  MissingKind const missing = FindMissingKind(tree, cases, layout);
+  switch (layout) {
+    case Layout::kDoubleRows:
+      return Choose<RowValues<double>>(missing, hasSelection);
+    case Layout::kFloatRows:
+      return Choose<RowValues<float>>(missing, hasSelection);
+    case Layout::kDoubleColumns:
+      return Choose<ColumnValues<double>>(missing, hasSelection);
+    case Layout::kFloatColumns:
+      return Choose<ColumnValues<float>>(missing, hasSelection);
+    case Layout::kAny:
+      break;
+  }
+  return Choose<MissingOrNull, AnyColumnValues>(hasSelection);
+}
+
+ScoreBlock ChooseScoreBlock(FlatTree const& tree, Cases const& cases, bool hasSelection) {
+  ScoreBlock const fastest = ChooseAvx512ScoreBlock(tree, cases, hasSelection);
+  return fastest != nullptr ? fastest : ChoosePortableScoreBlock(tree, cases, hasSelection);
+}
+
+}  // namespace tree::score

@@ -1,0 +1,337 @@
+#include "flattening.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+#include <string>
+#include <typeinfo>
+#include <vector>
+
+#include "rule_reading.h"
+#include "tree/score/input_error.h"
+
+namespace tree::score {
+namespace {
+
+constexpr std::size_t kMaxSlots = std::numeric_limits<std::uint32_t>::max() - 1;
+constexpr std::size_t kCodesInNode = 64;
+
+std::uint32_t FlagIf(bool holds, std::uint32_t flag) { return holds ? flag : 0; }
+
+std::uint32_t ToLink(int child) { return child < 0 ? kNoChild : static_cast<std::uint32_t>(child); }
+
+/// Writes the slots of a tree, level by level.
+class Flattener {
+ public:
+  /// Writes them all, and gives the block.
+  BlockMemory Run(NodeImp const& root);
+
+ private:
+  struct Place {
+    NodeImp const* node;
+    std::uint32_t slot;
+    std::uint32_t level;
+    bool isInner;  // an end only, of the cases that stay at this node
+  };
+
+  void WriteNode(Place const& place);
+  void ReadRules(NodeImp const& node);
+  void ReadOneRule(SplitRuleImp const* rule, int numChildren, RuleTable& table);
+  bool IsPlainCut(RuleTable const& rule);
+  bool WriteBinary(Place const& place);
+  bool WriteCodes(Place const& place);
+  void WriteGeneral(Place const& place);
+  void WriteRule(RuleTable const& rule, bool isLast);
+  std::uint32_t NotePredictor(RuleTable const& rule);
+  std::uint32_t AddSlots(std::uint64_t count);
+  void PlaceChildren(Place const& place, std::uint32_t first, bool areReversed);
+  void WriteEnds();
+  void WriteClasses();
+  BlockMemory MakeBlock() const;
+
+  std::vector<Slot> slots_;
+  std::vector<Place> queue_;  // nodes in the order of their levels
+  std::vector<Place> ends_;
+  std::uint32_t depth_ = 0;
+  std::uint32_t numPredictors_ = 0;
+  std::uint32_t numClasses_ = 0;
+  bool hasPredictions_ = true;
+  std::vector<double> probabilities_;
+  bool hasMissingValue_ = false;  // whether a binary node has chosen it
+  double missingValue_ = std::numeric_limits<double>::quiet_NaN();
+  // Of the node being written:
+  RuleTable primary_;
+  std::vector<RuleTable> surrogates_;
+  int dumbChild_ = -1;
+};
+
+BlockMemory Flattener::Run(NodeImp const& root) {
+  AddSlots(1);
+  queue_.push_back({&root, 0, 0, false});
+  for (std::size_t next = 0; next < queue_.size(); ++next) {
+    Place const place = queue_[next];
+    try {
+      WriteNode(place);
+    } catch (InputError const& error) {
+      throw InputError("node " + std::to_string(place.node->GetId()) + ": " + error.what());
+    }
+  }
+  WriteEnds();
+  return MakeBlock();
+}
+
+void Flattener::WriteNode(Place const& place) {
+  NodeImp const& node = *place.node;
+  // Deliberate: a derived node may choose children otherwise.
+  if (typeid(node) != typeid(NodeImp)) throw InputError("it is of a class that is not known");
+  depth_ = std::max(depth_, place.level);
+  if (node.GetNumChildren() == 0) {
+    ends_.push_back(place);
+    return;
+  }
+  ReadRules(node);
+  if (!WriteBinary(place) && !WriteCodes(place)) WriteGeneral(place);
+}
+
+void Flattener::ReadRules(NodeImp const& node) {
+  int const numChildren = node.GetNumChildren();
+  if (node.GetNumCompetitors() == 0) throw InputError("it has children and no split rule");
+  SplitRuleImp const* const primary = node.GetCompetitorImp(0);
+  ReadOneRule(primary, numChildren, primary_);
+  dumbChild_ = std::max(primary->GetDumbChildPos(), -1);
+  if (dumbChild_ >= numChildren)
+    throw InputError("its dumb rule names a child beyond the last one");
+  surrogates_.resize(static_cast<std::size_t>(node.GetNumSurrogates()));
+  for (std::size_t position = 0; position < surrogates_.size(); ++position) {
+    ReadOneRule(node.GetSurrogateImp(static_cast<unsigned int>(position)), numChildren,
+                surrogates_[position]);
+  }
+}
+
+void Flattener::ReadOneRule(SplitRuleImp const* rule, int numChildren, RuleTable& table) {
+  if (rule == nullptr) throw InputError("a split rule is not there");
+  if (rule->GetPredictorIndex() > static_cast<int>(Slot::kPredictorMask)) {
+    throw InputError("a predictor index is above " + std::to_string(Slot::kPredictorMask));
+  }
+  ReadRule(*rule, table);
+  if (table.GetHighestChild() >= numChildren) {
+    throw InputError("a split rule names a child beyond the last one");
+  }
+}
+
+// Whether the rule sends values up to a cut point to one of two children and those above it to the
+// other one, with the missing value of all such rules.
+bool Flattener::IsPlainCut(RuleTable const& rule) {
+  if (!rule.ordered || rule.cuts.size() != 1) return false;
+  int const below = rule.cuts.front().child;
+  if (below < 0 || rule.upperChild < 0 || below + rule.upperChild != 1) return false;
+  if (!hasMissingValue_) {
+    hasMissingValue_ = true;
+    missingValue_ = rule.missingValue;
+  }
+  return missingValue_ == rule.missingValue ||
+         (std::isnan(missingValue_) && std::isnan(rule.missingValue));
+}
+
+bool Flattener::WriteBinary(Place const& place) {
+  if (place.node->GetNumChildren() != 2 || !IsPlainCut(primary_)) return false;
+  bool const mapsMissing = primary_.missingChild >= 0;
+  // Where the rule places every case, nothing else is asked.
+  if (mapsMissing) surrogates_.clear();
+  if (!std::all_of(surrogates_.begin(), surrogates_.end(),
+                   [this](RuleTable const& rule) { return IsPlainCut(rule); })) {
+    return false;
+  }
+  auto const placesAll = std::find_if(surrogates_.begin(), surrogates_.end(),
+                                      [](RuleTable const& rule) { return rule.missingChild >= 0; });
+  bool const anyStay = !mapsMissing && placesAll == surrogates_.end() && dumbChild_ < 0;
+  if (placesAll != surrogates_.end()) surrogates_.erase(placesAll + 1, surrogates_.end());
+
+  int const leftChild = primary_.cuts.front().child;
+  double const cutPoint = primary_.cuts.front().cutPoint;
+  int const missingChild = mapsMissing ? primary_.missingChild : dumbChild_;
+  bool const missingRight = missingChild >= 0 && missingChild != leftChild;
+  bool const isSlow = anyStay || !surrogates_.empty();
+  bool const cutSendsRight = !(missingValue_ <= cutPoint);
+  bool const isDetour = !isSlow && !std::isnan(missingValue_) && cutSendsRight != missingRight;
+
+  std::uint32_t const group = AddSlots(2U + (anyStay ? 1U : 0U) + surrogates_.size());
+  slots_[place.slot] = {std::bit_cast<std::uint64_t>(cutPoint), group,
+                        NotePredictor(primary_) | KindBits(Kind::kBinary) |
+                            FlagIf(missingRight, Slot::kMissingRight) |
+                            FlagIf(isDetour, Slot::kDetour) | FlagIf(isSlow, Slot::kSlow) |
+                            FlagIf(!surrogates_.empty(), Slot::kHasSurrogates) |
+                            FlagIf(anyStay, Slot::kStays)};
+  PlaceChildren(place, group, leftChild == 1);
+  std::uint32_t next = group + 2;
+  if (anyStay) ends_.push_back({place.node, next++, place.level, true});
+  for (RuleTable const& rule : surrogates_) {
+    bool const isLast = &rule == &surrogates_.back();
+    slots_[next++] = {
+        std::bit_cast<std::uint64_t>(rule.cuts.front().cutPoint), 0,
+        NotePredictor(rule) | FlagIf(rule.cuts.front().child != leftChild, Slot::kReversed) |
+            FlagIf(rule.missingChild >= 0, Slot::kPlacesMissing) |
+            FlagIf(rule.missingChild >= 0 && rule.missingChild != leftChild, Slot::kMissingRight) |
+            FlagIf(isLast, Slot::kLast)};
+  }
+  return true;
+}
+
+bool Flattener::WriteCodes(Place const& place) {
+  if (place.node->GetNumChildren() != 2 || primary_.ordered) return false;
+  if (primary_.codes.size() > kCodesInNode) return false;
+  int missingChild = primary_.missingChild;
+  if (missingChild < 0 && surrogates_.empty()) missingChild = dumbChild_;
+  if (missingChild < 0) return false;
+  std::uint64_t right = 0;
+  for (std::size_t code = 0; code < kCodesInNode; ++code) {
+    int const mapped = code < primary_.codes.size() ? primary_.codes[code] : -1;
+    bool const goesRight = (mapped < 0 ? missingChild : mapped) == 1;
+    right |= std::uint64_t{goesRight} << code;
+  }
+  std::uint32_t const group = AddSlots(2);
+  slots_[place.slot] = {right, group,
+                        NotePredictor(primary_) | KindBits(Kind::kCodes) |
+                            FlagIf(missingChild == 1, Slot::kMissingRight)};
+  PlaceChildren(place, group, false);
+  return true;
+}
+
+void Flattener::WriteGeneral(Place const& place) {
+  auto const numChildren = static_cast<std::uint32_t>(place.node->GetNumChildren());
+  bool const anyStay = dumbChild_ < 0;
+  std::uint32_t const numPlaces = numChildren + (anyStay ? 1 : 0);
+  std::uint32_t const group = AddSlots(numPlaces);
+  slots_[place.slot] = {
+      Pack(numPlaces, anyStay ? numChildren : static_cast<std::uint32_t>(dumbChild_)), group,
+      NotePredictor(primary_) | KindBits(Kind::kGeneral)};
+  PlaceChildren(place, group, false);
+  if (anyStay) ends_.push_back({place.node, group + numChildren, place.level, true});
+  WriteRule(primary_, surrogates_.empty());
+  for (RuleTable const& rule : surrogates_) WriteRule(rule, &rule == &surrogates_.back());
+}
+
+void Flattener::WriteRule(RuleTable const& rule, bool isLast) {
+  std::size_t const tableSize = rule.ordered ? rule.cuts.size() : rule.codes.size();
+  auto const size = static_cast<std::uint32_t>(tableSize);
+  std::uint32_t const first = AddSlots(2 + CountTableSlots(rule.ordered, size));
+  slots_[first] = {Pack(size, ToLink(rule.upperChild)), ToLink(rule.missingChild),
+                   NotePredictor(rule) | FlagIf(rule.ordered, GeneralRule::kOrdered) |
+                       FlagIf(isLast, Slot::kLast)};
+  slots_[first + 1] = {std::bit_cast<std::uint64_t>(rule.missingValue), 0, 0};
+  Slot* const table = slots_.data() + first + 2;
+  for (std::size_t index = 0; index < rule.cuts.size(); ++index) {
+    RuleTable::Cut const& cut = rule.cuts[index];
+    table[index] = {std::bit_cast<std::uint64_t>(cut.cutPoint), ToLink(cut.child), 0};
+  }
+  if (!rule.codes.empty()) {
+    static_assert(sizeof(int) * GeneralRule::kCodesPerSlot == sizeof(Slot));
+    std::memcpy(table, rule.codes.data(), rule.codes.size() * sizeof(int));
+  }
+}
+
+// The bits of a rule's predictor, which is one that cases have to have.
+std::uint32_t Flattener::NotePredictor(RuleTable const& rule) {
+  auto const predictor = static_cast<std::uint32_t>(rule.predictor);
+  numPredictors_ = std::max(numPredictors_, predictor + 1);
+  return predictor;
+}
+
+std::uint32_t Flattener::AddSlots(std::uint64_t count) {
+  std::size_t const first = slots_.size();
+  if (count > kMaxSlots - first) throw InputError("the tree is too large");
+  slots_.resize(first + count, Slot{});
+  return static_cast<std::uint32_t>(first);
+}
+
+void Flattener::PlaceChildren(Place const& place, std::uint32_t first, bool areReversed) {
+  int const numChildren = place.node->GetNumChildren();
+  for (int position = 0; position < numChildren; ++position) {
+    int const source = areReversed ? numChildren - 1 - position : position;
+    NodeImp const* const child = place.node->GetChildImp(static_cast<unsigned int>(source));
+    if (child == nullptr) throw InputError("a child is not there");
+    if (child->GetNumChildren() == 0 && position < 2) {
+      slots_[place.slot].word |= position == 0 ? Slot::kLeftEnds : Slot::kRightEnds;
+    }
+    queue_.push_back({child, first + static_cast<std::uint32_t>(position), place.level + 1, false});
+  }
+}
+
+void Flattener::WriteEnds() {
+  WriteClasses();
+  std::uint32_t place = 0;
+  for (Place const& end : ends_) {
+    NodeImp const& node = *end.node;
+    double prediction = std::numeric_limits<double>::quiet_NaN();
+    bool const hasStatistics = node.IsClassificationNode()
+                                   ? node.GetClsInfo(TrainingSample) != nullptr
+                                   : node.GetRegInfo(TrainingSample) != nullptr;
+    if (hasStatistics) prediction = node.GetAssignment();
+    hasPredictions_ = hasPredictions_ && hasStatistics;
+    std::uint64_t payload = std::bit_cast<std::uint64_t>(prediction);
+    if (numClasses_ > 0) {
+      ClsInfo const& classes = *node.GetClsInfo(TrainingSample);
+      payload = Pack(static_cast<std::uint32_t>(classes.GetPrediction()), place++);
+    }
+    slots_[end.slot] = {payload, node.GetId(),
+                        KindBits(Kind::kEnd) | FlagIf(end.isInner, Slot::kInner)};
+  }
+}
+
+// Keeps the probabilities, when all ends have them of as many classes.
+void Flattener::WriteClasses() {
+  int numClasses = -1;
+  for (Place const& end : ends_) {
+    if (!end.node->IsClassificationNode()) return;
+    ClsInfo const* const classes = end.node->GetClsInfo(TrainingSample);
+    if (classes == nullptr) return;
+    if (numClasses < 0) numClasses = classes->GetNumClasses();
+    if (classes->GetNumClasses() != numClasses) return;
+  }
+  if (numClasses <= 0) return;
+  numClasses_ = static_cast<std::uint32_t>(numClasses);
+  probabilities_.reserve(ends_.size() * numClasses_);
+  for (Place const& end : ends_) {
+    ClsInfo const& classes = *end.node->GetClsInfo(TrainingSample);
+    for (int index = 0; index < numClasses; ++index) {
+      probabilities_.push_back(classes.GetClassProbability(index));
+    }
+  }
+}
+
+BlockMemory Flattener::MakeBlock() const {
+  std::size_t const slotBytes = slots_.size() * sizeof(Slot);
+  std::size_t const probabilityBytes = probabilities_.size() * sizeof(double);
+  BlockMemory block(sizeof(BlockHeader) + slotBytes + probabilityBytes);
+
+  BlockHeader header{};
+  std::memcpy(header.magic, BlockHeader::kMagic, sizeof(header.magic));
+  header.byteOrder = BlockHeader::kByteOrder;
+  header.version = BlockHeader::kVersion;
+  header.size = block.GetSize();
+  header.numSlots = static_cast<std::uint32_t>(slots_.size());
+  header.numNodes = static_cast<std::uint32_t>(queue_.size());
+  header.numEnds = static_cast<std::uint32_t>(ends_.size());
+  header.numPredictors = numPredictors_;
+  header.numClasses = numClasses_;
+  header.depth = depth_;
+  header.hasPredictions = hasPredictions_ ? 1 : 0;
+  header.missingValue = missingValue_;
+
+  std::byte* to = block.GetData();
+  std::memcpy(to, &header, sizeof(header));
+  std::memcpy(to + sizeof(header), slots_.data(), slotBytes);
+  if (probabilityBytes > 0) {
+    std::memcpy(to + sizeof(header) + slotBytes, probabilities_.data(), probabilityBytes);
+  }
+  header.checksum = ComputeChecksum(to, block.GetSize());
+  std::memcpy(to, &header, sizeof(header));
+  return block;
+}
+
+}  // namespace
+
+BlockMemory Flatten(NodeImp const& root) { return Flattener().Run(root); }
+
+}  // namespace tree::score

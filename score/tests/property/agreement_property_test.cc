@@ -1,0 +1,48 @@
+// Random trees and random cases with every special value, against the walk from node to node.
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <random>
+#include <string>
+
+#include "score_testing/agreement.h"
+
+namespace tree::score::testing {
+namespace {
+
+std::uint64_t ReadEnvironment(char const* name, std::uint64_t otherwise) {
+  char const* const text = std::getenv(name);
+  return text == nullptr ? otherwise : std::strtoull(text, nullptr, 10);
+}
+
+// TREE_SCORE_CASES sets how many cases, TREE_SCORE_SEED which ones.
+void CheckTrees(TreeShape const& shape, std::size_t casesPerTree, std::uint64_t numCases) {
+  std::uint64_t const firstSeed = ReadEnvironment("TREE_SCORE_SEED", 1);
+  std::uint64_t numChecked = 0;
+  for (std::uint64_t seed = firstSeed; numChecked < numCases; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937_64 engine(seed);
+    Draw const draw = [&engine](std::uint32_t below) {
+      return static_cast<std::uint32_t>(engine() % below);
+    };
+    auto const root = MakeTree(shape, draw);
+
+    ASSERT_NO_THROW(CheckAgreement(*root, shape.numPredictors, casesPerTree, draw));
+    numChecked += casesPerTree;
+  }
+}
+
+TEST(Scorer, AgreesWithTheWalkOnTreesOfAnyKind) {
+  CheckTrees({}, 300, ReadEnvironment("TREE_SCORE_CASES", 1'000'000) / 2);
+}
+
+TEST(Scorer, AgreesWithTheWalkOnTreesOfTwoWays) {
+  TreeShape shape;
+  shape.binaryOnly = true;
+  shape.maxNumNodes = 200;
+  CheckTrees(shape, 600, ReadEnvironment("TREE_SCORE_CASES", 1'000'000) / 2);
+}
+
+}  // namespace
+}  // namespace tree::score::testing

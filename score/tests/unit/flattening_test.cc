@@ -1,0 +1,205 @@
+#include "flattening.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "testing/probe_rule.h"
+#include "testing/small_stack.h"
+#include "testing/tree_builder.h"
+#include "tree/score/scorer.h"
+
+namespace tree::score {
+namespace {
+
+using tree::testing::ANode;
+using tree::testing::ProbeRule;
+
+std::unique_ptr<SplitRuleImp> CutAt(int predictor, double cutPoint) {
+  auto rule = std::make_unique<OSplitRule>(systemMissingValue(), predictor);
+  rule->SetCutPoint(cutPoint);
+  return rule;
+}
+
+std::string FlattenToError(NodeImp const& root) {
+  try {
+    Flatten(root);
+  } catch (InputError const& error) {
+    return error.what();
+  }
+  return "none";
+}
+
+TEST(Flattening, TakesSixteenBytesANodeOfBinaryOrdinalRules) {
+  auto const root = ANode(1)
+                        .SplitAt(0, 1.0, ANode(2).Regression(1.0, 1.0),
+                                 ANode(3)
+                                     .SplitAt(1, 2.0, ANode(4).Regression(1.0, 2.0),
+                                              ANode(5).Regression(1.0, 3.0))
+                                     .Dumb(0))
+                        .Dumb(1)
+                        .Build();
+
+  EXPECT_EQ(Flatten(*root).GetSize(), sizeof(BlockHeader) + 5 * 16);
+}
+
+TEST(Flattening, TakesSixteenBytesASurrogate) {
+  auto const root =
+      ANode(1)
+          .SplitAt(0, 1.0, ANode(2).Regression(1.0, 1.0), ANode(3).Regression(1.0, 2.0))
+          .Dumb(1)
+          .SurrogateAt(1, 1.0)
+          .SurrogateAt(2, 1.0)
+          .Build();
+
+  EXPECT_EQ(Flatten(*root).GetSize(), sizeof(BlockHeader) + 5 * 16);
+}
+
+TEST(Flattening, LeavesOutSurrogatesThatAreNeverAsked) {
+  auto rule = CutAt(0, 1.0);
+  rule->AddMissingValueMapping(false);
+  auto const root =
+      ANode(1)
+          .SplitBy(std::move(rule), ANode(2).Regression(1.0, 1.0), ANode(3).Regression(1.0, 2.0))
+          .SurrogateAt(7, 1.0)
+          .Build();
+
+  BlockMemory block = Flatten(*root);
+
+  EXPECT_EQ(block.GetSize(), sizeof(BlockHeader) + 3 * 16);
+  EXPECT_EQ(FlatTree(std::move(block)).GetHeader().numPredictors, 1U);
+}
+
+TEST(Flattening, HoldsFewCodesInTheNode) {
+  auto rule = std::make_unique<NSplitRule>(0, 64);
+  rule->SetCatMapping(63, 0);
+  rule->SetCatMapping(5, 1);
+  auto const root =
+      ANode(1)
+          .SplitBy(std::move(rule), ANode(2).Regression(1.0, 1.0), ANode(3).Regression(1.0, 2.0))
+          .Dumb(0)
+          .Build();
+
+  EXPECT_EQ(Flatten(*root).GetSize(), sizeof(BlockHeader) + 3 * 16);
+}
+
+TEST(Flattening, CountsWhatItHolds) {
+  auto const root = ANode(1)
+                        .SplitAt(4, 1.0, ANode(2).Classes({1.0, 3.0}, 1),
+                                 ANode(3).SplitAt(1, 2.0, ANode(4).Classes({1.0, 1.0}),
+                                                  ANode(5).Classes({2.0, 1.0})))
+                        .Dumb(1)
+                        .Classes({4.0, 5.0})
+                        .Build();
+  root->GetChildImp(1)->SetClsInfo(new ClsInfoImp, TrainingSample);
+  root->GetChildImp(1)->GetClsInfoImp(TrainingSample)->SetNumClasses(2);
+
+  FlatTree const tree(Flatten(*root));
+
+  BlockHeader const& header = tree.GetHeader();
+  EXPECT_EQ(header.numNodes, 5U);
+  EXPECT_EQ(header.numEnds, 4U);  // three terminal nodes, and one where cases can stay
+  EXPECT_EQ(header.numPredictors, 5U);
+  EXPECT_EQ(header.numClasses, 2U);
+  EXPECT_EQ(header.depth, 2U);
+  EXPECT_EQ(header.hasPredictions, 1U);
+}
+
+TEST(Flattening, RefusesATreeThatItCannotFollow) {
+  struct Case {
+    char const* name;
+    std::unique_ptr<NodeImp> root;
+    char const* reason;
+  };
+  auto const twoNodes = [] {
+    auto node = ANode(7).Over(ANode(8), ANode(9)).Build();
+    node->SetNumCompetitors(1);
+    return node;
+  };
+  std::vector<Case> cases;
+  cases.push_back(
+      {"no rule", ANode(7).Over(ANode(8)).Build(), "node 7: it has children and no split rule"});
+  cases.push_back({"a rule that is not set", twoNodes(), "node 7: a split rule is not there"});
+  cases.push_back({"a surrogate that is not set",
+                   ANode(7).SplitAt(0, 1.0, ANode(8), ANode(9)).Surrogate(nullptr).Build(),
+                   "node 7: a split rule is not there"});
+  cases.push_back({"a rule of another class",
+                   ANode(7).SplitBy(std::make_unique<ProbeRule>(0), ANode(8), ANode(9)).Build(),
+                   "node 7: a split rule is of a class that is not known"});
+  cases.push_back({"a surrogate of another class",
+                   ANode(7)
+                       .SplitAt(0, 1.0, ANode(8), ANode(9))
+                       .Surrogate(std::make_unique<ProbeRule>(0))
+                       .Build(),
+                   "node 7: a split rule is of a class that is not known"});
+  cases.push_back({"a child beyond the last one", ANode(7).SplitAt(0, 1.0, ANode(8)).Build(),
+                   "node 7: a split rule names a child beyond the last one"});
+  cases.push_back(
+      {"a surrogate's child beyond the last one",
+       ANode(6)
+           .SplitAt(
+               0, 1.0, ANode(1),
+               ANode(7).SplitBy(std::make_unique<NSplitRule>(0, 1), ANode(8)).SurrogateAt(0, 1.0))
+           .Build(),
+       "node 7: a split rule names a child beyond the last one"});
+  cases.push_back({"a dumb rule beyond the last child",
+                   ANode(7).SplitAt(0, 1.0, ANode(8), ANode(9)).Dumb(2).Build(),
+                   "node 7: its dumb rule names a child beyond the last one"});
+  cases.push_back({"a predictor that is too far",
+                   ANode(7).SplitAt(1 << 22, 1.0, ANode(8), ANode(9)).Build(),
+                   "node 7: a predictor index is above 4194303"});
+  cases.push_back({"a child that is not set", twoNodes(), "node 7: a child is not there"});
+  cases.back().root->SetCompetitor(0, CutAt(0, 1.0).release());
+  delete cases.back().root->GetChildImp(1);
+  cases.back().root->SetChild(1, nullptr);
+  class Derived : public NodeImp {};
+  cases.push_back({"a node of another class", twoNodes(),
+                   "node 5: it is of a class that is not "
+                   "known"});
+  cases.back().root->SetCompetitor(0, CutAt(0, 1.0).release());
+  delete cases.back().root->GetChildImp(1);
+  cases.back().root->SetChild(1, new Derived);
+  cases.back().root->GetChildImp(1)->SetId(5);
+
+  for (Case const& each : cases) {
+    SCOPED_TRACE(each.name);
+
+    EXPECT_EQ(FlattenToError(*each.root), each.reason);
+  }
+}
+
+TEST(Flattening, FollowsAChainOfAMillionNodes) {
+  constexpr unsigned int kLength = 1'000'000;
+  auto const root = std::make_unique<NodeImp>();
+  NodeImp* node = root.get();
+  for (unsigned int id = 1; id <= kLength; ++id) {
+    node->SetNumChildren(2);
+    node->SetChild(0, new NodeImp);
+    node->SetChild(1, new NodeImp);
+    node->SetNumCompetitors(1);
+    node->SetCompetitor(0, CutAt(0, static_cast<double>(id)).release());
+    node->GetChildImp(0)->SetId(id);
+    node = node->GetChildImp(1);
+  }
+  double const values[] = {1.0, kLength / 2 + 0.5, kLength + 1.0};
+  std::uint32_t ids[3] = {};
+
+  bool const ran = tree::testing::RunOnSmallStack([&] {
+    Scorer const scorer = Scorer::FromTree(*root);
+    Answers answers;
+    answers.ids = ids;
+    scorer.Score(Cases::OfRows(values, 3, 1), answers);
+  });
+
+  ASSERT_TRUE(ran);
+  EXPECT_EQ(ids[0], 1U);
+  EXPECT_EQ(ids[1], kLength / 2 + 1);
+  EXPECT_EQ(ids[2], 0U);  // the last one has no identifier of its own
+}
+
+}  // namespace
+}  // namespace tree::score
