@@ -1,7 +1,7 @@
 """Does the same work with this library and with its peers, on one machine in one run.
 
 run.py FOLDER [CASES]
-FOLDER: where the programs made of the files beside this one are. CASES: 1000000 unless told
+FOLDER: a build with the programs that the files beside this one speak of. CASES: 1000000 unless told
 otherwise. Peers that are not installed are left out. Each tree is grown, and each file read, by each
 program in a process of its own, on one thread; the smaller of two runs counts.
 """
@@ -101,6 +101,65 @@ def count_for_chaid(program, cases):
         print(f"| {name} | {taken:.3f} | {taken / seconds['bare']:.1f}x |")
 
 
+def lines_of(command):
+    """The numbers that a program prints, by name; none if it cannot run."""
+    done = subprocess.run([str(part) for part in command], capture_output=True, text=True,
+                          env=ENVIRONMENT)
+    if done.returncode != 0:
+        last = (done.stderr.strip().splitlines() or ["no message"])[-1]
+        print(f"# {pathlib.Path(str(command[0])).name} failed: {last}", file=sys.stderr)
+        return {}
+    return {name: float(text) for name, text in map(str.split, done.stdout.splitlines())}
+
+
+def score_cases(program, cases, folder):
+    """Scoring by a tree of each depth, with what peers take for trees of the same depth."""
+    leaf = 10
+    rpart_cases = 20000  # of which it takes as long as others of all
+    print_head(f"Scoring {cases} cases of 20 predictors, nanoseconds a case",
+               "depth, missing, surrogates", "nodes", "from node to node", "bare loop, floats",
+               "rows, floats", "columns, floats", "bare loop, doubles", "rows, doubles",
+               "columns, doubles", "rows, floats, 2 threads", "bare, one row a call",
+               "one row a call", "sklearn apply", "sklearn, one row", "xgboost predict",
+               "xgboost inplace", "rpart predict")
+    for missing, surrogates in ((0, 0), (10, 0), (5, 5)):
+        path = folder / "scored.bin"
+        subprocess.run([program, "data", path, cases, str(missing)], check=True)
+        for depth in (5, 10, 20):
+            own = lines_of([program, "score", path, cases, depth, leaf, surrogates])
+            peers = {}
+            if not surrogates:
+                for package in ("sklearn", "xgboost"):
+                    found = lines_of([PYTHON, HERE / "score_python_peer.py", package, path, cases,
+                                      depth, leaf])
+                    peers.update({f"{package}:{name}": taken for name, taken in found.items()})
+            if surrogates or not missing:
+                found = lines_of(["Rscript", HERE / "score_rpart_peer.R", path, cases, depth, leaf,
+                                  surrogates, rpart_cases])
+                peers.update({f"rpart:{name}": taken for name, taken in found.items()})
+
+            def own_of(name):
+                return f"{own[name]:.1f}" if name in own else "-"
+
+            def peer_of(name, ours):
+                if name not in peers:
+                    return "-"
+                return f"{peers[name]:.0f}, {peers[name] / own[ours]:.1f}x"
+
+            cells = [f"{depth}, {missing} %, {surrogates}", f"{own['nodes']:.0f}"]
+            cells += [own_of(name) for name in
+                      ("walk", "bare_float", "rows_float", "columns_float", "bare_double",
+                       "rows_double", "columns_double", "rows_float_2threads", "bare_one_float",
+                       "one_float")]
+            cells += [peer_of("sklearn:apply_float", "rows_float"),
+                      peer_of("sklearn:one_float", "one_float"),
+                      peer_of("xgboost:predict_float", "rows_float"),
+                      peer_of("xgboost:inplace_float", "rows_float"),
+                      peer_of("rpart:predict_double", "rows_double")]
+            print("| " + " | ".join(cells) + " |", flush=True)
+        path.unlink()
+
+
 def read_files(program, cases, folder):
     print_head(f"CSV, {cases} rows x 21 columns", "file", "MB", "ours", "pandas")
     for nominal in (0, 5):
@@ -114,11 +173,13 @@ def read_files(program, cases, folder):
 
 
 def main():
-    programs = pathlib.Path(sys.argv[1])
+    build = pathlib.Path(sys.argv[1])
+    programs = build / "benchmarks"
     cases = sys.argv[2] if len(sys.argv) > 2 else "1000000"
     with tempfile.TemporaryDirectory() as folder:
         read_files(programs / "tree_grow_peer", cases, pathlib.Path(folder))
         count_for_chaid(programs / "tree_chaid_peer", cases)
+        score_cases(build / "score/benchmarks/tree_score_peer", cases, pathlib.Path(folder))
         grow_trees(programs / "tree_grow_peer", cases, pathlib.Path(folder))
 
 
