@@ -196,9 +196,14 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
       std::size_t const allSize = (nodes.size() + 1) * rowSize;
       std::vector<Entry> tables(tableSize / rowSize * allSize);  // [category][node]
       ForSlices(data_.GetNumCases(), workers, [&](std::size_t begin, std::size_t end) {
+        // Copies that no sum can be taken for, so that they stay in registers.
+        Entry* const first = tables.data();
+        std::uint32_t const* const entryInRow = entries.data();
+        std::uint16_t const* const codeOf = codes;
+        std::uint16_t const lastRow = missingRow;
+        std::size_t const stride = allSize;
         for (std::size_t index = begin; index < end; ++index) {
-          std::size_t const row = std::min(codes[index], missingRow);
-          add(tables.data() + row * allSize + entries[index], index);
+          add(first + std::min(codeOf[index], lastRow) * stride + entryInRow[index], index);
         }
       });
       for (std::size_t node = 0; node < nodes.size(); ++node) {
