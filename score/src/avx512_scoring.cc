@@ -109,6 +109,12 @@ struct Steps {
   __mmask8 areSlow;
 };
 
+/// Which of eight cases go right by their codes, and which do if surrogates say so.
+struct Sides {
+  unsigned int right;
+  unsigned int areUnknown;
+};
+
 /// Cases on their way, by the lanes of a few vectors.
 struct Group {
   __m256i nodes[kVectors];
@@ -208,8 +214,9 @@ class VectorScorer {
       if constexpr (!Plain) areSlow |= areMissing & Test(words, Slot::kSlow);
     }
     if constexpr (!Plain) {
-      unsigned int const rightByCode = FindRightByCode(values, payloads, words);
-      right = (right & ~areCodes) | (rightByCode & areCodes);
+      Sides const byCode = FindSidesByCode(values, payloads, words);
+      right = (right & ~areCodes) | (byCode.right & areCodes);
+      areSlow |= byCode.areUnknown & areCodes;
     }
     unsigned int const leftEnds = Test(words, Slot::kLeftEnds);
     unsigned int const rightEnds = Test(words, Slot::kRightEnds);
@@ -218,9 +225,8 @@ class VectorScorer {
             static_cast<__mmask8>(areSlow)};
   }
 
-  // Which lanes would go right if they were at nodes with sets of codes.
-  TREE_AVX512_INLINE static unsigned int FindRightByCode(__m512d values, __m512i payloads,
-                                                         __m256i words) {
+  // Where lanes would go if they were at nodes with sets of codes.
+  TREE_AVX512_INLINE static Sides FindSidesByCode(__m512d values, __m512i payloads, __m256i words) {
     // Beyond the codes of 32 bits this is the lowest integer, which no value from 0 to 64 is.
     __m256i const codes = _mm512_cvttpd_epi32(values);
     unsigned int const areCodes =
@@ -228,7 +234,11 @@ class VectorScorer {
         _mm256_cmplt_epu32_mask(codes, Broadcast(64));
     __m512i const sets = _mm512_srlv_epi64(payloads, _mm512_cvtepu32_epi64(codes));
     unsigned int const bySet = _mm512_test_epi64_mask(sets, _mm512_set1_epi64(1));
-    return (bySet & areCodes) | (Test(words, Slot::kMissingRight) & ~areCodes);
+    // Of codes that are not in halves, nothing but zeros is shifted here.
+    unsigned int const areKnown =
+        areCodes & _mm512_test_epi64_mask(sets, _mm512_set1_epi64(1LL << kCodesInHalf));
+    return {(bySet & areCodes) | (Test(words, Slot::kMissingRight) & ~areCodes),
+            Test(words, Slot::kSlow) & ~areKnown};
   }
 
   template <bool Plain>

@@ -135,7 +135,7 @@ void SlotCheck::CheckNode(std::uint32_t slot) {
   }
 }
 
-// Also nodes with a set of codes, which have two children and nothing else.
+// Also nodes with a set of codes.
 void SlotCheck::CheckBinary(std::uint32_t slot) {
   Slot const& node = slots_[slot];
   std::uint32_t const level = levels_[slot];
@@ -144,7 +144,6 @@ void SlotCheck::CheckBinary(std::uint32_t slot) {
   CheckEndFlags(slot);
   if (node.GetKind() == Kind::kCodes) {
     highestOther_ = std::min(highestOther_, level);
-    return;
   }
   if (!node.Has(Slot::kSlow)) return;
   highestSlow_ = std::min(highestSlow_, level);

@@ -21,6 +21,31 @@ std::uint32_t FlagIf(bool holds, std::uint32_t flag) { return holds ? flag : 0; 
 
 std::uint32_t ToLink(int child) { return child < 0 ? kNoChild : static_cast<std::uint32_t>(child); }
 
+// Whether halves hold what the rule says of codes.
+bool FitsHalves(RuleTable const& rule) {
+  return !rule.ordered && rule.codes.size() <= kCodesInHalf;
+}
+
+std::uint64_t MakeHalves(RuleTable const& rule, int leftChild) {
+  std::uint64_t halves = 0;
+  for (std::size_t code = 0; code < rule.codes.size(); ++code) {
+    if (rule.codes[code] < 0) continue;
+    std::uint64_t const isRight = rule.codes[code] != leftChild ? 1 : 0;
+    halves |= (std::uint64_t{1} << kCodesInHalf | isRight) << code;
+  }
+  return halves;
+}
+
+std::uint64_t MakeCodeSet(RuleTable const& rule, int missingChild) {
+  std::uint64_t set = 0;
+  for (std::size_t code = 0; code < kCodesInNode; ++code) {
+    int const mapped = code < rule.codes.size() ? rule.codes[code] : -1;
+    bool const goesRight = (mapped < 0 ? missingChild : mapped) == 1;
+    set |= std::uint64_t{goesRight} << code;
+  }
+  return set;
+}
+
 /// Writes the slots of a tree, level by level.
 class Flattener {
  public:
@@ -39,8 +64,8 @@ class Flattener {
   void ReadRules(NodeImp const& node);
   void ReadOneRule(SplitRuleImp const* rule, int numChildren, RuleTable& table);
   bool IsPlainCut(RuleTable const& rule);
-  bool WriteBinary(Place const& place);
-  bool WriteCodes(Place const& place);
+  bool WriteTwoWays(Place const& place);
+  Slot MakeSurrogate(RuleTable const& rule, int leftChild, bool isLast);
   void WriteGeneral(Place const& place);
   void WriteRule(RuleTable const& rule, bool isLast);
   std::uint32_t NotePredictor(RuleTable const& rule);
@@ -91,7 +116,7 @@ void Flattener::WriteNode(Place const& place) {
     return;
   }
   ReadRules(node);
-  if (!WriteBinary(place) && !WriteCodes(place)) WriteGeneral(place);
+  if (!WriteTwoWays(place)) WriteGeneral(place);
 }
 
 void Flattener::ReadRules(NodeImp const& node) {
@@ -134,68 +159,63 @@ bool Flattener::IsPlainCut(RuleTable const& rule) {
          (std::isnan(missingValue_) && std::isnan(rule.missingValue));
 }
 
-bool Flattener::WriteBinary(Place const& place) {
-  if (place.node->GetNumChildren() != 2 || !IsPlainCut(primary_)) return false;
+bool Flattener::WriteTwoWays(Place const& place) {
+  if (place.node->GetNumChildren() != 2) return false;
+  bool const isCut = IsPlainCut(primary_);
+  if (!isCut && (primary_.ordered || primary_.codes.size() > kCodesInNode)) return false;
   bool const mapsMissing = primary_.missingChild >= 0;
   // Where the rule places every case, nothing else is asked.
   if (mapsMissing) surrogates_.clear();
-  if (!std::all_of(surrogates_.begin(), surrogates_.end(),
-                   [this](RuleTable const& rule) { return IsPlainCut(rule); })) {
+  if (!std::all_of(surrogates_.begin(), surrogates_.end(), [this](RuleTable const& rule) {
+        return FitsHalves(rule) || IsPlainCut(rule);
+      })) {
     return false;
   }
   auto const placesAll = std::find_if(surrogates_.begin(), surrogates_.end(),
                                       [](RuleTable const& rule) { return rule.missingChild >= 0; });
   bool const anyStay = !mapsMissing && placesAll == surrogates_.end() && dumbChild_ < 0;
   if (placesAll != surrogates_.end()) surrogates_.erase(placesAll + 1, surrogates_.end());
+  bool const isSlow = anyStay || !surrogates_.empty();
+  if (isSlow && !isCut && !FitsHalves(primary_)) return false;
 
-  int const leftChild = primary_.cuts.front().child;
-  double const cutPoint = primary_.cuts.front().cutPoint;
+  int const leftChild = isCut ? primary_.cuts.front().child : 0;
   int const missingChild = mapsMissing ? primary_.missingChild : dumbChild_;
   bool const missingRight = missingChild >= 0 && missingChild != leftChild;
-  bool const isSlow = anyStay || !surrogates_.empty();
-  bool const cutSendsRight = !(missingValue_ <= cutPoint);
-  bool const isDetour = !isSlow && !std::isnan(missingValue_) && cutSendsRight != missingRight;
-
   std::uint32_t const group = AddSlots(2U + (anyStay ? 1U : 0U) + surrogates_.size());
-  slots_[place.slot] = {std::bit_cast<std::uint64_t>(cutPoint), group,
-                        NotePredictor(primary_) | KindBits(Kind::kBinary) |
-                            FlagIf(missingRight, Slot::kMissingRight) |
-                            FlagIf(isDetour, Slot::kDetour) | FlagIf(isSlow, Slot::kSlow) |
-                            FlagIf(!surrogates_.empty(), Slot::kHasSurrogates) |
-                            FlagIf(anyStay, Slot::kStays)};
+  Slot& node = slots_[place.slot];
+  node.link = group;
+  node.word = NotePredictor(primary_) | FlagIf(missingRight, Slot::kMissingRight) |
+              FlagIf(isSlow, Slot::kSlow) | FlagIf(!surrogates_.empty(), Slot::kHasSurrogates) |
+              FlagIf(anyStay, Slot::kStays);
+  if (isCut) {
+    double const cutPoint = primary_.cuts.front().cutPoint;
+    bool const cutSendsRight = !(missingValue_ <= cutPoint);
+    bool const isDetour = !isSlow && !std::isnan(missingValue_) && cutSendsRight != missingRight;
+    node.payload = std::bit_cast<std::uint64_t>(cutPoint);
+    node.word |= KindBits(Kind::kBinary) | FlagIf(isDetour, Slot::kDetour);
+  } else {
+    node.payload = isSlow ? MakeHalves(primary_, leftChild) : MakeCodeSet(primary_, missingChild);
+    node.word |= KindBits(Kind::kCodes);
+  }
   PlaceChildren(place, group, leftChild == 1);
   std::uint32_t next = group + 2;
   if (anyStay) ends_.push_back({place.node, next++, place.level, true});
   for (RuleTable const& rule : surrogates_) {
-    bool const isLast = &rule == &surrogates_.back();
-    slots_[next++] = {
-        std::bit_cast<std::uint64_t>(rule.cuts.front().cutPoint), 0,
-        NotePredictor(rule) | FlagIf(rule.cuts.front().child != leftChild, Slot::kReversed) |
-            FlagIf(rule.missingChild >= 0, Slot::kPlacesMissing) |
-            FlagIf(rule.missingChild >= 0 && rule.missingChild != leftChild, Slot::kMissingRight) |
-            FlagIf(isLast, Slot::kLast)};
+    slots_[next++] = MakeSurrogate(rule, leftChild, &rule == &surrogates_.back());
   }
   return true;
 }
 
-bool Flattener::WriteCodes(Place const& place) {
-  if (place.node->GetNumChildren() != 2 || primary_.ordered) return false;
-  if (primary_.codes.size() > kCodesInNode) return false;
-  int missingChild = primary_.missingChild;
-  if (missingChild < 0 && surrogates_.empty()) missingChild = dumbChild_;
-  if (missingChild < 0) return false;
-  std::uint64_t right = 0;
-  for (std::size_t code = 0; code < kCodesInNode; ++code) {
-    int const mapped = code < primary_.codes.size() ? primary_.codes[code] : -1;
-    bool const goesRight = (mapped < 0 ? missingChild : mapped) == 1;
-    right |= std::uint64_t{goesRight} << code;
-  }
-  std::uint32_t const group = AddSlots(2);
-  slots_[place.slot] = {right, group,
-                        NotePredictor(primary_) | KindBits(Kind::kCodes) |
-                            FlagIf(missingChild == 1, Slot::kMissingRight)};
-  PlaceChildren(place, group, false);
-  return true;
+Slot Flattener::MakeSurrogate(RuleTable const& rule, int leftChild, bool isLast) {
+  bool const placesMissing = rule.missingChild >= 0;
+  std::uint32_t const word =
+      NotePredictor(rule) | FlagIf(placesMissing, Slot::kPlacesMissing) |
+      FlagIf(placesMissing && rule.missingChild != leftChild, Slot::kMissingRight) |
+      FlagIf(isLast, Slot::kLast);
+  if (!rule.ordered) return {MakeHalves(rule, leftChild), 0, word | KindBits(Kind::kCodes)};
+  RuleTable::Cut const& cut = rule.cuts.front();
+  return {std::bit_cast<std::uint64_t>(cut.cutPoint), 0,
+          word | KindBits(Kind::kBinary) | FlagIf(cut.child != leftChild, Slot::kReversed)};
 }
 
 void Flattener::WriteGeneral(Place const& place) {

@@ -21,6 +21,15 @@ inline bool FindCode(double value, std::uint32_t numCodes, std::uint32_t& code) 
   return static_cast<double>(code) == value;
 }
 
+/// The child of a value by halves of codes, if they tell it.
+inline std::uint32_t FindInHalves(std::uint64_t halves, double value) {
+  std::uint32_t code = 0;
+  if (!FindCode(value, kCodesInHalf, code)) return kNoChild;
+  std::uint64_t const bits = halves >> code;
+  if ((bits >> kCodesInHalf & 1U) == 0) return kNoChild;
+  return static_cast<std::uint32_t>(bits & 1U);
+}
+
 /// The child of the first cut point at or above the value, or else the one above all.
 inline std::uint32_t FindInterval(Slot const* cuts, std::uint32_t numCuts, std::uint32_t above,
                                   double value) {
@@ -63,7 +72,8 @@ std::uint32_t FollowGeneral(Slot const* slots, Slot const& node, Values const& v
   }
 }
 
-/// The slot of the child of a binary node for a case whose value of the node's rule is missing.
+/// The slot of the child of a node with two children for a case whose value of the node's rule is
+/// missing.
 template <class Missing, class Values>
 std::uint32_t FollowSurrogates(Slot const* slots, Slot const& node, double missingValue,
                                Values const& values, std::size_t row) {
@@ -71,7 +81,10 @@ std::uint32_t FollowSurrogates(Slot const* slots, Slot const& node, double missi
   if (node.Has(Slot::kHasSurrogates)) {
     for (Slot const* surrogate = slots + node.link + 2 + stays;; ++surrogate) {
       double const value = values.Get(row, surrogate->GetPredictor());
-      if (!Missing::IsMissing(value, missingValue)) {
+      if (surrogate->GetKind() == Kind::kCodes) {
+        std::uint32_t const child = FindInHalves(surrogate->payload, value);
+        if (child != kNoChild) return node.link + child;
+      } else if (!Missing::IsMissing(value, missingValue)) {
         bool const isAbove = !(value <= surrogate->GetCut());
         return node.link + static_cast<std::uint32_t>(isAbove != surrogate->Has(Slot::kReversed));
       }
@@ -93,8 +106,14 @@ std::uint32_t FollowSlowly(Slot const* slots, Slot const& node, double missingVa
   if (node.GetKind() == Kind::kBinary) {
     return FollowSurrogates<Missing>(slots, node, missingValue, values, row);
   }
+  double const value = values.Get(row, node.GetPredictor());
+  if (node.Has(Slot::kSlow)) {
+    std::uint32_t const child = FindInHalves(node.payload, value);
+    if (child != kNoChild) return node.link + child;
+    return FollowSurrogates<Missing>(slots, node, missingValue, values, row);
+  }
   std::uint32_t code = 0;
-  bool const isCode = FindCode(values.Get(row, node.GetPredictor()), 64, code);
+  bool const isCode = FindCode(value, 64, code);
   std::uint64_t const right = isCode ? node.payload >> code : node.word >> Slot::kMissingRightShift;
   return node.link + static_cast<std::uint32_t>(right & 1U);
 }

@@ -19,12 +19,16 @@ enum class Kind : std::uint32_t {
 
 /// A node, or what a node keeps beside its children. The flat form of a
 /// tree is an array of them with the root at position 0; each node refers to a group of slots
-/// further back, its children side by side and then what else belongs to it:
+/// further back, its children side by side and then what else belongs to it. Halves are what a
+/// nominal rule says of codes up to 31: bit c of the low half is the child of code c, and bit c of
+/// the high half whether there is one.
 ///
 /// * `kBinary`: `payload` is the cut point. The group: the child of the values up to it, that of
 ///   those above, then, with `kStays`, an end for cases that no rule can place, then, with
 ///   `kHasSurrogates`, surrogates (`payload` a cut point) up to the one with `kLast`.
-/// * `kCodes`: bit c of `payload` is the child of code c. The group: two children.
+///   The payload of a surrogate with the kind `kCodes` is halves instead.
+/// * `kCodes`: bit c of `payload` is the child of code c, and all other values are missing. With
+///   `kSlow`, `payload` is halves. The group: as that of `kBinary`.
 /// * `kGeneral`: `payload` is the number of children, in its low half, and the child that takes
 /// what
 ///   no rule can place, in its high half. The group: the children, by position, with an end for
@@ -98,6 +102,9 @@ inline std::uint64_t CountTableSlots(bool ordered, std::uint32_t tableSize) {
   if (ordered) return tableSize;
   return (std::uint64_t{tableSize} + GeneralRule::kCodesPerSlot - 1) / GeneralRule::kCodesPerSlot;
 }
+
+/// How many codes halves tell of.
+constexpr std::uint32_t kCodesInHalf = 32;
 
 /// The child of a code in the table of a nominal rule. Requires a code within the table.
 inline std::uint32_t GetCodeChild(Slot const* table, std::uint32_t code) {

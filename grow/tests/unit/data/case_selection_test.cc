@@ -144,11 +144,17 @@ TEST(CaseSelection, RefusesWeightsThatAreInfiniteTogether) {
     std::vector<double> weight;
     char const* message;
   } const kRows[] = {
-      {"product", {1, 1e200, 1, 1, 1, 1}, {1, 1e200, 1, 1, 1, 1},
+      {"product",
+       {1, 1e200, 1, 1, 1, 1},
+       {1, 1e200, 1, 1, 1, 1},
        "columns \"frequency\" and \"weight\": case 1: 1e+200 times 1e+200 cannot be a weight"},
-      {"sum", {1, 1e200, 1, 1e200, 1, 1}, {1, 1e108, 1, 1e108, 1, 1},
+      {"sum",
+       {1, 1e200, 1, 1e200, 1, 1},
+       {1, 1e108, 1, 1e108, 1, 1},
        "columns \"frequency\" and \"weight\": the weights add up to more than a number can be"},
-      {"sum of one column", {1e308, 1e308, 1, 1, 1, 1}, {},
+      {"sum of one column",
+       {1e308, 1e308, 1, 1, 1, 1},
+       {},
        "columns \"frequency\" and \"weight\": the weights add up to more than a number can be"},
   };
   for (auto const& row : kRows) {
