@@ -243,7 +243,7 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindClassGroups(CaseLists const& li
   auto const improve = [&](MergedCategories const& merged, std::span<std::int64_t const> table) {
     return GiniOf(merged, table, layout_.GetRowSize(), weighted_ ? numClasses : 0, factors);
   };
-  auto const entryOf = [classes](std::size_t index) { return classes[index]; };
+  auto const entryOf = [classes](std::size_t index) { return std::size_t{classes[index]}; };
   auto const find = [&](auto const& add) {
     return FindGroups(lists, nodes, groups, entryOf, add, improve, workers);
   };
@@ -273,7 +273,7 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindNumberGroups(CaseLists const& l
   auto const improve = [&](MergedCategories const& merged, std::span<NumberSums const> table) {
     return SquaresBetween(merged, table) * scale;
   };
-  auto const entryOf = [](std::size_t) { return 0; };
+  auto const entryOf = [](std::size_t) { return std::size_t{0}; };
   return FindGroups(lists, nodes, NumberGroups(frequencies.unit), entryOf, add, improve, workers);
 }
 
