@@ -9,8 +9,10 @@
 #endif
 #include <immintrin.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <limits>
+#include <type_traits>
 
 #include "case_values.h"
 #include "routing.h"
@@ -51,14 +53,14 @@ class RowGather {
     }
   }
 
-  /// `places`: of the cases in the block.
-  TREE_AVX512_INLINE __m512d Get(__m256i places, __m256i predictors) const {
+  /// `places`: of the cases in the block. `lanes`: those that need a value.
+  TREE_AVX512_INLINE __m512d Get(__m256i places, __m256i predictors, __mmask8 lanes) const {
     __m256i const index = _mm256_add_epi32(_mm256_mullo_epi32(places, stride_), predictors);
     if constexpr (sizeof(Value) == sizeof(double)) {
-      return _mm512_mask_i32gather_pd(_mm512_setzero_pd(), kAll, index, first_, 8);
+      return _mm512_mask_i32gather_pd(_mm512_setzero_pd(), lanes, index, first_, 8);
     } else {
       return _mm512_cvtps_pd(
-          _mm256_mmask_i32gather_ps(_mm256_setzero_ps(), kAll, index, first_, 4));
+          _mm256_mmask_i32gather_ps(_mm256_setzero_ps(), lanes, index, first_, 4));
     }
   }
 
@@ -80,7 +82,8 @@ class ColumnGather {
   // Columns are read one after the other, which the processor foresees.
   TREE_AVX512_INLINE void Prefetch(std::uint32_t /*place*/, std::uint32_t /*count*/) const {}
 
-  TREE_AVX512_INLINE __m512d Get(__m256i places, __m256i predictors) const {
+  // Deliberate: nothing is read for other lanes, whose columns may not be there.
+  TREE_AVX512_INLINE __m512d Get(__m256i places, __m256i predictors, __mmask8 lanes) const {
     static_assert(offsetof(Column, values) == 0 && sizeof(Column) == 5 * sizeof(void*));
     __m256i const index = _mm256_add_epi32(predictors, _mm256_slli_epi32(predictors, 2));
     __m512i const columns = Gather64(index, columns_);
@@ -88,10 +91,10 @@ class ColumnGather {
     __m512i const addresses = _mm512_add_epi64(_mm512_add_epi64(columns, rows),
                                                _mm512_set1_epi64(static_cast<long long>(begin_)));
     if constexpr (sizeof(Value) == sizeof(double)) {
-      return _mm512_mask_i64gather_pd(_mm512_setzero_pd(), kAll, addresses, nullptr, 1);
+      return _mm512_mask_i64gather_pd(_mm512_setzero_pd(), lanes, addresses, nullptr, 1);
     } else {
       return _mm512_cvtps_pd(
-          _mm512_mask_i64gather_ps(_mm256_setzero_ps(), kAll, addresses, nullptr, 1));
+          _mm512_mask_i64gather_ps(_mm256_setzero_ps(), lanes, addresses, nullptr, 1));
     }
   }
 
@@ -151,7 +154,7 @@ class VectorScorer {
       for (std::uint32_t level = 0; level < levels_.count; ++level) {
 #pragma GCC unroll 8
         for (std::uint32_t vector = 0; vector < kVectors; ++vector) {
-          group.nodes[vector] = Take<true>(group.nodes[vector], group.places[vector]).next;
+          group.nodes[vector] = Take<true>(group.nodes[vector], group.places[vector], kAll).next;
         }
       }
       if (!levels_.isWholeTree) {
@@ -183,14 +186,14 @@ class VectorScorer {
   }
 
   template <bool Plain>
-  TREE_AVX512_INLINE Steps Take(__m256i nodes, __m256i places) const {
+  TREE_AVX512_INLINE Steps Take(__m256i nodes, __m256i places, __mmask8 lanes) const {
     __m256i const index = _mm256_add_epi32(nodes, nodes);
     __m512i const payloads = Gather64(index, slots_);
     __m512i const rest = Gather64(index, &slots_->link);
     __m256i const links = _mm512_cvtepi64_epi32(rest);
     __m256i const words = _mm512_cvtepi64_epi32(_mm512_srli_epi64(rest, 32));
     __m256i const predictors = _mm256_and_si256(words, Broadcast(Slot::kPredictorMask));
-    __m512d const values = gather_.Get(places, predictors);
+    __m512d const values = gather_.Get(places, predictors, lanes);
     auto right = static_cast<unsigned int>(
         _mm512_cmp_pd_mask(values, _mm512_castsi512_pd(payloads), _CMP_NLE_UQ));
     unsigned int areSlow = 0;
@@ -200,13 +203,13 @@ class VectorScorer {
       constexpr std::uint32_t kGeneralBit = KindBits(Kind::kGeneral);
       static_assert(KindBits(Kind::kEnd) == (kCodesBit | kGeneralBit));
       areSlow = Test(words, kGeneralBit);
-      areCodes = Test(words, kCodesBit);
+      areCodes = Test(words, kCodesBit) & lanes;
     }
     if constexpr (Missing::kMayMiss) {
       unsigned int areMissing =
           _mm512_cmp_pd_mask(values, _mm512_set1_pd(missingValue_), _CMP_EQ_OQ);
       if constexpr (Missing::kHasNulls) {
-        areMissing |= _mm512_cmp_pd_mask(values, values, _CMP_UNORD_Q);
+        areMissing |= FindNulls(values);
         right = (right & ~areMissing) | (areMissing & Test(words, Slot::kMissingRight));
       } else {
         right ^= areMissing & Test(words, Slot::kDetour);
@@ -214,15 +217,27 @@ class VectorScorer {
       if constexpr (!Plain) areSlow |= areMissing & Test(words, Slot::kSlow);
     }
     if constexpr (!Plain) {
-      Sides const byCode = FindSidesByCode(values, payloads, words);
-      right = (right & ~areCodes) | (byCode.right & areCodes);
-      areSlow |= byCode.areUnknown & areCodes;
+      // In trees without sets of codes this is never so, and in others it hardly ever is not.
+      if (areCodes != 0) {
+        Sides const byCode = FindSidesByCode(values, payloads, words);
+        right = (right & ~areCodes) | (byCode.right & areCodes);
+        areSlow |= byCode.areUnknown & areCodes;
+      }
     }
     unsigned int const leftEnds = Test(words, Slot::kLeftEnds);
     unsigned int const rightEnds = Test(words, Slot::kRightEnds);
     return {_mm256_mask_add_epi32(links, static_cast<__mmask8>(right), links, Broadcast(1)),
             static_cast<__mmask8>((right & rightEnds) | (~right & leftEnds)),
             static_cast<__mmask8>(areSlow)};
+  }
+
+  TREE_AVX512_INLINE static unsigned int FindNulls(__m512d values) {
+    if constexpr (std::is_same_v<Missing, MissingOrNan>) {
+      return _mm512_cmp_pd_mask(values, values, _CMP_UNORD_Q);
+    } else {
+      return _mm512_cmpeq_epi64_mask(_mm512_castpd_si512(values),
+                                     _mm512_set1_epi64(static_cast<long long>(kNullBits)));
+    }
   }
 
   // Where lanes would go if they were at nodes with sets of codes.
@@ -248,8 +263,9 @@ class VectorScorer {
       anyMoving = 0;
 #pragma GCC unroll 8
       for (std::uint32_t vector = 0; vector < kVectors; ++vector) {
-        unsigned int const areMoving = group.areMoving[vector];
-        Steps const steps = Take<Plain>(group.nodes[vector], group.places[vector]);
+        __mmask8 const lanes = group.areMoving[vector];
+        unsigned int const areMoving = lanes;
+        Steps const steps = Take<Plain>(group.nodes[vector], group.places[vector], lanes);
         unsigned int const areFast = areMoving & ~static_cast<unsigned int>(steps.areSlow);
         __m256i next =
             _mm256_mask_mov_epi32(group.nodes[vector], static_cast<__mmask8>(areFast), steps.next);
@@ -266,8 +282,11 @@ class VectorScorer {
   }
 
   // Moves these lanes one by one, and gives those of them that have not ended.
-  TREE_AVX512 __attribute__((noinline)) unsigned int MoveSlowly(unsigned int lanes, __m256i& nodes,
-                                                                __m256i places) const {
+  // Flattened: what it calls is then compiled for AVX-512 as a part of it, and to change between
+  // such instructions and older ones takes long.
+  TREE_AVX512 __attribute__((noinline, flatten)) unsigned int MoveSlowly(unsigned int lanes,
+                                                                         __m256i& nodes,
+                                                                         __m256i places) const {
     alignas(32) std::uint32_t laneNodes[kLanes];
     alignas(32) std::uint32_t lanePlaces[kLanes];
     _mm256_store_si256(reinterpret_cast<__m256i*>(laneNodes), nodes);
@@ -296,6 +315,50 @@ template <class Missing, class Values, class Gather>
 TREE_AVX512 void Score(FlatTree const& tree, Cases const& cases, std::size_t const* /*selection*/,
                        std::size_t begin, std::uint32_t size, std::uint32_t* positions) {
   VectorScorer<Missing, Values, Gather>(tree, cases, begin).Run(size, positions);
+}
+
+// Columns of any kind are copied to rows, of a few cases at a time, so that they stay in the
+// fastest cache.
+constexpr std::uint32_t kCopiedCases = 2 * kVectors * kLanes;
+constexpr std::uint32_t kMaxCopiedPredictors = 64;
+// More values than this for each level of the tree may take longer to copy than to look at one by
+// one.
+constexpr std::uint32_t kMaxCopiesPerLevel = 3;
+
+bool AreFewToCopy(FlatTree const& tree) {
+  std::uint32_t const numPredictors = tree.GetHeader().numPredictors;
+  if (numPredictors > kMaxCopiedPredictors) return false;
+  std::uint32_t numTested = 0;
+  for (std::uint32_t predictor = 0; predictor < numPredictors; ++predictor) {
+    if (tree.Tests(predictor)) ++numTested;
+  }
+  return numTested <= kMaxCopiesPerLevel * tree.GetHeader().depth;
+}
+
+// `rows`: of all predictors, of which those that the tree tests are written.
+void CopyToRows(FlatTree const& tree, Cases const& cases, std::size_t begin, std::uint32_t size,
+                double* rows) {
+  AnyColumnValues const values(cases);
+  std::uint32_t const numPredictors = tree.GetHeader().numPredictors;
+  for (std::uint32_t predictor = 0; predictor < numPredictors; ++predictor) {
+    if (!tree.Tests(predictor)) continue;
+    for (std::uint32_t place = 0; place < size; ++place) {
+      rows[place * numPredictors + predictor] = values.Get(begin + place, predictor);
+    }
+  }
+}
+
+TREE_AVX512 void ScoreCopies(FlatTree const& tree, Cases const& cases,
+                             std::size_t const* /*selection*/, std::size_t begin,
+                             std::uint32_t size, std::uint32_t* positions) {
+  alignas(64) double rows[kCopiedCases * kMaxCopiedPredictors];
+  Cases const copies = Cases::OfRows(rows, kCopiedCases, tree.GetHeader().numPredictors);
+  for (std::uint32_t place = 0; place < size; place += kCopiedCases) {
+    std::uint32_t const count = std::min(kCopiedCases, size - place);
+    CopyToRows(tree, cases, begin + place, count, rows);
+    VectorScorer<MissingOrNull, RowValues<double>, RowGather<double>>(tree, copies, 0)
+        .Run(count, positions + place);
+  }
 }
 
 template <class Values, class Gather>
@@ -341,6 +404,7 @@ ScoreBlock ChooseAvx512ScoreBlock(FlatTree const& tree, Cases const& cases, bool
     case Layout::kFloatColumns:
       return Choose<ColumnValues<float>, ColumnGather<float>>(missing);
     case Layout::kAny:
+      if (AreFewToCopy(tree)) return &ScoreCopies;
       break;
   }
   return nullptr;

@@ -48,9 +48,9 @@ class DamagedBlock {
             .SurrogateAt(1, 1.0)
             .Classes({3.0, 4.0})
             .Build();
-    BlockMemory block = Flatten(*root);
-    bytes_.assign(block.GetData(), block.GetData() + block.GetSize());
+    Hold(*root);
   }
+  explicit DamagedBlock(NodeImp const& root) { Hold(root); }
 
   BlockHeader& GetHeader() { return *reinterpret_cast<BlockHeader*>(bytes_.data()); }
   Slot& GetSlot(std::size_t index) {
@@ -69,8 +69,31 @@ class DamagedBlock {
   }
 
  private:
+  void Hold(NodeImp const& root) {
+    BlockMemory block = Flatten(root);
+    bytes_.assign(block.GetData(), block.GetData() + block.GetSize());
+  }
+
   std::vector<std::byte> bytes_;
 };
+
+/// Its slots: 0 a node with codes that keeps cases, over the ends 1 and 2; 3 the end of the cases
+/// that stay, and 4 and 5 the surrogates, one with codes and one with a cut point.
+DamagedBlock MakeBlockOfCodes() {
+  auto rule = std::make_unique<NSplitRule>(0, 3);
+  rule->SetCatMapping(1, 0);
+  rule->SetCatMapping(2, 1);
+  auto surrogate = std::make_unique<NSplitRule>(1, 2);
+  surrogate->SetCatMapping(1, 1);
+  auto const root =
+      ANode(1)
+          .SplitBy(std::move(rule), ANode(2).Classes({1.0, 2.0}), ANode(3).Classes({1.0, 2.0}))
+          .Surrogate(std::move(surrogate))
+          .SurrogateAt(2, 1.0)
+          .Classes({3.0, 4.0})
+          .Build();
+  return DamagedBlock(*root);
+}
 
 struct Damage {
   char const* name;
@@ -183,6 +206,28 @@ TEST(FlatTree, RefusesSlotsThatCannotBeFollowed) {
   }
 }
 
+TEST(FlatTree, RefusesANodeWithCodesThatCannotBeFollowed) {
+  std::vector<Damage> const damages = {
+      {"no end to stay at", [](DamagedBlock& b) { b.GetSlot(3).word &= ~Slot::kKindMask; },
+       "slot 0 keeps cases where none can end"},
+      {"a surrogate's predictor", [](DamagedBlock& b) { b.GetSlot(4).word |= 77; },
+       "slot 0 tests a predictor beyond the last one"},
+      {"surrogates without a last one", [](DamagedBlock& b) { b.GetSlot(5).word &= ~Slot::kLast; },
+       "slot 0 refers to what is beyond the last slot"},
+      {"surrogates of nobody", [](DamagedBlock& b) { b.GetSlot(0).word &= ~Slot::kSlow; },
+       "slot 3 belongs to no node"},
+  };
+  ASSERT_EQ(MakeBlockOfCodes().Read(), "accepted");
+  for (Damage const& each : damages) {
+    SCOPED_TRACE(each.name);
+    DamagedBlock block = MakeBlockOfCodes();
+    each.work(block);
+    block.Sign();
+
+    EXPECT_THAT(block.Read(), HasSubstr(each.reason));
+  }
+}
+
 TEST(FlatTree, RefusesABlockWithoutARoot) {
   DamagedBlock block;
   block.GetHeader().numSlots = 0;
@@ -222,7 +267,7 @@ TEST(FlatTree, IsSafeToScoreWithWheneverItIsAccepted) {
   std::mt19937 engine(1);
   int numAccepted = 0;
   for (int round = 0; round < 20000; ++round) {
-    DamagedBlock block;
+    DamagedBlock block = round % 2 == 0 ? DamagedBlock() : MakeBlockOfCodes();
     auto const numChanges = 1 + engine() % 3;
     for (unsigned int change = 0; change < numChanges; ++change) {
       std::size_t const place = 16 + engine() % (block.GetBytes().size() - 16);

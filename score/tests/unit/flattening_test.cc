@@ -87,6 +87,36 @@ TEST(Flattening, HoldsFewCodesInTheNode) {
   EXPECT_EQ(Flatten(*root).GetSize(), sizeof(BlockHeader) + 3 * 16);
 }
 
+TEST(Flattening, HoldsFewerCodesInANodeWithSurrogates) {
+  struct Case {
+    char const* name;
+    int highestCode;
+    int surrogatesHighestCode;
+    std::size_t numSlots;
+  };
+  // A table takes two slots and one for each four codes.
+  constexpr Case kCases[] = {
+      {"few of both", 31, 31, 4},
+      {"too many of the rule", 32, 31, 3 + (2 + 9) + (2 + 8)},
+      {"too many of the surrogate", 31, 32, 3 + (2 + 8) + (2 + 9)},
+  };
+  for (Case const& each : kCases) {
+    SCOPED_TRACE(each.name);
+    auto rule = std::make_unique<NSplitRule>(0, 64);
+    rule->SetCatMapping(each.highestCode, 1);
+    auto surrogate = std::make_unique<NSplitRule>(1, 64);
+    surrogate->SetCatMapping(each.surrogatesHighestCode, 1);
+    auto const root =
+        ANode(1)
+            .SplitBy(std::move(rule), ANode(2).Regression(1.0, 1.0), ANode(3).Regression(1.0, 2.0))
+            .Surrogate(std::move(surrogate))
+            .Dumb(0)
+            .Build();
+
+    EXPECT_EQ(Flatten(*root).GetSize(), sizeof(BlockHeader) + each.numSlots * 16);
+  }
+}
+
 TEST(Flattening, CountsWhatItHolds) {
   auto const root = ANode(1)
                         .SplitAt(4, 1.0, ANode(2).Classes({1.0, 3.0}, 1),

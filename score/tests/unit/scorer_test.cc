@@ -98,6 +98,64 @@ TEST(Scorer, KeepsCasesThatNoRuleCanPlaceAtTheirNode) {
   EXPECT_THAT(FindIds(scorer, Cases::OfRows(rows, 2, 2)), ElementsAre(3, 4));
 }
 
+// Node 1 sends code 0 to 2 and code 31 to 3; else predictor 1 sends code 31 to 2 and code 2 to 3,
+// and then predictor 2 values up to 0.5 to 3 and those above to 2. Node 3 sends values up to 0 of
+// predictor 2 to 4; else, where it is missing, predictor 0 sends code 31 to 5.
+TEST(Scorer, AsksSurrogatesOfEitherKindForEitherKindOfRule) {
+  struct Case {
+    char const* name;
+    double values[3];
+    std::uint32_t id;
+  };
+  double const missing = systemMissingValue();
+  Case const cases[] = {
+      {"a code of the rule", {0.0, 2.0, 0.5}, 2},
+      {"minus zero", {-0.0, 2.0, 0.5}, 2},
+      {"the highest code of the rule", {31.0, 31.0, 1.0}, 5},
+      {"the highest code of the rule, then lower", {31.0, 31.0, -1.0}, 4},
+      {"a code without a child", {1.0, 31.0, 0.0}, 2},
+      {"a code beyond those that fit", {32.0, 2.0, 0.0}, 4},
+      {"a code beyond all", {64.0, 2.0, 1.0}, 5},
+      {"a fraction", {0.5, 31.0, 0.0}, 2},
+      {"a negative code", {-1.0, 31.0, 0.0}, 2},
+      {"not a number", {kNan, 2.0, 0.0}, 4},
+      {"infinity", {kInfinity, 31.0, 0.0}, 2},
+      {"a value beyond all integers", {1e300, 31.0, 0.0}, 2},
+      {"no code of the surrogate either", {1.0, 0.0, 0.5}, 5},
+      {"no code of the surrogate either, above", {1.0, 0.0, 0.6}, 2},
+      {"a surrogate's code beyond those that fit", {1.0, 63.0, 0.6}, 2},
+      {"nothing", {missing, missing, missing}, 1},
+      {"only what a cut's surrogate knows", {31.0, 0.0, missing}, 5},
+      {"nothing at the cut", {7.0, 2.0, missing}, 3},
+  };
+  auto rule = std::make_unique<NSplitRule>(0, 40);
+  rule->SetCatMapping(0, 0);
+  rule->SetCatMapping(31, 1);
+  auto byCode = std::make_unique<NSplitRule>(1, 40);
+  byCode->SetCatMapping(31, 0);
+  byCode->SetCatMapping(2, 1);
+  auto reversed = std::make_unique<OSplitRule>(missing, 2);
+  reversed->SetCutPoint(0.5);
+  reversed->SetReverse();
+  auto ofCut = std::make_unique<NSplitRule>(0, 32);
+  ofCut->SetCatMapping(31, 1);
+  auto const root =
+      ANode(1)
+          .SplitBy(std::move(rule), ANode(2),
+                   ANode(3).SplitAt(2, 0.0, ANode(4), ANode(5)).Surrogate(std::move(ofCut)))
+          .Surrogate(std::move(byCode))
+          .Surrogate(std::move(reversed))
+          .Build();
+  Scorer const scorer = Scorer::FromTree(*root);
+  for (Case const& each : cases) {
+    SCOPED_TRACE(each.name);
+
+    EXPECT_EQ(root->DropObservationThroughTree(each.values, nullptr)->GetId(), each.id);
+    EXPECT_THAT(FindIds(scorer, Cases::OfRows(each.values, 1, 3)), ElementsAre(each.id));
+    EXPECT_EQ(scorer.GetId(scorer.FindPosition(each.values)), each.id);
+  }
+}
+
 TEST(Scorer, TakesNanForAValueAboveAllOthers) {
   auto const root = MakeTree();
   Scorer const scorer = Scorer::FromTree(*root);
@@ -124,6 +182,39 @@ TEST(Scorer, ReadsBitmapsFromTheLowestBitOn) {
   Column const columns[] = {Column(ages), Column(heights).WithValidity(bits, 6)};
 
   EXPECT_THAT(FindIds(scorer, Cases::OfColumns(columns, 2, 3)), ElementsAre(4, 3, 5));
+}
+
+// More predictors, and then more cases, than are copied at a time.
+TEST(Scorer, ReadsColumnsOfManyKinds) {
+  constexpr std::size_t kNumCases = 1000;
+  std::vector<double> doubles;
+  std::vector<float> floats;
+  std::vector<std::int32_t> codes;
+  std::vector<std::uint32_t> expected;
+  for (std::size_t row = 0; row < kNumCases; ++row) {
+    doubles.push_back(static_cast<double>(row));
+    floats.push_back(static_cast<float>(row % 10));
+    codes.push_back(static_cast<std::int32_t>(row % 3));
+    bool const isLow = row <= 499;
+    expected.push_back(isLow ? (row % 3 == 1 ? 5 : 4) : (row % 10 <= 4 ? 6 : 7));
+  }
+  for (int const last : {2, 63, 64, 200}) {
+    SCOPED_TRACE(last);
+    auto rule = std::make_unique<NSplitRule>(1, 3);
+    for (int code = 0; code < 3; ++code) rule->SetCatMapping(code, code == 1 ? 1 : 0);
+    auto const root = ANode(1)
+                          .SplitAt(0, 499.0, ANode(2).SplitBy(std::move(rule), ANode(4), ANode(5)),
+                                   ANode(3).SplitAt(last, 4.0, ANode(6), ANode(7)))
+                          .Build();
+    std::vector<Column> columns(static_cast<std::size_t>(last) + 1);
+    columns[0] = Column(doubles.data());
+    columns[1] = Column(codes.data());
+    columns.back() = Column(floats.data());
+    Scorer const scorer = Scorer::FromTree(*root);
+
+    EXPECT_EQ(FindIds(scorer, Cases::OfColumns(columns.data(), columns.size(), kNumCases)),
+              expected);
+  }
 }
 
 TEST(Scorer, ReadsColumnsBackwards) {
@@ -162,6 +253,23 @@ TEST(Scorer, DoesNotNeedColumnsThatTheTreeDoesNotAskFor) {
   Column const columns[] = {Column(), Column(), Column(values)};
 
   EXPECT_THAT(FindIds(scorer, Cases::OfColumns(columns, 3, 2)), ElementsAre(2, 3));
+}
+
+TEST(Scorer, DoesNotNeedSuchColumnsForCasesThatHaveEndedEither) {
+  auto const root =
+      ANode(1)
+          .SplitAt(1, 1.0, ANode(2),
+                   ANode(3).SplitAt(1, 2.0, ANode(4), ANode(5).SplitAt(1, 3.0, ANode(6), ANode(7))))
+          .Build();
+  Scorer const scorer = Scorer::FromTree(*root);
+  double const doubles[] = {0.0, 3.5, 2.0, 3.0};
+  float const floats[] = {0.0F, 3.5F, 2.0F, 3.0F};
+  std::int32_t const codes[] = {0, 4, 2, 3};
+  for (Column const& column : {Column(doubles), Column(floats), Column(codes)}) {
+    Column const columns[] = {Column(), column};
+
+    EXPECT_THAT(FindIds(scorer, Cases::OfColumns(columns, 2, 4)), ElementsAre(2, 7, 4, 6));
+  }
 }
 
 TEST(Scorer, ScoresByATreeOfOneNode) {
