@@ -79,7 +79,9 @@ double PeakMegabytes() {
   return static_cast<double>(usage.ru_maxrss) / 1024.0;
 }
 
-void Grow(Columns& columns, std::size_t numNominal, bool classes, char** options) {
+/// `kind`: what is grown: number or class, by CART, or quest.
+void Grow(Columns& columns, std::size_t numNominal, std::string const& kind, char** options) {
+  bool const classes = kind != "number";
   if (classes) {
     for (double& value : columns[kNumPredictors]) value = value > 0.0 ? 1.0 : 0.0;
   }
@@ -98,20 +100,28 @@ void Grow(Columns& columns, std::size_t numNominal, bool classes, char** options
     }
   }
   CoreSettingsImp const core = MakeCoreSettings(data, roles);
-  std::unique_ptr<CartSettings> settings;
-  if (classes) {
+  int const numSurrogates = std::atoi(options[3]);
+  std::unique_ptr<AlgSettings> settings;
+  if (kind == "quest") {
+    auto quest = std::make_unique<QuestSettingsImp>(core);
+    quest->GetPriors()->Set(PriorTypeAlternate);
+    quest->SetMaxNumSurrogates(numSurrogates);
+    settings = std::move(quest);
+  } else if (classes) {
     auto ofClasses = std::make_unique<CCartSettingsImp>(core);
     ofClasses->GetPriors()->Set(PriorTypeAlternate);
+    ofClasses->SetMaxNumSurrogates(numSurrogates);
     settings = std::move(ofClasses);
   } else {
-    settings = std::make_unique<RCartSettingsImp>(core);
+    auto ofNumbers = std::make_unique<RCartSettingsImp>(core);
+    ofNumbers->SetMaxNumSurrogates(numSurrogates);
+    settings = std::move(ofNumbers);
   }
   int const leaf = std::atoi(options[1]);
   settings->GetStopRule()->SetMaxTreeDepth(std::atoi(options[0]));
   settings->GetStopRule()->SetMinNodeSize(2 * leaf);
   settings->GetStopRule()->SetMinChildSize(leaf);
   settings->GetStopRule()->SetMinImprovement(0.0);
-  settings->SetMaxNumSurrogates(std::atoi(options[3]));
   settings->SetMaxNumCompetitors(std::atoi(options[4]) + 1);
 
   double const before = PeakMegabytes();
@@ -162,7 +172,7 @@ int main(int argc, char** argv) {
             argv[2]);
     } else if (what == "grow" && argc == 11) {
       Columns columns = Read(argv[2], std::strtoul(argv[3], nullptr, 10));
-      Grow(columns, std::strtoul(argv[4], nullptr, 10), std::string(argv[5]) == "class", argv + 6);
+      Grow(columns, std::strtoul(argv[4], nullptr, 10), argv[5], argv + 6);
     } else if (what == "write-csv" && argc == 5) {
       std::size_t const numNominal = std::strtoul(argv[4], nullptr, 10);
       WriteCsv(MakeData(std::strtoul(argv[3], nullptr, 10), numNominal), numNominal, argv[2]);
