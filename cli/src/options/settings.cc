@@ -189,6 +189,10 @@ std::unique_ptr<AlgSettings> MakeChaidSettings(Options const& options, CoreSetti
     auto forClasses = std::make_unique<CChaidSettingsImp>(core);
     ChaidOptions const& chaid = options.chaid;
     Classes const classes(target);
+    if (chaid.chiSquare && target.level == global::MeasurementOrdinal) {
+      Refuse("--chi-square", "target " + Quoted(target.name) +
+                                 " is ordinal, and so is tested by the scores of its classes");
+    }
     if (chaid.chiSquare) forClasses->SetChiSquareMethod(*chaid.chiSquare);
     if (chaid.epsilon) forClasses->SetConvergenceEpsilon(*chaid.epsilon);
     if (chaid.maxNumIterations) forClasses->SetMaxNumIterations(*chaid.maxNumIterations);

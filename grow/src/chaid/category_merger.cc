@@ -131,9 +131,11 @@ void CategoryMerger<Groups>::MergeByLevel() {
   UpdateAllPairs();
   GroupPair pair;
   while (pairs_.GetGroups().size() > 2 && pairs_.FindLeastSignificant(pair) &&
-         pairs_.LogPOf(pair) > logAlphaOfMerge_) {
+         (pairs_.LogPOf(pair) > logAlphaOfMerge_ ||
+          pairs_.GetGroups().size() > settings_.maxNumGroups)) {
     Join(pair);
-    if (settings_.allowSplitMerge && SplitAgain(pair.first)) {
+    bool const mayGrow = pairs_.GetGroups().size() < settings_.maxNumGroups;
+    if (settings_.allowSplitMerge && mayGrow && SplitAgain(pair.first)) {
       UpdatePairs(std::array{pair.first, split_.GetSecond().front()});
     } else {
       UpdatePairs(std::array{pair.first});
@@ -145,13 +147,15 @@ template <class Groups>
 void CategoryMerger<Groups>::MergeExhaustively() {
   UpdateAllPairs();
   steps_.clear();
-  double bestLogP = LogP(groups_.Test(pairs_.GetGroups()));
+  auto const isAllowed = [&] { return pairs_.GetGroups().size() <= settings_.maxNumGroups; };
+  double bestLogP = isAllowed() ? LogP(groups_.Test(pairs_.GetGroups())) : 0.0;
   std::size_t bestStep = 0;
   GroupPair pair;
   while (pairs_.GetGroups().size() > 2 && pairs_.FindLeastSignificant(pair)) {
     Join(pair);
     steps_.push_back(pair);
     UpdatePairs(std::array{pair.first});
+    if (!isAllowed()) continue;
     double const logP = LogP(groups_.Test(pairs_.GetGroups()));
     if (logP <= bestLogP) {
       bestLogP = logP;

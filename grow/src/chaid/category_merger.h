@@ -16,12 +16,13 @@ namespace tree::grow {
 
 /// How categories are merged.
 struct MergeSettings {
-  double alphaOfMerge = 0.05;        ///< pairs are merged whose p-value is above it
-  double alphaOfMergeSplit = 0.025;  ///< merged groups are split at most at this p-value
-  bool allowSplitMerge = false;      ///< whether merged groups are split again
-  bool exhaustive = false;           ///< the method of Biggs et al.; the above do not matter then
-  bool useBonferroni = true;         ///< whether the p-value is adjusted
-  double minChildSize = 1.0;         ///< of a group, in cases
+  double alphaOfMerge = 0.05;         ///< pairs are merged whose p-value is above it
+  double alphaOfMergeSplit = 0.025;   ///< merged groups are split at most at this p-value
+  bool allowSplitMerge = false;       ///< whether merged groups are split again
+  bool exhaustive = false;            ///< the method of Biggs et al.; the above do not matter then
+  bool useBonferroni = true;          ///< whether the p-value is adjusted
+  double minChildSize = 1.0;          ///< of a group, in cases
+  std::size_t maxNumGroups = 0xFFFF;  ///< merging goes on until there are no more; at least 2
 };
 
 /// Groups of categories.

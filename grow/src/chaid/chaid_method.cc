@@ -164,10 +164,13 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
     CaseLists const& lists, std::span<GrowingNode const> nodes, Groups const& groups,
     EntryOf const& entryOf, Add const& add, Improve const& improve, Workers& workers) const {
   using Entry = typename Groups::Entry;
-  MergeSettings const settings{
-      settings_.GetAlphaOfMerge(),     settings_.GetAlphaOfMergeSplit(),
-      settings_.GetAllowSplitMerge(),  settings_.GetSplitMergeMethod() == SplitMergeMethod1,
-      settings_.GetUseBonferroniAdj(), minChildSize_};
+  MergeSettings const settings{settings_.GetAlphaOfMerge(),
+                               settings_.GetAlphaOfMergeSplit(),
+                               settings_.GetAllowSplitMerge(),
+                               settings_.GetSplitMergeMethod() == SplitMergeMethod1,
+                               settings_.GetUseBonferroniAdj(),
+                               minChildSize_,
+                               kMaxChildren};
   std::size_t const numPredictors = layout_.GetNumPredictors();
   std::size_t numInNodes = 0;
   for (GrowingNode const& node : nodes) numInNodes += node.ranges.places.Size();
@@ -188,11 +191,11 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
     std::vector<Entry> table(tableSize);  // of one node
     auto const merge = [&](std::size_t node) {
       MergedCategories const& merged = merger.Merge(table, kind, predictor.hasMissing);
-      if (merged.numGroups < 2 || merged.numGroups > kMaxChildren) return;
+      if (merged.numGroups < 2) return;
       found[node * numPredictors + position] = {merged, improve(merged, table)};
     };
-    constexpr std::size_t kMaxEntries = std::size_t{1} << 22;
-    if (readsAll && tableSize * (nodes.size() + 1) <= kMaxEntries) {
+    constexpr std::size_t kMaxBytes = std::size_t{1} << 25;
+    if (readsAll && tableSize * (nodes.size() + 1) <= kMaxBytes / sizeof(Entry)) {
       std::size_t const allSize = (nodes.size() + 1) * rowSize;
       std::vector<Entry> tables(tableSize / rowSize * allSize);  // [category][node]
       ForSlices(data_.GetNumCases(), workers, [&](std::size_t begin, std::size_t end) {

@@ -106,9 +106,15 @@ TreeGrower::Algorithm MakeChaid(AlgSettings const& settings, int numIntervals) {
       throw InputError("there is no chi-square method " + std::to_string(method) +
                        "; 0 is Pearson's, 1 the likelihood ratio");
     }
+    if (classes->GetMaxNumIterations() < 1) {
+      throw InputError("an iterative estimate takes at least 1 iteration, and the settings allow " +
+                       std::to_string(classes->GetMaxNumIterations()));
+    }
     CheckScores(*classes->GetScores());
     algorithm.priors = classes->GetPriors();
     algorithm.costs = classes->GetCost();
+  } else if (chaid.GetType() == AlgCChaid) {
+    throw InputError("CHAID for classes needs CChaidSettingsImp, which has priors");
   }
   algorithm.makeMethod = [&chaid](TrainingData const& data, ClassModel const* classes,
                                   double minChildSize, double totalWeight) {

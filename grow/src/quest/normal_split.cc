@@ -95,6 +95,11 @@ double BoundaryOf(Superclass const& low, Superclass const& high) {
 /// The same for superclasses with the same mean: the lower one of two points as far from it; none
 /// where one of them is more probable everywhere.
 std::optional<double> LowerBoundaryOf(Superclass const& first, Superclass const& second) {
+  // Next to a superclass that does not vary, as in `BoundaryOf`.
+  double const spread = std::sqrt(std::max(first.variance, second.variance));
+  if (!(std::min(first.variance, second.variance) > 0.0)) {
+    return spread > 0.0 ? std::optional(first.mean - 1e-6 * spread) : std::nullopt;
+  }
   // x^2 (1 / a - 1 / b) = 2 (log p ratio - log s ratio)
   double const excess = 2.0 * std::log(first.probability / second.probability) -
                         std::log(first.variance / second.variance);

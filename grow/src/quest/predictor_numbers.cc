@@ -23,7 +23,11 @@ PredictorNumbers::PredictorNumbers(TrainingData const& data, std::size_t predict
   GrowingPredictor const& description = data.GetPredictors()[predictor];
   double least = HUGE_VAL;
   double greatest = -HUGE_VAL;
+  bool hasLow = false;
+  bool hasHigh = false;
   auto const take = [&](double value) {
+    hasLow = hasLow || value == -HUGE_VAL;
+    hasHigh = hasHigh || value == HUGE_VAL;
     if (!std::isfinite(value)) return;
     least = std::min(least, value);
     greatest = std::max(greatest, value);
@@ -35,7 +39,12 @@ PredictorNumbers::PredictorNumbers(TrainingData const& data, std::size_t predict
       if (!description.column->IsMissing(row)) take(description.column->values[row]);
     }
   }
-  if (!(least <= greatest)) return;
+  if (!(least <= greatest)) least = greatest = 0.0;
+  // Infinite values lie as far beyond the finite ones as these lie apart.
+  double const range = greatest - least;
+  double const beyond = range > 0.0 && std::isfinite(4.0 * range) ? range : 1.0;
+  if (hasLow) least -= beyond;
+  if (hasHigh) greatest += beyond;
   least_ = least;
   greatest_ = greatest;
   centre_ = least / 2.0 + greatest / 2.0;

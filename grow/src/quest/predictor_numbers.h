@@ -10,7 +10,7 @@ namespace tree::grow {
 /// The values of an ordered predictor as whole multiples of a power of two from a centre, so that
 /// sums of them and of their squares are exact, and no order of the cases changes them. Values are
 /// rounded to a share of 2^-40 of their range, or more where weights are great; infinite ones are
-/// taken for the greatest or least finite one.
+/// taken to lie as far beyond the finite ones as these lie apart.
 class PredictorNumbers {
  public:
   PredictorNumbers() = default;
@@ -22,7 +22,7 @@ class PredictorNumbers {
   double GetUnit() const { return unit_; }
 
  private:
-  double least_ = 0.0;  // of the finite values
+  double least_ = 0.0;
   double greatest_ = 0.0;
   double centre_ = 0.0;
   double unit_ = 1.0;

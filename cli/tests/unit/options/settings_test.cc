@@ -261,7 +261,6 @@ TEST(MakeSettings, SetsHowChaidMerges) {
   options.chaid.alphaOfMerge = 0.2;
   options.chaid.alphaOfResplit = 0.15;
   options.chaid.hasNoBonferroni = true;
-  options.chaid.chiSquare = static_cast<ChiSquareMethod>(1);
   options.chaid.epsilon = 0.5;
   options.chaid.maxNumIterations = 7;
   options.stop.maxDepth = 9;
@@ -275,10 +274,22 @@ TEST(MakeSettings, SetsHowChaidMerges) {
   EXPECT_TRUE(settings.GetAllowSplitMerge());
   EXPECT_FALSE(settings.GetUseBonferroniAdj());
   EXPECT_EQ(settings.GetSplitMergeMethod(), SplitMergeMethod0);
-  EXPECT_EQ(static_cast<int>(settings.GetChiSquareMethod()), 1);
   EXPECT_EQ(settings.GetConvergenceEpsilon(), 0.5);
   EXPECT_EQ(settings.GetMaxNumIterations(), 7);
   EXPECT_EQ(settings.GetStopRule()->GetMaxTreeDepth(), 9);
+}
+
+TEST(MakeSettings, TestsByChiSquareWhatHasNoOrder) {
+  Options options = ForChaid("class");
+  options.chaid.chiSquare = static_cast<ChiSquareMethod>(1);
+
+  std::unique_ptr<AlgSettings> const made = Make(options);
+
+  EXPECT_EQ(static_cast<int>(dynamic_cast<CChaidSettings const&>(*made).GetChiSquareMethod()), 1);
+  options.variables.target = "rating";
+  EXPECT_EQ(RefusalOf(options),
+            "--chi-square: target \"rating\" is ordinal, and so is tested by the scores of its "
+            "classes");
 }
 
 TEST(MakeSettings, MergesExhaustivelyWhereToldTo) {

@@ -122,8 +122,8 @@ struct LeftOutCases {
 class TREE_API CaseSelection {
  public:
   /// Picks the cases of `data` that count. Refuses, by `InputError`, what `MakeCoreSettings`
-  /// refuses, infinite weights (`CaseError`), and weights that are infinite once they are multiplied
-  /// or added up.
+  /// refuses, infinite weights (`CaseError`), and weights that are infinite once they are
+  /// multiplied or added up.
   CaseSelection(DataSet const& data, CaseRoles const& roles);
 
   /// The rows of the sample's cases in the data set, ascending.

@@ -297,6 +297,38 @@ TEST(ChaidGrower, RefusesAChiSquareMethodThatDoesNotExist) {
   }
 }
 
+TEST(ChaidGrower, MakesNoMoreChildrenThanASplitCanHave) {
+  for (bool const ordinal : {true, false}) {
+    std::vector<double> numbers;
+    std::vector<double> values;
+    for (int i = 0; i < 3000; ++i) {
+      values.push_back(i % 300);
+      numbers.push_back(i % 2 * 1000.0 + i % 300 * 7.0 + i / 300 * 0.001);
+    }
+    SampleData data(3000);
+    data.Numbers(numbers);
+    ordinal ? data.Ordinal(values) : data.Nominal(values);
+    auto settings = data.LooseSettings<RChaidSettingsImp>();
+    settings.SetMaxNominalPredCategories(1000);
+    for (SplitMergeMethod const method : {SplitMergeMethod0, SplitMergeMethod1}) {
+      settings.SetSplitMergeMethod(method);
+
+      auto const grower = Grown(data, settings);
+
+      EXPECT_GT(RootOf(*grower).GetNumChildren(), 100);
+      EXPECT_LE(RootOf(*grower).GetNumChildren(), 254);
+    }
+  }
+}
+
+TEST(ChaidGrower, RefusesEstimatesWithoutIterations) {
+  SampleData const data = MakeCells({{0, 10, 7}, {1, 10, 4}}, global::MeasurementNominal);
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
+  settings.SetMaxNumIterations(0);
+
+  EXPECT_THROW(data.Make(settings), InputError);
+}
+
 TEST(ChaidGrower, RefusesAScoreThatIsNotFinite) {
   SampleData const data = MakeCells({{0, 10, 7}, {1, 10, 4}}, global::MeasurementNominal);
   auto settings = data.LooseSettings<CChaidSettingsImp>();

@@ -162,7 +162,8 @@ std::string Validated(SampleData const& data, Settings settings, ValidationType 
       << " + " << grower->GetNumCases(TestSample) << " cases, risk "
       << grower->GetStatistics()->GetRisk() << ' ' << grower->GetStatistics()->GetStdError();
   for (PruningStep const& step : steps) {
-    out << '\n' << step.numTerminalNodes << ' ' << step.complexity << ' ' << step.risk << ' '
+    out << '\n'
+        << step.numTerminalNodes << ' ' << step.complexity << ' ' << step.risk << ' '
         << step.stdError;
   }
   return out.str();

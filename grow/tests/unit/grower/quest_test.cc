@@ -149,6 +149,25 @@ TEST(QuestGrower, TakesInfiniteValuesForTheGreatestOnes) {
   EXPECT_TRUE(std::isfinite(CutOf(*grower)));
 }
 
+TEST(QuestGrower, SplitsPredictorsWithInfiniteValuesOnly) {
+  std::vector<double> values;
+  for (int i = 0; i < 100; ++i) values.push_back(i % 2 == 0 ? 0.0 : HUGE_VAL);
+  SampleData data(100);
+  data.Classes(AlternatingClasses(100)).Ordered(values);
+
+  EXPECT_EQ(RootOf(*Grown(data, SettingsOf(data))).GetNumChildren(), 2);
+}
+
+TEST(QuestGrower, SplitsBesideAClassThatDoesNotVary) {
+  // Class 0 is 0; class 1 is -1 or 1, and has the same mean.
+  std::vector<double> values;
+  for (int i = 0; i < 200; ++i) values.push_back(i % 2 == 0 ? 0.0 : i % 4 - 2.0);
+  SampleData data(200);
+  data.Classes(AlternatingClasses(200)).Ordered(values);
+
+  EXPECT_EQ(Grown(data, SettingsOf(data))->GetNumNodes(TerminalNodes), 3);
+}
+
 TEST(QuestGrower, DoesNotSplitWhereNothingVaries) {
   SampleData data(40);
   data.Classes(AlternatingClasses(40))

@@ -61,14 +61,14 @@ TEST(PredictorNumbers, LeaveRoomForSquaresOfDifferencesTimesWeights) {
   EXPECT_NEAR(numbers.ValueOf(static_cast<double>(numbers.Of(3.0))), 3.0, 1e-4);
 }
 
-TEST(PredictorNumbers, TakeInfinityForTheFarthestValue) {
+TEST(PredictorNumbers, PutInfiniteValuesBeyondTheFiniteOnes) {
   double const infinity = std::numeric_limits<double>::infinity();
   PreparedSample const prepared(MakeSample({1.0, infinity, 2.0, -infinity}));
 
   PredictorNumbers const numbers(prepared.GetData(), 0);
 
-  EXPECT_EQ(numbers.Of(infinity), numbers.Of(2.0));
-  EXPECT_EQ(numbers.Of(-infinity), numbers.Of(1.0));
+  EXPECT_NEAR(numbers.ValueOf(static_cast<double>(numbers.Of(infinity))), 3.0, 1e-9);
+  EXPECT_NEAR(numbers.ValueOf(static_cast<double>(numbers.Of(-infinity))), 0.0, 1e-9);
 }
 
 TEST(PredictorNumbers, KnowOneValueAndNone) {
