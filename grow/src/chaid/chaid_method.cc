@@ -1,6 +1,7 @@
 #include "chaid/chaid_method.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <numeric>
 #include <utility>
@@ -111,6 +112,35 @@ void MapMissing(SplitRuleImp& rule, int child) {
   if (!isLast) rule.ReorderMappings(swapped);
 }
 
+/// So many predictors are counted in one pass over the cases: where each case adds is then read
+/// less often, and what one predictor adds need not wait for what it added just before.
+constexpr std::size_t kCountedTogether = 2;
+
+/// A predictor whose tables of all nodes are being filled.
+template <class Entry>
+struct CountedPredictor {
+  Entry* table;  // [category][entry of a node]
+  std::uint16_t const* codes;
+  std::uint16_t missingRow;  // the category of missing values
+};
+
+/// Adds the cases from `begin` to `end` to the tables of `Number` predictors. `entries`: where in a
+/// row each case adds; `stride`: the size of a row.
+template <std::size_t Number, class Entry, class Add>
+void CountCases(CountedPredictor<Entry> const* predictors, std::span<std::uint32_t const> entries,
+                std::size_t stride, std::size_t begin, std::size_t end, Add const& add) {
+  // Copies that no sum can be taken for, so that they stay in registers.
+  std::array<CountedPredictor<Entry>, Number> counted;
+  std::copy_n(predictors, Number, counted.begin());
+  std::uint32_t const* const entryInRow = entries.data();
+  for (std::size_t index = begin; index < end; ++index) {
+    for (CountedPredictor<Entry> const& each : counted) {
+      std::size_t const row = std::min(each.codes[index], each.missingRow);
+      add(each.table + row * stride + entryInRow[index], index);
+    }
+  }
+}
+
 }  // namespace
 
 ChaidMethod::ChaidMethod(TrainingData const& data, ChaidSettings const& settings,
@@ -156,9 +186,9 @@ std::vector<std::uint32_t> ChaidMethod::EntriesOfCases(CaseLists const& lists,
 /// where in a row a case adds; `add`: adds it to the entry there; `improve`: what groups of the
 /// categories of a table improve.
 ///
-/// Where the nodes have most of the cases, all are read in their order, once for each predictor,
-/// and each case finds the entry of its node. Otherwise the cases of one node are read after those
-/// of another.
+/// Where the nodes have most of the cases, all are read in their order, once for some predictors
+/// together, and each case finds the entry of its node. Otherwise the cases of one node are read
+/// after those of another.
 template <class Groups, class EntryOf, class Add, class Improve>
 std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
     CaseLists const& lists, std::span<GrowingNode const> nodes, Groups const& groups,
@@ -171,63 +201,83 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
                                settings_.GetUseBonferroniAdj(),
                                minChildSize_,
                                kMaxChildren};
+  auto const& predictors = data_.GetPredictors();
+  std::size_t const rowSize = layout_.GetRowSize();
   std::size_t const numPredictors = layout_.GetNumPredictors();
+  std::vector<Found> found(nodes.size() * numPredictors);  // [node][predictor]
+  auto const merge = [&](std::size_t node, std::size_t predictor, CategoryMerger<Groups>& merger,
+                         std::vector<Entry> const& table) {
+    CategoryKind const kind =
+        predictors[predictor].IsNominal() ? CategoryKind::kNominal : CategoryKind::kOrdinal;
+    MergedCategories const& merged = merger.Merge(table, kind, predictors[predictor].hasMissing);
+    if (merged.numGroups < 2) return;
+    found[node * numPredictors + predictor] = {merged, improve(merged, table)};
+  };
+
+  std::vector<std::size_t> together;  // predictors whose tables of all nodes are made in one pass
+  std::vector<std::size_t> alone;
   std::size_t numInNodes = 0;
   for (GrowingNode const& node : nodes) numInNodes += node.ranges.places.Size();
   bool const readsAll = numInNodes >= data_.GetNumCases() / 4;
-  std::vector<std::uint32_t> const entries =
-      readsAll ? EntriesOfCases(lists, nodes, entryOf, workers) : std::vector<std::uint32_t>();
-  std::vector<Found> found(nodes.size() * numPredictors);  // [node][predictor]
-  workers.Run(numPredictors, [&](std::size_t position) {
-    GrowingPredictor const& predictor = data_.GetPredictors()[position];
-    if (!predictor.used) return;
-    CategoryMerger<Groups> merger(groups, settings);
-    CategoryKind const kind =
-        predictor.IsNominal() ? CategoryKind::kNominal : CategoryKind::kOrdinal;
-    std::size_t const rowSize = layout_.GetRowSize();
-    std::size_t const tableSize = layout_.GetSize(position);
-    std::uint16_t const* const codes = predictor.codes.data();
-    auto const missingRow = static_cast<std::uint16_t>(predictor.values.size());
-    std::vector<Entry> table(tableSize);  // of one node
-    auto const merge = [&](std::size_t node) {
-      MergedCategories const& merged = merger.Merge(table, kind, predictor.hasMissing);
-      if (merged.numGroups < 2) return;
-      found[node * numPredictors + position] = {merged, improve(merged, table)};
-    };
-    constexpr std::size_t kMaxBytes = std::size_t{1} << 25;
-    if (readsAll && tableSize * (nodes.size() + 1) <= kMaxBytes / sizeof(Entry)) {
-      std::size_t const allSize = (nodes.size() + 1) * rowSize;
-      std::vector<Entry> tables(tableSize / rowSize * allSize);  // [category][node]
-      ForSlices(data_.GetNumCases(), workers, [&](std::size_t begin, std::size_t end) {
-        // Copies that no sum can be taken for, so that they stay in registers.
-        Entry* const first = tables.data();
-        std::uint32_t const* const entryInRow = entries.data();
-        std::uint16_t const* const codeOf = codes;
-        std::uint16_t const lastRow = missingRow;
-        std::size_t const stride = allSize;
-        for (std::size_t index = begin; index < end; ++index) {
-          add(first + std::min(codeOf[index], lastRow) * stride + entryInRow[index], index);
-        }
-      });
-      for (std::size_t node = 0; node < nodes.size(); ++node) {
-        Entry const* row = tables.data() + node * rowSize;
-        for (std::size_t begin = 0; begin < tableSize; begin += rowSize, row += allSize) {
-          std::copy(row, row + rowSize, table.begin() + static_cast<std::ptrdiff_t>(begin));
-        }
-        merge(node);
-      }
-      return;
+  constexpr std::size_t kMaxBytes = std::size_t{1} << 25;
+  for (std::size_t predictor = 0; predictor < numPredictors; ++predictor) {
+    if (!predictors[predictor].used) continue;
+    std::size_t const size = layout_.GetSize(predictor) * (nodes.size() + 1) * sizeof(Entry);
+    (readsAll && size <= kMaxBytes ? together : alone).push_back(predictor);
+  }
+  std::vector<std::uint32_t> const entries = together.empty()
+                                                 ? std::vector<std::uint32_t>()
+                                                 : EntriesOfCases(lists, nodes, entryOf, workers);
+  std::size_t const allSize = (nodes.size() + 1) * rowSize;
+  std::size_t const numTasks = (together.size() + kCountedTogether - 1) / kCountedTogether;
+  workers.Run(numTasks, [&](std::size_t task) {
+    std::size_t const begin = task * kCountedTogether;
+    std::size_t const end = std::min(together.size(), begin + kCountedTogether);
+    std::vector<std::vector<Entry>> tables(end - begin);  // [predictor][category][node]
+    std::vector<CountedPredictor<Entry>> counted;
+    for (std::size_t position = begin; position < end; ++position) {
+      GrowingPredictor const& predictor = predictors[together[position]];
+      std::vector<Entry>& table = tables[position - begin];
+      table.resize(layout_.GetSize(together[position]) / rowSize * allSize);
+      counted.push_back({table.data(), predictor.codes.data(),
+                         static_cast<std::uint16_t>(predictor.values.size())});
     }
+    ForSlices(data_.GetNumCases(), workers, [&](std::size_t first, std::size_t last) {
+      if (counted.size() == kCountedTogether) {
+        CountCases<kCountedTogether>(counted.data(), entries, allSize, first, last, add);
+      } else {
+        for (CountedPredictor<Entry> const& each : counted) {
+          CountCases<1>(&each, entries, allSize, first, last, add);
+        }
+      }
+    });
+    CategoryMerger<Groups> merger(groups, settings);
+    for (std::size_t position = begin; position < end; ++position) {
+      std::vector<Entry> table(layout_.GetSize(together[position]));  // of one node
+      for (std::size_t node = 0; node < nodes.size(); ++node) {
+        Entry const* row = tables[position - begin].data() + node * rowSize;
+        for (auto to = table.begin(); to != table.end(); row += allSize) {
+          to = std::copy(row, row + rowSize, to);
+        }
+        merge(node, together[position], merger, table);
+      }
+    }
+  });
+  workers.Run(alone.size(), [&](std::size_t task) {
+    GrowingPredictor const& predictor = predictors[alone[task]];
+    auto const missingRow = static_cast<std::uint16_t>(predictor.values.size());
+    CategoryMerger<Groups> merger(groups, settings);
+    std::vector<Entry> table(layout_.GetSize(alone[task]));  // of one node
     for (std::size_t node = 0; node < nodes.size(); ++node) {
       std::fill(table.begin(), table.end(), Entry{});
       std::span<std::uint32_t const> const cases = lists.Cases(nodes[node].ranges);
       ForSlices(cases.size(), workers, [&](std::size_t begin, std::size_t end) {
         for (std::uint32_t const index : cases.subspan(begin, end - begin)) {
-          std::size_t const row = std::min(codes[index], missingRow);
+          std::size_t const row = std::min(predictor.codes[index], missingRow);
           add(table.data() + row * rowSize + entryOf(index), index);
         }
       });
-      merge(node);
+      merge(node, alone[task], merger, table);
     }
   });
   return found;

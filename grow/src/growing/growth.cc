@@ -145,45 +145,46 @@ void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<Growin
       parent.node->SetChild(static_cast<unsigned int>(position), child.release());
     }
   }
-  std::vector<std::vector<std::size_t>> sizes(block.size());
+  std::vector<std::vector<NodeSums>> sums(block.size());  // [parent][child]
   workers_.Run(block.size(), [&](std::size_t number) {
-    sizes[number].resize(static_cast<std::size_t>(block[number].node->GetNumChildren()));
-    if (sizes[number].empty()) return;
-    Range const places = block[number].ranges.places;
-    ForEachPolling(places.begin, places.end, workers_, [&](std::uint32_t place) {
-      if (childOf_[place] != kNoChild) ++sizes[number][childOf_[place]];
-    });
+    int const numChildren = block[number].node->GetNumChildren();
+    if (numChildren == 0) return;
+    sums[number] = SumChildren(data_, lists_, block[number].ranges, childOf_, numChildren);
   });
   workers_.Run(numPredictors, [&](std::size_t predictor) {
     for (std::size_t number = 0; number < block.size(); ++number) {
-      if (sizes[number].empty()) continue;
-      SummariseForChildren(data_, lists_, block[number].ranges, predictor, childOf_, sizes[number],
+      if (sums[number].empty()) continue;
+      SummariseForChildren(data_, lists_, block[number].ranges, predictor, childOf_, sums[number],
                            *block[number].node);
     }
   });
   std::vector<std::vector<GrowingNode>> families(block.size());
   std::vector<std::vector<NodeRanges>> ranges(block.size());
+  // What the cases are is not needed any more where none of the children goes on.
+  std::vector<char> goesOn(block.size());
   workers_.Run(block.size(), [&](std::size_t number) {
     GrowingNode const& parent = block[number];
     int const numChildren = parent.node->GetNumChildren();
     if (numChildren == 0) return;
-    ranges[number] = lists_.DivideCases(parent.ranges, childOf_, numChildren);
-    for (int position = 0; position < numChildren; ++position) {
-      NodeRanges const& ofChild = ranges[number][static_cast<std::size_t>(position)];
+    auto const divide = [&] {
+      ranges[number] = lists_.DivideCases(parent.ranges, childOf_, numChildren);
+    };
+    bool const readsCases = data_.GetNumClasses() == 0;
+    if (readsCases) divide();
+    for (std::size_t position = 0; position < sums[number].size(); ++position) {
       GrowingNode child{parent.node->GetChildImp(static_cast<unsigned int>(position)),
                         parent.level + 1,
                         {},
-                        SumCases(data_, lists_.Cases(ofChild))};
+                        std::move(sums[number][position])};
       workers_.Poll();
-      statistics_.Fill(*child.node, lists_.Cases(ofChild), child.sums);
+      statistics_.Fill(
+          *child.node,
+          readsCases ? lists_.Cases(ranges[number][position]) : std::span<std::uint32_t const>(),
+          child.sums);
+      if (IsOpen(child)) goesOn[number] = 1;
       families[number].push_back(std::move(child));
     }
-  });
-  // What the predictors are is not needed any more where none of the children goes on.
-  std::vector<char> goesOn(block.size());
-  std::transform(families.begin(), families.end(), goesOn.begin(), [this](auto const& family) {
-    return std::any_of(family.begin(), family.end(),
-                       [this](GrowingNode const& child) { return IsOpen(child); });
+    if (!readsCases && goesOn[number] != 0) divide();
   });
   workers_.Run(numPredictors, [&](std::size_t predictor) {
     std::vector<SortedCase> scratch;

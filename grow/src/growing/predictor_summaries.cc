@@ -17,10 +17,9 @@ void Summarise(NodeImp& node, std::size_t predictor, double minimum, double maxi
 /// Which codes of a coded predictor some cases have.
 class CodesPresent {
  public:
-  explicit CodesPresent(GrowingPredictor const& description)
-      : description_(description),
-        present_(description.values.size()),
-        numUnseen_(description.values.size() + (description.hasMissing ? 1U : 0U)) {}
+  /// `numCodes`: how many codes the cases can have, with that of missing values.
+  CodesPresent(GrowingPredictor const& description, std::size_t numCodes)
+      : description_(description), present_(description.values.size()), numUnseen_(numCodes) {}
 
   /// Gives whether nothing new can come: there are few codes, and mostly they are all seen soon.
   bool Add(std::uint16_t code) {
@@ -51,6 +50,27 @@ class CodesPresent {
   bool hasMissing_ = false;
   std::size_t numUnseen_;
 };
+
+/// How many codes of a coded predictor the cases of a node can have, with that of missing values.
+std::size_t NumCodesOf(NodeImp const& node, GrowingPredictor const& description,
+                       std::size_t predictor) {
+  auto const index = static_cast<int>(predictor);
+  bool hasMissing = false;
+  node.GetPredictorMissingValueFlag(index, &hasMissing);
+  std::size_t const numMissing = hasMissing ? 1 : 0;
+  if (description.IsNominal()) {
+    int count = 0;
+    node.GetNumPredictorValues(index, &count);
+    return static_cast<std::size_t>(count) + numMissing;
+  }
+  double minimum = 0.0;
+  double maximum = 0.0;
+  node.GetPredictorRange(index, &minimum, &maximum);
+  auto const& values = description.values;
+  return static_cast<std::size_t>(std::upper_bound(values.begin(), values.end(), maximum) -
+                                  std::lower_bound(values.begin(), values.end(), minimum)) +
+         numMissing;
+}
 
 /// The range of the values that some cases have of a predictor whose codes do not tell: one with
 /// intervals, or one that is not used.
@@ -120,7 +140,8 @@ void SummarisePredictor(TrainingData const& data, CaseLists const& lists, NodeRa
     return;
   }
   if (description.IsCoded()) {
-    CodesPresent present(description);
+    CodesPresent present(description,
+                         description.values.size() + (description.hasMissing ? 1U : 0U));
     PlacedCodes const codes = lists.Codes(predictor);
     for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
       if (present.Add(codes[place])) break;
@@ -140,14 +161,14 @@ void SummarisePredictor(TrainingData const& data, CaseLists const& lists, NodeRa
 
 void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
                           NodeRanges const& ranges, std::size_t predictor,
-                          ChildOfPlace const& childOf, std::vector<std::size_t> const& numInChild,
+                          ChildOfPlace const& childOf, std::vector<NodeSums> const& sums,
                           NodeImp& parent) {
   GrowingPredictor const& description = data.GetPredictors()[predictor];
   auto const childNode = [&](std::size_t child) -> NodeImp& {
     return *parent.GetChildImp(static_cast<unsigned int>(child));
   };
   if (NeedsValues(description)) {
-    std::vector<ValueRange> values(numInChild.size());
+    std::vector<ValueRange> values(sums.size());
     for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
       if (childOf[place] == kNoChild) continue;
       values[childOf[place]].Add(data, predictor, lists.CaseAt(place));
@@ -158,8 +179,9 @@ void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
     return;
   }
   if (description.IsCoded()) {
-    std::vector<CodesPresent> present(numInChild.size(), CodesPresent(description));
-    std::vector<char> isComplete(numInChild.size());
+    std::vector<CodesPresent> present(
+        sums.size(), CodesPresent(description, NumCodesOf(parent, description, predictor)));
+    std::vector<char> isComplete(sums.size());
     std::size_t numOpen = present.size();
     PlacedCodes const codes = lists.Codes(predictor);
     for (std::uint32_t place = ranges.places.begin; place < ranges.places.end && numOpen > 0;
@@ -177,10 +199,10 @@ void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
     return;
   }
   std::span<SortedCase const> const cases = lists.Sorted(ranges, predictor);
-  for (std::size_t child = 0; child < numInChild.size(); ++child) {
+  for (std::size_t child = 0; child < sums.size(); ++child) {
     auto const position = static_cast<std::uint8_t>(child);
     bool const hasMissing = cases.size() < ranges.places.Size() &&
-                            HasMissing(cases, position, numInChild[child], childOf);
+                            HasMissing(cases, position, sums[child].numCases, childOf);
     SummariseSorted(data, lists, cases, position, hasMissing, predictor, childOf, childNode(child));
   }
 }

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "growing/case_lists.h"
+#include "growing/node_sums.h"
 #include "tree/nodes.h"
 
 namespace tree::grow {
@@ -16,10 +17,10 @@ void SummarisePredictor(TrainingData const& data, CaseLists const& lists, NodeRa
                         std::size_t predictor, NodeImp& node);
 
 /// The same for the children that the cases of a node `ranges` are about to be divided among.
-/// `numInChild`: the number of cases of each.
+/// `sums`: of each of them. The parent has its own summary.
 void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
                           NodeRanges const& ranges, std::size_t predictor,
-                          ChildOfPlace const& childOf, std::vector<std::size_t> const& numInChild,
+                          ChildOfPlace const& childOf, std::vector<NodeSums> const& sums,
                           NodeImp& parent);
 
 }  // namespace tree::grow

@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "grow_testing/random_numbers.h"
 #include "grow_testing/sample.h"
 
 namespace tree::grow {
@@ -86,6 +87,44 @@ TEST(ClassWeightsOf, GivesWeightsInTheirOwnUnit) {
   PreparedSample const sample({.target = {0.0, 1.0, 1.0}, .weights = {0.5, 0.25, 1.5}});
 
   EXPECT_THAT(ClassWeightsOf(sample.GetData(), Sum(sample, {0, 1, 2})), ElementsAre(0.5, 1.75));
+}
+
+bool operator==(NodeSums const& left, NodeSums const& right) {
+  return left.numCases == right.numCases && left.size == right.size &&
+         left.weight == right.weight && left.classWeights == right.classWeights &&
+         left.weightedNumbers == right.weightedNumbers && left.least == right.least &&
+         left.greatest == right.greatest;
+}
+
+TEST(SumChildren, AddsUpTheCasesOfEachChildAsIfAlone) {
+  constexpr int kNumChildren = 4;
+  for (std::uint32_t seed = 1; seed <= 300; ++seed) {
+    SCOPED_TRACE(seed);
+    RandomNumbers random(seed);
+    std::size_t const count = 1 + random.Below(30);
+    Sample sample{.target = {}, .hasClasses = seed % 2 == 0};
+    ChildOfPlace childOf;
+    for (std::size_t index = 0; index < count; ++index) {
+      sample.target.push_back(random.Below(5));
+      if (seed % 3 == 1) sample.weights.push_back(1.0 + random.Below(7));
+      if (seed % 5 == 1) sample.frequencies.push_back(1.0 + random.Below(3));
+      std::uint32_t const child = random.Below(kNumChildren + 1);
+      childOf.push_back(child == kNumChildren ? kNoChild : static_cast<std::uint8_t>(child));
+    }
+    PreparedSample prepared(sample);
+    CaseLists const lists = prepared.MakeLists();
+
+    std::vector<NodeSums> const children =
+        SumChildren(prepared.GetData(), lists, lists.GetRoot(), childOf, kNumChildren);
+
+    for (std::uint8_t child = 0; child < kNumChildren; ++child) {
+      std::vector<std::uint32_t> cases;
+      for (std::uint32_t index = 0; index < count; ++index) {
+        if (childOf[index] == child) cases.push_back(index);
+      }
+      EXPECT_TRUE(children[child] == Sum(prepared, cases)) << "child " << int{child};
+    }
+  }
 }
 
 }  // namespace

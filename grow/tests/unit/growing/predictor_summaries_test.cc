@@ -5,6 +5,7 @@
 #include <memory>
 #include <numeric>
 #include <set>
+#include <utility>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -56,26 +57,28 @@ Summary OfRoot(std::vector<double> const& values, bool nominal, Form form = Form
   return SummaryOf(node, 0);
 }
 
-/// Of as many children as are named.
+/// Of as many children as are named. `included`: the cases of the parent, as for `CaseLists`.
 std::vector<Summary> OfChildren(std::vector<double> const& values, bool nominal, Form form,
-                                ChildOfPlace const& childOf, std::size_t numChildren) {
+                                ChildOfPlace const& childOf, int numChildren,
+                                std::vector<std::uint8_t> const& included = {}) {
   PreparedSample sample(
       {.target = std::vector<double>(values.size()), .predictors = {{values, nominal}}}, form);
-  CaseLists const lists = sample.MakeLists();
+  CaseLists const lists(std::as_const(sample).GetData(), included, sample.GetWorkers());
   auto const parent = std::make_unique<NodeImp>();
-  parent->SetNumChildren(static_cast<int>(numChildren));
-  std::vector<std::size_t> sizes(numChildren);
-  for (unsigned int child = 0; child < numChildren; ++child) {
+  parent->SetNumPredictors(1);
+  SummarisePredictor(sample.GetData(), lists, lists.GetRoot(), 0, *parent);
+  parent->SetNumChildren(numChildren);
+  for (int child = 0; child < numChildren; ++child) {
     auto node = std::make_unique<NodeImp>();
     node->SetNumPredictors(1);
-    parent->SetChild(child, node.release());
-    sizes[child] = static_cast<std::size_t>(
-        std::count(childOf.begin(), childOf.end(), static_cast<std::uint8_t>(child)));
+    parent->SetChild(static_cast<unsigned int>(child), node.release());
   }
-  SummariseForChildren(sample.GetData(), lists, lists.GetRoot(), 0, childOf, sizes, *parent);
+  SummariseForChildren(sample.GetData(), lists, lists.GetRoot(), 0, childOf,
+                       SumChildren(sample.GetData(), lists, lists.GetRoot(), childOf, numChildren),
+                       *parent);
   std::vector<Summary> summaries;
-  for (unsigned int child = 0; child < numChildren; ++child) {
-    summaries.push_back(SummaryOf(*parent->GetChildImp(child), 0));
+  for (int child = 0; child < numChildren; ++child) {
+    summaries.push_back(SummaryOf(*parent->GetChildImp(static_cast<unsigned int>(child)), 0));
   }
   return summaries;
 }
@@ -150,6 +153,21 @@ TEST(SummariseForChildren, ListsTheCategoriesOfEachChild) {
       OfChildren({3.0, 1.0, 2.0, kMissing, 3.0}, true, Form::kAsItComes, {0, 1, 0, 2, 1}, 3),
       ::testing::ElementsAre(Summary{2.0, 3.0, false, {2.0, 3.0}},
                              Summary{1.0, 3.0, false, {1.0, 3.0}}, Summary{0.0, 0.0, true}));
+}
+
+TEST(SummariseForChildren, LooksNoFurtherThanForWhatTheParentHas) {
+  std::vector<double> const values = {9.0, 1.0, 2.0, 1.0, 2.0, kMissing};
+  std::vector<std::uint8_t> const included = {0, 1, 1, 1, 1, 0};
+  for (bool const nominal : {false, true}) {
+    SCOPED_TRACE(nominal ? "nominal" : "ordered");
+    std::vector<double> const both =
+        nominal ? std::vector<double>{1.0, 2.0} : std::vector<double>();
+    std::vector<double> const second = nominal ? std::vector<double>{2.0} : std::vector<double>();
+
+    EXPECT_THAT(
+        OfChildren(values, nominal, Form::kCoded, {0, 0, 0, 1}, 2, included),
+        ::testing::ElementsAre(Summary{1.0, 2.0, false, both}, Summary{2.0, 2.0, false, second}));
+  }
 }
 
 TEST(SummariseForChildren, GivesChildrenWithoutValuesAnEmptyRange) {
