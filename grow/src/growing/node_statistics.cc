@@ -82,12 +82,16 @@ std::unique_ptr<RegInfoImp> NodeStatistics::MakeRegInfo(NodeImp const& node,
   int const shift = ShiftOfDeviations(range, sums.weight);
   std::array<std::int64_t, kNumBins> bins{};
   WideInteger squares = 0;
+  bool const isNarrow = range <= std::numeric_limits<std::int64_t>::max() / kNumBins;
   for (std::uint32_t const index : cases) {
     std::int64_t const number = numbers.multiples[index];
     std::int64_t const weight = data_.GetWeights().Of(index);
     WideInteger const deviation = (number - wholeMean) / (std::int64_t{1} << shift);
     squares += deviation * deviation * weight;
-    auto const bin = static_cast<std::size_t>(WideInteger{number - minimum} * kNumBins / range);
+    std::int64_t const above = number - minimum;
+    auto const bin = static_cast<std::size_t>(
+        isNarrow ? above * kNumBins / range  // the same, where wide numbers would only take time
+                 : static_cast<std::int64_t>(WideInteger{above} * kNumBins / range));
     bins[std::min<std::size_t>(bin, kNumBins - 1)] += weight;
   }
   for (int bin = 0; bin < kNumBins; ++bin) {

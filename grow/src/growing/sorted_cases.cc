@@ -26,29 +26,40 @@ std::uint32_t DigitOf(std::uint32_t key, Digits digits, unsigned int shift) {
   return (key >> shift) & ((1U << digits.size) - 1U);
 }
 
-/// How many of the cases have each value of the digit.
-std::vector<std::uint32_t> CountDigits(std::vector<KeyedCase> const& cases, Digits digits,
-                                       unsigned int shift) {
-  std::vector<std::uint32_t> counts(std::size_t{1} << digits.size);
-  for (KeyedCase const item : cases) ++counts[DigitOf(item.key, digits, shift)];
+/// How many of the cases have each value of each digit, from the lowest digit up.
+using DigitCounts = std::vector<std::vector<std::uint32_t>>;
+
+DigitCounts CountDigits(std::vector<KeyedCase> const& cases, Digits digits) {
+  DigitCounts counts;
+  for (unsigned int shift = digits.begin; shift < 32; shift += digits.size) {
+    counts.emplace_back(std::size_t{1} << digits.size);
+  }
+  for (KeyedCase const item : cases) {
+    unsigned int shift = digits.begin;
+    for (auto& ofDigit : counts) {
+      ++ofDigit[DigitOf(item.key, digits, shift)];
+      shift += digits.size;
+    }
+  }
   return counts;
 }
 
 /// Whether so many cases share their highest digit that the second one would leave most together.
-bool AreClustered(std::vector<KeyedCase> const& cases) {
+bool AreClustered(std::vector<std::uint32_t> const& ofHighest, std::size_t numCases) {
   constexpr std::size_t kTimesMean = 64;
-  auto const counts = CountDigits(cases, kTwoDigits, kTwoDigits.begin + kTwoDigits.size);
-  return *std::max_element(counts.begin(), counts.end()) / kTimesMean >
-         cases.size() / counts.size();
+  return *std::max_element(ofHighest.begin(), ofHighest.end()) / kTimesMean >
+         numCases / ofHighest.size();
 }
 
 /// Sorts by the digits of the keys, from the lowest digit up; stable.
-void SortByDigits(std::vector<KeyedCase>& cases, Digits digits, Workers& workers) {
+void SortByDigits(std::vector<KeyedCase>& cases, Digits digits, DigitCounts counts,
+                  Workers& workers) {
   std::vector<KeyedCase> sorted(cases.size());
-  for (unsigned int shift = digits.begin; shift < 32; shift += digits.size) {
-    std::vector<std::uint32_t> places = CountDigits(cases, digits, shift);
+  unsigned int shift = digits.begin;
+  for (auto& places : counts) {
+    unsigned int const ofPass = std::exchange(shift, shift + digits.size);
     // Where all share the digit there is nothing to sort.
-    if (!cases.empty() && places[DigitOf(cases.front().key, digits, shift)] == cases.size()) {
+    if (!cases.empty() && places[DigitOf(cases.front().key, digits, ofPass)] == cases.size()) {
       continue;
     }
     std::uint32_t begin = 0;
@@ -56,7 +67,7 @@ void SortByDigits(std::vector<KeyedCase>& cases, Digits digits, Workers& workers
     ForSlices(cases.size(), workers, [&](std::size_t first, std::size_t last) {
       for (std::size_t place = first; place < last; ++place) {
         KeyedCase const item = cases[place];
-        sorted[places[DigitOf(item.key, digits, shift)]++] = item;
+        sorted[places[DigitOf(item.key, digits, ofPass)]++] = item;
       }
     });
     cases.swap(sorted);
@@ -77,19 +88,19 @@ class KeyScale {
     }
     if (minimum < maximum) {
       minimum_ = minimum;
-      half_ = maximum / 2.0 - minimum / 2.0;  // the whole range may be no number
-      if (!(half_ > 0.0)) half_ = 1.0;        // nor half of the smallest one
+      double const half = maximum / 2.0 - minimum / 2.0;  // the whole range may be no number
+      if (std::isnormal(half)) perUnit_ = 1.0 / half;     // nor one divided by the smallest ones
     }
   }
 
   std::uint32_t KeyOf(double value) const {
-    double const share = (value / 2.0 - minimum_ / 2.0) / half_;
+    double const share = (value / 2.0 - minimum_ / 2.0) * perUnit_;
     return static_cast<std::uint32_t>(std::clamp(share, 0.0, 1.0) * 4294967295.0);
   }
 
  private:
   double minimum_ = 0.0;
-  double half_ = 1.0;
+  double perUnit_ = 1.0;  // of half the range
 };
 
 }  // namespace
@@ -100,9 +111,13 @@ std::vector<SortedCase> SortCases(double const* values, std::vector<std::uint32_
   std::vector<KeyedCase> cases;
   cases.reserve(indexes.size());
   for (std::uint32_t const index : indexes) cases.push_back({scale.KeyOf(values[index]), index});
-  Digits const digits =
-      cases.size() > kManyCases || AreClustered(cases) ? kThreeDigits : kTwoDigits;
-  SortByDigits(cases, digits, workers);
+  Digits digits = kTwoDigits;
+  DigitCounts counts = CountDigits(cases, digits);
+  if (cases.size() > kManyCases || AreClustered(counts.back(), cases.size())) {
+    digits = kThreeDigits;
+    counts = CountDigits(cases, digits);
+  }
+  SortByDigits(cases, digits, std::move(counts), workers);
   workers.Poll();
 
   // What the digits do not tell apart is sorted by all of the key, and then by value.
