@@ -21,9 +21,11 @@ double LogOfLevel(double alpha) {
 }  // namespace
 
 template <class Groups>
-CategoryMerger<Groups>::CategoryMerger(Groups groups, MergeSettings const& settings)
+CategoryMerger<Groups>::CategoryMerger(Groups groups, MergeSettings const& settings,
+                                       Workers* workers)
     : groups_(std::move(groups)),
       settings_(settings),
+      workers_(workers),
       logAlphaOfMerge_(LogOfLevel(settings.alphaOfMerge)),
       logAlphaOfMergeSplit_(LogOfLevel(settings.alphaOfMergeSplit)) {}
 
@@ -65,8 +67,11 @@ void CategoryMerger<Groups>::ReturnToCategories() {
 
 template <class Groups>
 void CategoryMerger<Groups>::UpdatePairs(std::span<std::size_t const> changed) {
+  // Asking costs as much as a simple test.
+  constexpr std::size_t kTestsPerPoll = 64;
   pairs_.Update(changed,
                 [&](std::size_t first, std::size_t second) -> std::optional<TestStatistic> {
+                  if (workers_ != nullptr && ++numTests_ % kTestsPerPoll == 0) workers_->Poll();
                   if (!splitGroups_.empty() && WasSplit({first, second})) return std::nullopt;
                   return groups_.TestPair(first, second);
                 });

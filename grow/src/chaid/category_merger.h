@@ -11,6 +11,7 @@
 #include "chaid/group_pairs.h"
 #include "chaid/group_split.h"
 #include "chaid/number_groups.h"
+#include "growing/workers.h"
 
 namespace tree::grow {
 
@@ -55,7 +56,8 @@ struct MergedCategories {
 template <class Groups>
 class CategoryMerger {
  public:
-  CategoryMerger(Groups groups, MergeSettings const& settings);
+  /// `workers`: polled while many categories are merged; null for nobody. **Borrowed**.
+  CategoryMerger(Groups groups, MergeSettings const& settings, Workers* workers = nullptr);
 
   /// Merges. `table`: a row for each category. `kind`: which categories may merge. `floating`:
   /// whether the last category is that of the missing values, which may merge with any group; for
@@ -80,6 +82,8 @@ class CategoryMerger {
 
   Groups groups_;
   MergeSettings settings_;
+  Workers* workers_;
+  std::size_t numTests_ = 0;  // of pairs, so far
   double logAlphaOfMerge_;
   double logAlphaOfMergeSplit_;
 

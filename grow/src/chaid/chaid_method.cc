@@ -251,7 +251,7 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
         }
       }
     });
-    CategoryMerger<Groups> merger(groups, settings);
+    CategoryMerger<Groups> merger(groups, settings, &workers);
     for (std::size_t position = begin; position < end; ++position) {
       std::vector<Entry> table(layout_.GetSize(together[position]));  // of one node
       for (std::size_t node = 0; node < nodes.size(); ++node) {
@@ -266,7 +266,7 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
   workers.Run(alone.size(), [&](std::size_t task) {
     GrowingPredictor const& predictor = predictors[alone[task]];
     auto const missingRow = static_cast<std::uint16_t>(predictor.values.size());
-    CategoryMerger<Groups> merger(groups, settings);
+    CategoryMerger<Groups> merger(groups, settings, &workers);
     std::vector<Entry> table(layout_.GetSize(alone[task]));  // of one node
     for (std::size_t node = 0; node < nodes.size(); ++node) {
       std::fill(table.begin(), table.end(), Entry{});

@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "grow_testing/random_numbers.h"
+#include "grow_testing/sample.h"
 #include "unit/chaid/naive_chaid.h"
 
 namespace tree::grow {
@@ -663,6 +664,18 @@ TEST(CategoryMerger, MergesByTheWeightsOfTheCases) {
   MergedCategories const merged = merger.Merge(Flat(table), CategoryKind::kOrdinal, false);
 
   EXPECT_THAT(merged.groupOf, ElementsAre(0, 0, 1, 2));
+}
+
+TEST(CategoryMerger, EndsWhenItsUserHasHadEnough) {
+  Table table;
+  for (std::int64_t category = 0; category < 60; ++category) table.push_back(Percent(category));
+  Impatient listener;
+  Workers workers(1);
+  workers.Begin();
+  workers.SetListener(&listener);
+  CategoryMerger<ClassGroups> merger(ClassGroups({}, 2, false, 1.0), {}, &workers);
+
+  EXPECT_THROW(merger.Merge(Flat(table), CategoryKind::kNominal, false), Cancelled);
 }
 
 }  // namespace
