@@ -1,6 +1,7 @@
 #include "chaid/class_groups.h"
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 #include <iterator>
 #include <numeric>
@@ -8,6 +9,21 @@
 #include "cart/category_order.h"
 
 namespace tree::grow {
+namespace {
+
+/// The scores in a greater unit, a power of two, in which sums of them stay numbers.
+std::vector<double> BelowOne(std::vector<double> scores) {
+  int exponent = 0;
+  for (double const score : scores) {
+    int ofScore = 0;
+    std::frexp(score, &ofScore);
+    exponent = std::max(exponent, ofScore);
+  }
+  for (double& score : scores) score = std::ldexp(score, -exponent);
+  return scores;
+}
+
+}  // namespace
 
 ClassGroups::ClassGroups(ClassTestSettings const& settings, std::size_t numClasses, bool weighted,
                          double sizeUnit)
@@ -68,10 +84,9 @@ void ClassGroups::SortForCuts(std::vector<std::size_t>& categories) const {
   std::vector<double> scores(GetNumCategories());
   if (test_.GetSettings().kind == ClassTestKind::kRowEffects || numClasses_ == 2) {
     // By the mean score; of two classes without an order, by the share of the second.
-    std::vector<double> const shares = {0.0, 1.0};
-    std::vector<double> const& classScores = test_.GetSettings().kind == ClassTestKind::kRowEffects
-                                                 ? test_.GetSettings().scores
-                                                 : shares;
+    std::vector<double> const classScores = test_.GetSettings().kind == ClassTestKind::kRowEffects
+                                                ? BelowOne(test_.GetSettings().scores)
+                                                : std::vector<double>{0.0, 1.0};
     for (std::size_t const category : categories) {
       double const* const row = Category(category);
       scores[category] = std::inner_product(row, row + numClasses_, classScores.begin(), 0.0) /

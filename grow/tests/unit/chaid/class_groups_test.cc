@@ -107,6 +107,22 @@ TEST(ClassGroups, SortOrderedClassesByTheirMeanScores) {
   EXPECT_FALSE(groups.AreCutsBest());
 }
 
+TEST(ClassGroups, SortByScoresWhoseSumsAreNoNumbers) {
+  ClassTestSettings settings;
+  settings.kind = ClassTestKind::kRowEffects;
+  settings.scores = {-1.7e308, 0.0, 1.7e308};
+  ClassGroups groups(settings, 3, false, 1.0);
+  for (std::vector<std::int64_t> const& row :
+       {std::vector<std::int64_t>{5, 0, 9}, {5, 0, 0}, {0, 0, 9}, {9, 0, 5}}) {
+    groups.Append(row.data());
+  }
+  std::vector<std::size_t> categories = {0, 1, 2, 3};
+
+  groups.SortForCuts(categories);
+
+  EXPECT_THAT(categories, ElementsAre(1, 3, 0, 2));
+}
+
 TEST(ClassGroups, SortSomeCategoriesOfManyClasses) {
   ClassGroups const groups =
       GroupsOf({{9, 1, 1}, {0, 0, 7}, {1, 1, 9}, {7, 1, 2}, {3, 1, 4}}, ClassTestKind::kPearson, 3);
