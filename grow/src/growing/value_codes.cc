@@ -21,22 +21,6 @@ class ValueNumbers {
 
   /// The number of the value, which may be a new one.
   std::size_t NumberOf(double value) {
-    // Mostly values are small whole numbers.
-    if (value >= 0.0 && value < static_cast<double>(kNumSmall)) {
-      auto const whole = static_cast<std::uint32_t>(value);
-      if (static_cast<double>(whole) == value) {
-        if (small_[whole] == 0) small_[whole] = static_cast<std::uint32_t>(Search(value)) + 1;
-        return small_[whole] - 1;
-      }
-    }
-    return Search(value);
-  }
-  std::vector<double> const& GetValues() const { return values_; }
-
- private:
-  static constexpr std::size_t kNumSmall = 1024;
-
-  std::size_t Search(double value) {
     // Both zeros are one value: adding 0 makes them the same.
     auto const bits = std::bit_cast<std::uint64_t>(value + 0.0);
     constexpr std::uint64_t kGoldenRatio = 0x9E37'79B9'7F4A'7C15;
@@ -50,10 +34,10 @@ class ValueNumbers {
       if (values_[number - 1] == value) return number - 1;
     }
   }
+  std::vector<double> const& GetValues() const { return values_; }
 
-  // 1 more than the number; 0 where there is none yet.
-  std::array<std::uint32_t, kNumSmall> small_{};
-  std::vector<std::uint32_t> numbers_;
+ private:
+  std::vector<std::uint32_t> numbers_;  // 1 more than the number; 0 where there is none yet
   unsigned int shift_;
   std::vector<double> values_;  // by number
 };
@@ -79,33 +63,80 @@ ValueCodes Ordered(std::vector<std::uint16_t> numbers, std::vector<double> const
   return coded;
 }
 
+/// Visits the cases that have a value, with the value, until `visit` gives false. Gives whether it
+/// never did.
+template <class Visit>
+bool VisitValues(Column const& column, std::span<std::size_t const> rows, std::size_t numCases,
+                 Workers& workers, Visit const& visit) {
+  double const* const values = column.values;
+  double const missing = column.description.missingValue;
+  auto const visitSlice = [&](std::size_t begin, std::size_t end, auto const& rowOf) {
+    for (std::size_t index = begin; index < end; ++index) {
+      double const value = values[rowOf(index)];
+      if (value != missing && !visit(index, value)) return false;
+    }
+    return true;
+  };
+  bool goesOn = true;
+  ForSlices(numCases, workers, [&](std::size_t begin, std::size_t end) {
+    if (!goesOn) return;
+    goesOn = rows.empty() ? visitSlice(begin, end, [](std::size_t index) { return index; })
+                          : visitSlice(begin, end, [&](std::size_t index) { return rows[index]; });
+  });
+  return goesOn;
+}
+
+/// Small whole numbers, as categories and counts mostly are, stand for themselves until it is known
+/// which of them there are. Nothing where there are other values.
+std::optional<ValueCodes> CodeSmallNumbers(Column const& column, std::span<std::size_t const> rows,
+                                           std::size_t numCases, Workers& workers) {
+  constexpr std::uint32_t kNumSmall = 1024;
+  std::array<std::uint8_t, kNumSmall> isThere{};
+  ValueCodes coded;
+  coded.codes.assign(numCases, ValueCodes::kMissing);
+  bool const areSmall =
+      VisitValues(column, rows, numCases, workers,
+                  [&isThere, codes = coded.codes.data()](std::size_t index, double value) {
+                    if (!(value >= 0.0 && value < static_cast<double>(kNumSmall))) return false;
+                    auto const whole = static_cast<std::uint32_t>(value);
+                    if (static_cast<double>(whole) != value) return false;
+                    isThere[whole] = 1;
+                    codes[index] = static_cast<std::uint16_t>(whole);
+                    return true;
+                  });
+  if (!areSmall) return std::nullopt;
+  std::array<std::uint16_t, kNumSmall> codeOf{};
+  bool stay = true;
+  for (std::uint32_t whole = 0; whole < kNumSmall; ++whole) {
+    if (isThere[whole] == 0) continue;
+    stay = stay && coded.values.size() == whole;
+    codeOf[whole] = static_cast<std::uint16_t>(coded.values.size());
+    coded.values.push_back(whole);
+  }
+  if (stay) return coded;
+  for (std::uint16_t& code : coded.codes) {
+    if (code != ValueCodes::kMissing) code = codeOf[code];
+  }
+  return coded;
+}
+
 }  // namespace
 
 std::optional<ValueCodes> CodeFewValues(Column const& column, std::span<std::size_t const> rows,
                                         std::size_t numCases, std::size_t maxNumValues,
                                         Workers& workers) {
+  if (auto small = CodeSmallNumbers(column, rows, numCases, workers)) {
+    return small->values.size() <= maxNumValues ? std::move(small) : std::nullopt;
+  }
   ValueNumbers numbers(maxNumValues);
   std::vector<std::uint16_t> codes(numCases, ValueCodes::kMissing);
-  double const* const values = column.values;
-  double const missing = column.description.missingValue;
-  bool tooMany = false;
-  auto const code = [&](std::size_t begin, std::size_t end, auto const& rowOf) {
-    for (std::size_t index = begin; index < end && !tooMany; ++index) {
-      double const value = values[rowOf(index)];
-      if (value == missing) continue;
-      std::size_t const number = numbers.NumberOf(value);
-      tooMany = number >= maxNumValues;
-      codes[index] = static_cast<std::uint16_t>(number);
-    }
-  };
-  ForSlices(numCases, workers, [&](std::size_t begin, std::size_t end) {
-    if (rows.empty()) {
-      code(begin, end, [](std::size_t index) { return index; });
-    } else {
-      code(begin, end, [&](std::size_t index) { return rows[index]; });
-    }
-  });
-  if (tooMany) return std::nullopt;
+  bool const areFew =
+      VisitValues(column, rows, numCases, workers, [&](std::size_t index, double value) {
+        std::size_t const number = numbers.NumberOf(value);
+        codes[index] = static_cast<std::uint16_t>(number);
+        return number < maxNumValues;
+      });
+  if (!areFew) return std::nullopt;
   return Ordered(std::move(codes), numbers.GetValues());
 }
 
