@@ -38,7 +38,8 @@ double Product(Column const& frequency, Column const& caseWeight, std::size_t ro
 
 }  // namespace
 
-CaseSelection::CaseSelection(DataSet const& data, CaseRoles const& roles) {
+CaseSelection::CaseSelection(DataSet const& data, CaseRoles const& roles,
+                             std::function<void()> const& poll) {
   CheckRoles(data, roles);
   Column const& target = data.GetColumn(roles.target);
   Column const* const frequency = FindRole(data, roles.frequencyWeight);
@@ -46,7 +47,9 @@ CaseSelection::CaseSelection(DataSet const& data, CaseRoles const& roles) {
   Column const* const sample = FindRole(data, roles.sample);
 
   double sum = 0.0;  // of all weights
+  constexpr std::size_t kRowsPerPoll = std::size_t{1} << 20;
   for (std::size_t row = 0; row < data.GetNumCases(); ++row) {
+    if (poll && row % kRowsPerPoll == 0) poll();
     if (target.IsMissing(row)) {
       ++leftOut_.missingTarget;
     } else if (frequency != nullptr && !Weighs(*frequency, row)) {

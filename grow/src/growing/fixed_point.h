@@ -2,9 +2,15 @@
 #define TREE_GROW_SRC_GROWING_FIXED_POINT_H_
 
 #include <cstdint>
+#include <functional>
 #include <vector>
 
 namespace tree::grow {
+
+/// What takes long calls it now and then; it ends that by throwing.
+using PollFunction = std::function<void()>;
+/// Of those who wait for the end.
+inline void NoPoll() {}
 
 /// Wide enough for sums of weighted numbers, and of squares.
 __extension__ using WideInteger = __int128;
@@ -22,7 +28,7 @@ struct FixedWeights {
 /// Weights as multiples of 1, where all are whole numbers, or else of the smallest power of two
 /// that keeps their sum, in units, within 2^52 (and so a whole double): the greatest relative error
 /// of a sum is then 2^-53 times the number of cases. `weights`: above 0 and finite; may be empty.
-FixedWeights FixWeights(std::vector<double> const& weights);
+FixedWeights FixWeights(std::vector<double> const& weights, PollFunction const& poll = NoPoll);
 
 /// Numbers of cases as whole multiples of a power of two from a centre, for the same reason.
 struct FixedNumbers {
@@ -36,7 +42,8 @@ struct FixedNumbers {
 /// `values`: finite, one per case, with their `weights`. The unit is the smallest power of two with
 /// which the sum of all cases, or of all that they stand for where weights are whole numbers, stays
 /// below 2^61: for a million cases, the error of a value is less than 2^-41 of the range.
-FixedNumbers FixNumbers(std::vector<double> const& values, FixedWeights const& weights);
+FixedNumbers FixNumbers(std::vector<double> const& values, FixedWeights const& weights,
+                        PollFunction const& poll = NoPoll);
 
 }  // namespace tree::grow
 

@@ -72,15 +72,21 @@ class Workers {
   double fraction_ = 0.0;
 };
 
-/// Walks through 0 to `size` - 1 in slices, and polls between them: `visit` is called with the
-/// begin and the end of each slice. A slice takes a few milliseconds.
-template <class Visit>
-void ForSlices(std::size_t size, Workers& workers, Visit const& visit) {
+/// Walks through 0 to `size` - 1 in slices, and calls `poll` between them: `visit` is called with
+/// the begin and the end of each slice. A slice takes a few milliseconds.
+template <class Poll, class Visit>
+void ForSlices(std::size_t size, Poll const& poll, Visit const& visit) {
   constexpr std::size_t kSliceSize = std::size_t{1} << 20;
   for (std::size_t begin = 0; begin < size; begin += kSliceSize) {
-    if (begin != 0) workers.Poll();
+    if (begin != 0) poll();
     visit(begin, std::min(size, begin + kSliceSize));
   }
+}
+
+template <class Visit>
+void ForSlices(std::size_t size, Workers& workers, Visit const& visit) {
+  ForSlices(
+      size, [&workers] { workers.Poll(); }, visit);
 }
 
 /// The same for each number of a range on its own.

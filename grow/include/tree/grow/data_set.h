@@ -11,6 +11,7 @@
 /// Threads: concurrent const operations on an unchanged object are safe.
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -123,8 +124,9 @@ class TREE_API CaseSelection {
  public:
   /// Picks the cases of `data` that count. Refuses, by `InputError`, what `MakeCoreSettings`
   /// refuses, infinite weights (`CaseError`), and weights that are infinite once they are
-  /// multiplied or added up.
-  CaseSelection(DataSet const& data, CaseRoles const& roles);
+  /// multiplied or added up. `poll`: called every million rows; ends the picking by throwing.
+  CaseSelection(DataSet const& data, CaseRoles const& roles,
+                std::function<void()> const& poll = nullptr);
 
   /// The rows of the sample's cases in the data set, ascending.
   std::vector<std::size_t> const& GetRows(DataSample sample) const {
