@@ -94,6 +94,7 @@ class AnyColumnValues {
 /// Nothing is missing to a binary node.
 struct NeverMissing {
   static constexpr bool kMayMiss = false;
+  static constexpr bool kHasNulls = false;
   static bool IsMissing(double, double) { return false; }
   static bool IsNullValue(double) { return false; }
 };

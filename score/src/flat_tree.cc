@@ -102,6 +102,8 @@ class SlotCheck {
   std::uint32_t deepestEnd_ = 0;
   std::uint32_t highestSlow_ = kUnknown;
   std::uint32_t highestOther_ = kUnknown;
+  std::uint32_t highestBehind_ = kUnknown;  // of those that are not at the front
+  bool hasGeneral_ = false;
 };
 
 void SlotCheck::Run() {
@@ -128,6 +130,7 @@ void SlotCheck::CheckNode(std::uint32_t slot) {
     return;
   }
   CheckPredictor(slot, slots_[slot].word);
+  if (slot >= PlainLevels::kFrontSlots) highestBehind_ = std::min(highestBehind_, levels_[slot]);
   if (kind == Kind::kGeneral) {
     CheckGeneral(slot);
   } else {
@@ -166,9 +169,13 @@ void SlotCheck::CheckGeneral(std::uint32_t slot) {
   std::uint32_t const level = levels_[slot];
   std::uint32_t const numChildren = node.GetLow();
   highestOther_ = std::min(highestOther_, level);
+  hasGeneral_ = true;
   if (numChildren == 0 || node.GetHigh() >= numChildren) RefuseSlot(slot, "lacks a child");
   std::uint64_t next = node.link;
   for (std::uint32_t child = 0; child < numChildren; ++child) Claim(slot, next++, level + 1);
+  if (next < header_.numSlots && slots_[next].GetPredictor() != node.GetPredictor()) {
+    RefuseSlot(slot, "tests another predictor than its rule");
+  }
   bool isLast = false;
   while (!isLast) {
     Claim(slot, next, kNoNode);
@@ -243,8 +250,10 @@ PlainLevels SlotCheck::GetPlainLevels(bool mayMiss) const {
   std::uint32_t const highest = mayMiss ? std::min(highestOther_, highestSlow_) : highestOther_;
   PlainLevels levels;
   levels.hasOthersBelow = highest != kUnknown;
+  levels.hasGeneralBelow = hasGeneral_;
   levels.isWholeTree = !levels.hasOthersBelow && highestEnd_ == deepestEnd_;
   levels.count = levels.isWholeTree ? highestEnd_ : std::min(highest, highestEnd_ - 1);
+  levels.numAtFront = std::min(levels.count, highestBehind_);
   return levels;
 }
 

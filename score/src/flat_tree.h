@@ -39,9 +39,14 @@ static_assert(sizeof(BlockHeader) == 112);
 
 /// How far down nothing but plain binary nodes stand, at which cases just go one way or the other.
 struct PlainLevels {
-  std::uint32_t count = 0;      // levels that no case ends at either
-  bool isWholeTree = false;     // all cases end right below them
-  bool hasOthersBelow = false;  // nodes that are not plain
+  /// How many slots from the first one on are at the front.
+  static constexpr std::uint32_t kFrontSlots = 16;
+
+  std::uint32_t count = 0;       // levels that no case ends at either
+  std::uint32_t numAtFront = 0;  // of them, those down to which all nodes are at the front
+  bool isWholeTree = false;      // all cases end right below them
+  bool hasOthersBelow = false;   // nodes that are not plain
+  bool hasGeneralBelow = false;  // nodes of the kind `kGeneral`
 };
 
 /// Memory for a block, at the beginning of a line of the cache.

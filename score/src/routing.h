@@ -159,29 +159,36 @@ template <class Value>
   return FollowSlowly<MissingByValue>(slots, node, missingValue, row, 0);
 }
 
-/// The position at which one case ends. Nothing can be done for other cases
-/// while the way of this one is found out, so what is unlikely is left to branches: only a value
-/// that is `suspect`, bit by bit, may be missing.
+/// The first position from `position` on that is no plain node, or whose value is `suspect`, bit by
+/// bit. What is unlikely leaves the loop, so that a step is one taken branch.
 template <class Value>
-std::uint32_t FollowOne(FlatTree const& tree, Value const* values, Value suspect) {
+inline std::uint32_t SkipPlain(Slot const* slots, std::uint32_t position, Value const* values,
+                               Value suspect) {
   using Bits = std::conditional_t<sizeof(Value) == 8, std::uint64_t, std::uint32_t>;
   auto const suspectBits = std::bit_cast<Bits>(suspect);
-  Slot const* const slots = tree.GetSlots();
-  std::uint32_t position = 0;
   for (;;) {
     Slot const& node = slots[position];
-    if ((node.word & Slot::kKindMask) == 0) {
-      Value const& value = values[node.word & Slot::kPredictorMask];
-      if (std::bit_cast<Bits>(value) != suspectBits) {
-        position =
-            node.link + static_cast<std::uint32_t>(!(static_cast<double>(value) <= node.GetCut()));
-        continue;
-      }
-    } else if (node.GetKind() == Kind::kEnd) {
+    if ((node.word & Slot::kKindMask) != 0) [[unlikely]]
       return position;
-    }
-    position = FollowAny(tree, position, values);
+    Value const value = values[node.word & Slot::kPredictorMask];
+    if (std::bit_cast<Bits>(value) == suspectBits) [[unlikely]]
+      return position;
+    position =
+        node.link + static_cast<std::uint32_t>(!(static_cast<double>(value) <= node.GetCut()));
   }
+}
+
+/// The position at which one case ends. Nothing can be done for other cases
+/// while the way of this one is found out, so what is unlikely is left to branches: only a value
+/// that is `suspect` may be missing.
+template <class Value>
+std::uint32_t FollowOne(FlatTree const& tree, Value const* values, Value suspect) {
+  Slot const* const slots = tree.GetSlots();
+  std::uint32_t position = SkipPlain(slots, 0, values, suspect);
+  while (slots[position].GetKind() != Kind::kEnd) {
+    position = SkipPlain(slots, FollowAny(tree, position, values), values, suspect);
+  }
+  return position;
 }
 
 /// The position at which one case ends.

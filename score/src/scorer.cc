@@ -22,35 +22,41 @@ namespace {
 // What a thread takes at a time. A thread takes longer to start than to score so many cases.
 constexpr std::size_t kShareSize = 64 * kBlockSize;
 
+double PredictionOf(FlatTree const& tree, Slot const& end) {
+  if (tree.GetHeader().numClasses == 0) return end.GetCut();
+  return static_cast<std::int32_t>(end.GetLow());
+}
+
 /// Writes the answers for cases whose positions are known.
 class AnswerWriter {
  public:
-  AnswerWriter(Scorer const& scorer, Answers const& answers)
-      : scorer_(scorer), answers_(answers), numClasses_(scorer.GetNumClasses()) {}
+  AnswerWriter(FlatTree const& tree, Answers const& answers)
+      : tree_(tree), slots_(tree.GetSlots()), answers_(answers) {}
 
   void Write(std::uint32_t const* positions, std::size_t begin, std::uint32_t size) const {
     if (answers_.ids != nullptr) {
       for (std::uint32_t place = 0; place < size; ++place) {
-        answers_.ids[begin + place] = scorer_.GetId(positions[place]);
+        answers_.ids[begin + place] = slots_[positions[place]].link;
       }
     }
     if (answers_.predictions != nullptr) {
       for (std::uint32_t place = 0; place < size; ++place) {
-        answers_.predictions[begin + place] = scorer_.GetPrediction(positions[place]);
+        answers_.predictions[begin + place] = PredictionOf(tree_, slots_[positions[place]]);
       }
     }
     if (answers_.probabilities != nullptr) {
-      double* to = answers_.probabilities + begin * numClasses_;
-      for (std::uint32_t place = 0; place < size; ++place, to += numClasses_) {
-        std::copy_n(scorer_.GetProbabilities(positions[place]), numClasses_, to);
+      std::size_t const numClasses = tree_.GetHeader().numClasses;
+      double* to = answers_.probabilities + begin * numClasses;
+      for (std::uint32_t place = 0; place < size; ++place, to += numClasses) {
+        std::copy_n(tree_.GetProbabilities(slots_[positions[place]].GetHigh()), numClasses, to);
       }
     }
   }
 
  private:
-  Scorer const& scorer_;
+  FlatTree const& tree_;
+  Slot const* slots_;
   Answers const& answers_;
-  std::size_t numClasses_;
 };
 
 void CheckCases(FlatTree const& tree, Cases const& cases) {
@@ -182,7 +188,7 @@ void Scorer::Score(Cases const& cases, Answers const& answers, ScoreOptions cons
   CheckCases(*tree_, cases);
   CheckOptions(cases, options);
   CheckAnswers(*tree_, answers);
-  AnswerWriter const writer(*this, answers);
+  AnswerWriter const writer(*tree_, answers);
   Call(*tree_, writer, cases, answers.positions, options).Run(options.numThreads);
 }
 
@@ -199,9 +205,7 @@ std::uint32_t Scorer::GetId(std::uint32_t position) const noexcept {
 }
 
 double Scorer::GetPrediction(std::uint32_t position) const noexcept {
-  Slot const& end = tree_->GetSlots()[position];
-  if (GetNumClasses() == 0) return end.GetCut();
-  return static_cast<std::int32_t>(end.GetLow());
+  return PredictionOf(*tree_, tree_->GetSlots()[position]);
 }
 
 double const* Scorer::GetProbabilities(std::uint32_t position) const noexcept {

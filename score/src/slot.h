@@ -33,6 +33,7 @@ enum class Kind : std::uint32_t {
 /// what
 ///   no rule can place, in its high half. The group: the children, by position, with an end for
 ///   cases that stay behind them where there are any, then rules (`GeneralRule`) up to the last.
+///   The predictor is that of the first rule.
 /// * `kEnd`: `payload` is the prediction, or, in a tree with class probabilities, the predicted
 /// class
 ///   in its low half and the place of the probabilities in its high half; `link` the identifier.

@@ -19,6 +19,25 @@ using namespace tree::score;
 constexpr std::size_t kNumCases = 40;
 
 template <class Value>
+void ScoreColumns(Scorer const& scorer, std::vector<Value> const& rows,
+                  std::vector<std::uint32_t> const& expected) {
+  std::size_t const numPredictors = scorer.GetNumPredictors();
+  std::vector<std::vector<Value>> values(numPredictors, std::vector<Value>(kNumCases));
+  std::vector<Column> columns;
+  for (std::size_t predictor = 0; predictor < numPredictors; ++predictor) {
+    for (std::size_t row = 0; row < kNumCases; ++row) {
+      values[predictor][row] = rows[row * numPredictors + predictor];
+    }
+    columns.emplace_back(values[predictor].data());
+  }
+  std::vector<std::uint32_t> positions(kNumCases);
+  Answers answers;
+  answers.positions = positions.data();
+  scorer.Score(Cases::OfColumns(columns.data(), numPredictors, kNumCases), answers);
+  if (positions != expected) throw std::logic_error("columns are scored otherwise");
+}
+
+template <class Value>
 void ScoreRows(Scorer const& scorer, std::vector<double> const& values) {
   std::vector<Value> const rows(values.begin(), values.end());
   std::vector<std::uint32_t> positions(kNumCases);
@@ -31,6 +50,7 @@ void ScoreRows(Scorer const& scorer, std::vector<double> const& values) {
   if (scorer.HasPredictions()) answers.predictions = predictions.data();
   if (scorer.GetNumClasses() > 0) answers.probabilities = probabilities.data();
   scorer.Score(Cases::OfRows(rows.data(), kNumCases, scorer.GetNumPredictors()), answers);
+  ScoreColumns(scorer, rows, positions);
   for (std::size_t row = 0; row < kNumCases; ++row) {
     std::uint32_t const position =
         scorer.FindPosition(rows.data() + row * scorer.GetNumPredictors());

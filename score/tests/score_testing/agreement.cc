@@ -67,6 +67,7 @@ class Agreement {
     CheckBitmaps<float>("columns of floats with bitmaps", draw);
     MakeCodes(draw);
     CheckBitmaps<std::int32_t>("columns of codes", draw);
+    CheckMixedColumns(draw);
   }
 
  private:
@@ -165,6 +166,7 @@ class Agreement {
     for (std::size_t const stride : {1U, 2U}) {
       std::vector<std::vector<Value>> const data = MakeColumns<Value>(stride);
       std::vector<Column> columns;
+      columns.reserve(data.size());
       for (auto const& values : data) {
         columns.emplace_back(values.data(), static_cast<std::ptrdiff_t>(stride));
       }
@@ -218,6 +220,7 @@ class Agreement {
                     .WithNan(NanMeaning::kMissing));
     std::vector<std::vector<Value>> const data = MakeColumns<Value>(1);
     std::vector<Column> columns;
+    columns.reserve(data.size());
     for (auto const& values : data) columns.emplace_back(values.data());
     Check(what, Cases::OfColumns(columns.data(), columns.size(), table_.numCases)
                     .WithNan(NanMeaning::kMissing));
@@ -225,28 +228,76 @@ class Agreement {
     expected_ = asValues;
   }
 
+  // With bitmaps that say what is null, and NaN null or not.
   template <class Value>
   void CheckBitmaps(char const* what, Draw const& draw) {
-    std::vector<std::uint32_t> const asValues = expected_;
+    for (bool const nanIsNull : {false, true}) {
+      DrawNulls(draw);
+      std::size_t const offset = draw(20);
+      auto const bitmaps = MakeBitmaps(offset);
+      std::vector<std::vector<Value>> const data = MakeColumns<Value>(1);
+      std::vector<Column> columns;
+      for (std::size_t predictor = 0; predictor < table_.numPredictors; ++predictor) {
+        columns.push_back(
+            Column(data[predictor].data()).WithValidity(bitmaps[predictor].data(), offset));
+      }
+      CheckAsColumns(what, columns, nanIsNull);
+    }
+  }
+
+  // Columns of every type beside each other, of values that all types have.
+  void CheckMixedColumns(Draw const& draw) {
+    for (bool const nanIsNull : {false, true}) {
+      DrawNulls(draw);
+      auto const bitmaps = MakeBitmaps(0);
+      auto const doubles = MakeColumns<double>(2);
+      auto const floats = MakeColumns<float>(1);
+      auto const codes = MakeColumns<std::int32_t>(1);
+      std::vector<Column> columns;
+      for (std::size_t predictor = 0; predictor < table_.numPredictors; ++predictor) {
+        switch (predictor % 3) {
+          case 0:
+            columns.emplace_back(doubles[predictor].data(), 2);
+            break;
+          case 1:
+            columns.emplace_back(floats[predictor].data());
+            break;
+          default:
+            columns.emplace_back(codes[predictor].data());
+        }
+        columns.back() = columns.back().WithValidity(bitmaps[predictor].data());
+      }
+      CheckAsColumns("columns of many types", columns, nanIsNull);
+    }
+  }
+
+  void DrawNulls(Draw const& draw) {
     for (std::size_t index = 0; index < table_.values.size(); ++index) {
       table_.isNull[index] = draw(8) == 0;
     }
-    FindNodes();
-    std::vector<std::vector<Value>> const data = MakeColumns<Value>(1);
-    std::size_t const offset = draw(20);
-    std::vector<std::vector<std::uint8_t>> bitmaps(
-        table_.numPredictors, std::vector<std::uint8_t>((offset + table_.numCases) / 8 + 1));
-    std::vector<Column> columns;
-    for (std::size_t predictor = 0; predictor < table_.numPredictors; ++predictor) {
-      for (std::size_t row = 0; row < table_.numCases; ++row) {
-        if (table_.isNull[row * table_.numPredictors + predictor]) continue;
-        std::size_t const bit = offset + row;
-        bitmaps[predictor][bit / 8] |= static_cast<std::uint8_t>(1U << (bit % 8));
-      }
-      columns.push_back(
-          Column(data[predictor].data()).WithValidity(bitmaps[predictor].data(), offset));
+  }
+
+  // Of just as many bytes as are needed.
+  std::vector<std::vector<std::uint8_t>> MakeBitmaps(std::size_t offset) const {
+    std::size_t const numBytes = (offset + table_.numCases + 7) / 8;
+    std::vector<std::vector<std::uint8_t>> bitmaps(table_.numPredictors,
+                                                   std::vector<std::uint8_t>(numBytes));
+    for (std::size_t index = 0; index < table_.values.size(); ++index) {
+      if (table_.isNull[index]) continue;
+      std::size_t const bit = offset + index / table_.numPredictors;
+      bitmaps[index % table_.numPredictors][bit / 8] |= static_cast<std::uint8_t>(1U << (bit % 8));
     }
-    Check(what, Cases::OfColumns(columns.data(), columns.size(), table_.numCases));
+    return bitmaps;
+  }
+
+  void CheckAsColumns(char const* what, std::vector<Column> const& columns, bool nanIsNull) {
+    std::vector<std::uint32_t> const asValues = expected_;
+    for (std::size_t index = 0; nanIsNull && index < table_.values.size(); ++index) {
+      if (std::isnan(table_.values[index])) table_.isNull[index] = true;
+    }
+    FindNodes();
+    Check(what, Cases::OfColumns(columns.data(), columns.size(), table_.numCases)
+                    .WithNan(nanIsNull ? NanMeaning::kMissing : NanMeaning::kValue));
     table_.isNull.assign(table_.values.size(), false);
     expected_ = asValues;
   }

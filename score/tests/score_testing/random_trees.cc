@@ -136,28 +136,31 @@ Draw DrawFrom(std::uint8_t const* bytes, std::size_t size) {
 std::unique_ptr<NodeImp> MakeTree(TreeShape const& shape, Draw const& draw) {
   auto root = std::make_unique<NodeImp>();
   std::vector<NodeImp*> nodes = {root.get()};
+  std::vector<std::uint32_t> levels = {0};
   bool const classes = draw(2) == 0;
   double const missingValue = shape.binaryOnly ? systemMissingValue() : DrawMissingValue(draw);
   for (std::size_t next = 0; next < nodes.size(); ++next) {
     NodeImp& node = *nodes[next];
     node.SetId(static_cast<unsigned int>(next) + 1);
     FillStatistics(node, classes, draw);
-    if (nodes.size() >= shape.maxNumNodes || draw(4) == 0) continue;
+    bool const isInFullLevel = levels[next] < shape.numFullLevels;
+    if (!isInFullLevel && (nodes.size() >= shape.maxNumNodes || draw(4) == 0)) continue;
     std::uint32_t const numChildren = shape.binaryOnly || draw(2) == 0 ? 2 : 1 + draw(4);
     node.SetNumChildren(static_cast<int>(numChildren));
     for (std::uint32_t child = 0; child < numChildren; ++child) {
       nodes.push_back(new NodeImp);
+      levels.push_back(levels[next] + 1);
       node.SetChild(child, nodes.back());
     }
     auto const count = static_cast<int>(numChildren);
     node.SetNumCompetitors(1 + draw(2));  // a competitor that is not there changes nothing
     node.SetCompetitor(0, MakeRule(shape, count, missingValue, draw).release());
-    if (draw(4) != 0) {
+    if (shape.placesAll || draw(4) != 0) {
       node.GetCompetitorImp(0)->SetDumbRule(DrawChild(draw, count, false), 1.0);
     } else if (draw(4) == 0) {
       node.GetCompetitorImp(0)->SetDumbRule(-7, 0.0);
     }
-    std::uint32_t const numSurrogates = draw(3) == 0 ? draw(4) : 0;
+    std::uint32_t const numSurrogates = !shape.placesAll && draw(3) == 0 ? draw(4) : 0;
     node.SetNumSurrogates(numSurrogates);
     for (std::uint32_t position = 0; position < numSurrogates; ++position) {
       node.SetSurrogate(position, MakeRule(shape, count, missingValue, draw).release());

@@ -22,6 +22,8 @@ struct TreeShape {
   std::uint32_t maxNumNodes = 40;
   std::uint32_t numPredictors = 6;
   bool binaryOnly = false;  ///< binary ordinal rules with one missing value, as growers make them
+  bool placesAll = false;   ///< dumb rules at all nodes, and no surrogates
+  std::uint32_t numFullLevels = 0;  ///< from the root on, without a terminal node
 };
 
 /// A tree of any kind that can be scored: ordinal and nominal rules of all sorts, several children,

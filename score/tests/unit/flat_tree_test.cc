@@ -160,8 +160,10 @@ TEST(FlatTree, RefusesSlotsThatCannotBeFollowed) {
        "slot 2 refers to what is beyond the last slot"},
       {"no child for the rest", [](DamagedBlock& b) { b.GetSlot(2).payload = Pack(3, 3); },
        "slot 2 lacks a child"},
-      {"a rule's predictor", [](DamagedBlock& b) { b.GetSlot(8).word |= 77; },
+      {"a rule's predictor", [](DamagedBlock& b) { b.GetSlot(11).word |= 77; },
        "slot 2 tests a predictor beyond the last one"},
+      {"another predictor than the rule's", [](DamagedBlock& b) { b.GetSlot(2).word ^= 1; },
+       "slot 2 tests another predictor than its rule"},
       {"a rule's child for missing values", [](DamagedBlock& b) { b.GetSlot(8).link = 3; },
        "slot 2 has a rule that names a child beyond"},
       {"a rule's upper child", [](DamagedBlock& b) { b.GetSlot(11).payload = Pack(2, 3); },
@@ -313,6 +315,50 @@ TEST(FlatTree, KnowsHowFarDownAllNodesArePlain) {
   EXPECT_EQ(ofSlow.count, 0U);
   EXPECT_TRUE(ofSlow.hasOthersBelow);
   EXPECT_FALSE(FlatTree(Flatten(*slow)).GetPlainLevels(false).hasOthersBelow);
+}
+
+TEST(FlatTree, KnowsDownToWhereAllNodesAreAtTheFront) {
+  testing::TreeShape shape;
+  shape.binaryOnly = true;
+  shape.placesAll = true;
+  // Slots 0, 1 to 2, 3 to 6, 7 to 14, 15 to 30.
+  std::uint32_t const expected[] = {1, 2, 3, 4, 4, 4};
+  for (std::uint32_t numLevels = 1; numLevels <= 6; ++numLevels) {
+    SCOPED_TRACE(numLevels);
+    shape.numFullLevels = numLevels;
+    shape.maxNumNodes = 1;
+    auto const root = testing::MakeTree(shape, [](std::uint32_t) { return 0U; });
+
+    EXPECT_EQ(FlatTree(Flatten(*root)).GetPlainLevels(true).numAtFront, expected[numLevels - 1]);
+  }
+}
+
+// Four levels, with the root's two surrogates among them: slots 0, 1 to 2, 5 to 8, 9 to 16.
+TEST(FlatTree, TakesNoLevelToBeAtTheFrontThatSurrogatesPushOut) {
+  std::function<tree::testing::NodeBuilder(unsigned int)> const below = [&below](unsigned int id) {
+    if (id >= 16) return ANode(id);
+    return ANode(id).SplitAt(0, 0.0, below(2 * id), below(2 * id + 1)).Dumb(0);
+  };
+  auto const root = ANode(1)
+                        .SplitAt(0, 0.0, below(2), below(3))
+                        .SurrogateAt(1, 0.0)
+                        .SurrogateAt(2, 0.0)
+                        .Dumb(0)
+                        .Build();
+
+  PlainLevels const levels = FlatTree(Flatten(*root)).GetPlainLevels(false);
+
+  EXPECT_EQ(levels.count, 4U);
+  EXPECT_EQ(levels.numAtFront, 3U);
+}
+
+TEST(FlatTree, KnowsWhetherAnyNodeIsGeneral) {
+  auto const ofTwoWays = ANode(1).SplitAt(0, 0.0, ANode(2), ANode(3)).SurrogateAt(1, 0.0).Build();
+
+  EXPECT_FALSE(FlatTree(Flatten(*ofTwoWays)).GetPlainLevels(true).hasGeneralBelow);
+  DamagedBlock block;
+  FlatTree const general(block.GetBytes().data(), block.GetBytes().size());
+  EXPECT_TRUE(general.GetPlainLevels(true).hasGeneralBelow);
 }
 
 }  // namespace

@@ -1,0 +1,225 @@
+#ifndef TREE_SCORE_SRC_AVX512_VALUES_H_
+#define TREE_SCORE_SRC_AVX512_VALUES_H_
+
+#include "avx512.h"
+// After it:
+#include <algorithm>
+#include <bit>
+#include <cstddef>
+#include <cstdint>
+#include <limits>
+
+#include "case_values.h"
+#include "tree/score/cases.h"
+
+// The values of eight cases, each of another predictor, as doubles. Nothing is read for lanes that
+// need no value, whose columns may not be there.
+
+namespace tree::score {
+
+template <class Value>
+TREE_AVX512_INLINE __m512d GatherValues(Value const* values, __m256i index, __mmask8 lanes) {
+  if constexpr (sizeof(Value) == sizeof(double)) {
+    return _mm512_mask_i32gather_pd(_mm512_setzero_pd(), lanes, index, values, 8);
+  } else {
+    return _mm512_cvtps_pd(_mm256_mmask_i32gather_ps(_mm256_setzero_ps(), lanes, index, values, 4));
+  }
+}
+
+template <class Value>
+class RowGather {
+ public:
+  TREE_AVX512_INLINE RowGather(Cases const& cases, std::size_t begin)
+      : first_(static_cast<Value const*>(cases.GetRows()) + begin * cases.GetStride()),
+        rowBytes_(cases.GetStride() * sizeof(Value)),
+        stride_(Broadcast(static_cast<std::uint32_t>(cases.GetStride()))) {}
+
+  /// Has values fetched that will be looked at soon, when it is the turn of the `count` cases from
+  /// `place` on: those of as many cases after them at once, and, into a cache that has more room,
+  /// those of as many cases farther ahead. Asked for at once, they would come later.
+  TREE_AVX512_INLINE void Prefetch(std::uint32_t place, std::uint32_t count) const {
+    if (rowBytes_ > kMaxRowBytes) return;
+    std::size_t const bytes = count * rowBytes_;
+    char const* const next = reinterpret_cast<char const*>(first_) + place * rowBytes_ + bytes;
+    for (std::size_t byte = 0; byte < bytes; byte += 64) {
+      _mm_prefetch(next + byte, _MM_HINT_T0);
+      _mm_prefetch(next + kGroupsAhead * bytes + byte, _MM_HINT_T1);
+    }
+  }
+
+  /// `places`: of the cases in the block. `lanes`: those that need a value.
+  TREE_AVX512_INLINE __m512d Get(__m256i places, __m256i predictors, __mmask8 lanes) const {
+    return GatherValues(first_, _mm256_add_epi32(_mm256_mullo_epi32(places, stride_), predictors),
+                        lanes);
+  }
+
+ private:
+  // Of longer rows too little is asked for.
+  static constexpr std::size_t kMaxRowBytes = 512;
+  static constexpr std::size_t kGroupsAhead = 7;
+
+  Value const* first_;
+  std::size_t rowBytes_;
+  __m256i stride_;
+};
+
+template <class Value>
+class ColumnGather {
+ public:
+  TREE_AVX512_INLINE ColumnGather(Cases const& cases, std::size_t begin)
+      : columns_(cases.GetColumns()), begin_(begin * sizeof(Value)) {}
+
+  // Columns are read one after the other, which the processor foresees.
+  TREE_AVX512_INLINE void Prefetch(std::uint32_t /*place*/, std::uint32_t /*count*/) const {}
+
+  TREE_AVX512_INLINE __m512d Get(__m256i places, __m256i predictors, __mmask8 lanes) const {
+    static_assert(offsetof(Column, values) == 0 && sizeof(Column) == 5 * sizeof(void*));
+    __m256i const index = _mm256_add_epi32(predictors, _mm256_slli_epi32(predictors, 2));
+    __m512i const columns =
+        _mm512_mask_i32gather_epi64(_mm512_setzero_si512(), kAll, index, columns_, 8);
+    __m512i const rows = _mm512_slli_epi64(_mm512_cvtepu32_epi64(places), kShift);
+    __m512i const addresses = _mm512_add_epi64(_mm512_add_epi64(columns, rows),
+                                               _mm512_set1_epi64(static_cast<long long>(begin_)));
+    if constexpr (sizeof(Value) == sizeof(double)) {
+      return _mm512_mask_i64gather_pd(_mm512_setzero_pd(), lanes, addresses, nullptr, 1);
+    } else {
+      return _mm512_cvtps_pd(
+          _mm512_mask_i64gather_ps(_mm256_setzero_ps(), lanes, addresses, nullptr, 1));
+    }
+  }
+
+ private:
+  static constexpr unsigned int kShift = sizeof(Value) == sizeof(double) ? 3 : 2;
+
+  Column const* columns_;
+  std::size_t begin_;  // bytes from a column's first value to that of the block
+};
+
+/// A tile: copies of the values of a few cases, those of a predictor side by side and all of them
+/// close together, so that they are in the fastest cache. Lines of whole columns often push each
+/// other out of it, since they lie at like distances.
+constexpr std::uint32_t kTileCases = 64;
+constexpr std::uint32_t kTileShift = 6;
+constexpr std::uint32_t kMaxTilePredictors = 64;
+static_assert(kTileCases == 1U << kTileShift);
+
+template <class Value>
+class TileValues {
+ public:
+  explicit TileValues(Value const* tile) : tile_(tile) {}
+
+  double Get(std::size_t row, std::uint32_t predictor) const {
+    return static_cast<double>(tile_[(std::size_t{predictor} << kTileShift) + row]);
+  }
+
+ private:
+  Value const* tile_;
+};
+
+template <class Value>
+class TileGather {
+ public:
+  explicit TileGather(Value const* tile) : tile_(tile) {}
+
+  TREE_AVX512_INLINE void Prefetch(std::uint32_t /*place*/, std::uint32_t /*count*/) const {}
+
+  TREE_AVX512_INLINE __m512d Get(__m256i places, __m256i predictors, __mmask8 lanes) const {
+    return GatherValues(tile_, _mm256_add_epi32(_mm256_slli_epi32(predictors, kTileShift), places),
+                        lanes);
+  }
+
+ private:
+  Value const* tile_;
+};
+
+/// Copies columns that all hold doubles or all hold floats, side by side and without bitmaps.
+template <class Value>
+class PlainCopy {
+ public:
+  explicit PlainCopy(Cases const& cases) : columns_(cases.GetColumns()) {}
+
+  /// `to`: room for the cases of a tile, of which there are `count`.
+  TREE_AVX512_INLINE void Copy(std::uint32_t predictor, std::size_t begin, std::uint32_t count,
+                               Value* to) const {
+    auto const* const from = static_cast<Value const*>(columns_[predictor].values) + begin;
+    if (count < kTileCases) {
+      std::copy_n(from, count, to);
+      return;
+    }
+    constexpr std::uint32_t kLine = 64 / sizeof(Value);
+    for (std::uint32_t place = 0; place < kTileCases; place += kLine) {
+      auto const* const ahead = reinterpret_cast<char const*>(from + place + kTileCases);
+      _mm_prefetch(ahead, _MM_HINT_T0);
+      _mm_prefetch(ahead + kTileCases * sizeof(Value), _MM_HINT_T1);
+      _mm512_store_si512(to + place, _mm512_loadu_si512(from + place));
+    }
+  }
+
+ private:
+  Column const* columns_;
+};
+
+/// Copies columns of any kind as doubles: the values that `AnyColumnValues` gives.
+class AnyCopy {
+ public:
+  explicit AnyCopy(Cases const& cases)
+      : columns_(cases.GetColumns()),
+        values_(cases),
+        nanIsNull_(cases.GetNanMeaning() == NanMeaning::kMissing) {}
+
+  TREE_AVX512_INLINE void Copy(std::uint32_t predictor, std::size_t begin, std::uint32_t count,
+                               double* to) const {
+    Column const& column = columns_[predictor];
+    if (column.stride != 1) {
+      for (std::uint32_t place = 0; place < count; ++place) {
+        to[place] = values_.Get(begin + place, predictor);
+      }
+      return;
+    }
+    __m512d const null = _mm512_set1_pd(std::bit_cast<double>(kNullBits));
+    __m512d const nan =
+        nanIsNull_ ? null : _mm512_set1_pd(std::numeric_limits<double>::quiet_NaN());
+    for (std::uint32_t place = 0; place < count; place += kLanes) {
+      std::uint32_t const numLanes = std::min(kLanes, count - place);
+      __m512d values = Load(column, begin + place, MaskOf(numLanes));
+      values = _mm512_mask_mov_pd(values, _mm512_cmp_pd_mask(values, values, _CMP_UNORD_Q), nan);
+      __mmask8 const areNull = FindNulls(column, begin + place, numLanes);
+      _mm512_store_pd(to + place, _mm512_mask_mov_pd(values, areNull, null));
+    }
+  }
+
+ private:
+  TREE_AVX512_INLINE static __m512d Load(Column const& column, std::size_t row, __mmask8 lanes) {
+    switch (column.type) {
+      case ValueType::kDouble:
+        return _mm512_maskz_loadu_pd(lanes, static_cast<double const*>(column.values) + row);
+      case ValueType::kFloat:
+        return _mm512_cvtps_pd(
+            _mm256_maskz_loadu_ps(lanes, static_cast<float const*>(column.values) + row));
+      case ValueType::kCode:
+        break;
+    }
+    return _mm512_cvtepi32_pd(
+        _mm256_maskz_loadu_epi32(lanes, static_cast<std::int32_t const*>(column.values) + row));
+  }
+
+  // Of up to eight cases, those whose bits are 0. Bytes without a bit of theirs are not read.
+  TREE_AVX512_INLINE static __mmask8 FindNulls(Column const& column, std::size_t row,
+                                               std::uint32_t numLanes) {
+    if (column.validity == nullptr) return 0;
+    std::size_t const bit = column.validityOffset + row;
+    std::uint8_t const* const byte = column.validity + bit / 8;
+    auto const shift = static_cast<unsigned int>(bit % 8);
+    unsigned int bits = byte[0];
+    if (shift + numLanes > 8) bits |= static_cast<unsigned int>(byte[1]) << 8U;
+    return MaskOfBits(~(bits >> shift));
+  }
+
+  Column const* columns_;
+  AnyColumnValues values_;
+  bool nanIsNull_;
+};
+
+}  // namespace tree::score
+
+#endif  // TREE_SCORE_SRC_AVX512_VALUES_H_
