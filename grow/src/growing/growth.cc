@@ -6,6 +6,7 @@
 
 #include "growing/placement.h"
 #include "growing/predictor_summaries.h"
+#include "growing/row_ranges.h"
 
 namespace tree::grow {
 namespace {
@@ -53,6 +54,7 @@ void Growth::PlantRoot(NodeImp& root) {
   std::size_t const numPredictors = data_.GetPredictors().size();
   root.SetNumPredictors(static_cast<unsigned int>(numPredictors));
   workers_.Run(numPredictors, [&](std::size_t predictor) {
+    if (data_.GetPredictors()[predictor].isInRows) return;
     SummarisePredictor(data_, lists_, root_.ranges, predictor, root);
   });
 }
@@ -74,7 +76,11 @@ RuleList Growth::FindRootSplits() {
 
 void Growth::Grow() {
   std::vector<GrowingNode> level;
-  if (PrimaryOf(*root_.node) != nullptr || IsOpen(root_)) level.push_back(root_);
+  bool const hasPrimary = PrimaryOf(*root_.node) != nullptr;
+  if (hasPrimary || !IsOpen(root_)) {
+    SummariseRows(data_, lists_, root_.ranges.places, *root_.node);
+  }
+  if (hasPrimary || IsOpen(root_)) level.push_back(root_);
   numFinished_ = 0;
   for (int depth = 0; !level.empty(); ++depth) {
     std::vector<GrowingNode> next;
@@ -152,6 +158,8 @@ void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<Growin
     sums[number] = SumChildren(data_, lists_, block[number].ranges, childOf_, numChildren);
   });
   workers_.Run(numPredictors, [&](std::size_t predictor) {
+    // The method does so for the children that go on; for the others see below.
+    if (data_.GetPredictors()[predictor].isInRows) return;
     for (std::size_t number = 0; number < block.size(); ++number) {
       if (sums[number].empty()) continue;
       SummariseForChildren(data_, lists_, block[number].ranges, predictor, childOf_, sums[number],
@@ -169,7 +177,7 @@ void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<Growin
     auto const divide = [&] {
       ranges[number] = lists_.DivideCases(parent.ranges, childOf_, numChildren);
     };
-    bool const readsCases = data_.GetNumClasses() == 0;
+    bool const readsCases = data_.GetNumClasses() == 0 || !data_.GetCaseRows().IsEmpty();
     if (readsCases) divide();
     for (std::size_t position = 0; position < sums[number].size(); ++position) {
       GrowingNode child{parent.node->GetChildImp(static_cast<unsigned int>(position)),
@@ -181,7 +189,11 @@ void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<Growin
           *child.node,
           readsCases ? lists_.Cases(ranges[number][position]) : std::span<std::uint32_t const>(),
           child.sums);
-      if (IsOpen(child)) goesOn[number] = 1;
+      if (IsOpen(child)) {
+        goesOn[number] = 1;
+      } else if (readsCases) {
+        SummariseRows(data_, lists_, ranges[number][position].places, *child.node);
+      }
       families[number].push_back(std::move(child));
     }
     if (!readsCases && goesOn[number] != 0) divide();

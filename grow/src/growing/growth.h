@@ -30,7 +30,8 @@ class Growth {
          NodeStatistics const& statistics, GrowthLimits const& limits, unsigned int& nextId,
          Workers& workers);
 
-  /// Makes `root` the node of all cases of the lists: statistics and summaries.
+  /// Makes `root` the node of all cases of the lists: statistics and summaries. Those of predictors
+  /// that are held in rows come when it grows.
   void PlantRoot(NodeImp& root);
   /// Grows below the root until the limits or the method end every branch. The root may have a
   /// primary rule that it is to be split by, with competitors; it must have no children.

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cmath>
 #include <cstddef>
 #include <vector>
+
+#include "growing/node_rows.h"
 
 namespace tree::grow {
 namespace {
@@ -38,6 +41,21 @@ void PlaceByValue(TrainingData const& data, CaseLists const& lists, NodeRanges c
   auto const position = static_cast<std::size_t>(rule.GetPredictorIndex());
   ForPlaces(lists, node, [&](std::uint32_t place) {
     childOf[place] = ChildFrom(rule.Classify(data.ValueOf(position, lists.CaseAt(place))));
+  });
+}
+
+/// By the values in the rows of the cases.
+void PlaceRows(TrainingData const& data, CaseLists const& lists, NodeRanges const& node,
+               SplitRuleImp const& rule, ChildOfPlace& childOf) {
+  auto const predictor = static_cast<std::size_t>(rule.GetPredictorIndex());
+  CaseRows const& rows = data.GetCaseRows();
+  auto const inRows = rows.GetPredictors();
+  auto const position = static_cast<std::size_t>(
+      std::lower_bound(inRows.begin(), inRows.end(), predictor) - inRows.begin());
+  double const missing = data.GetPredictors()[predictor].column->description.missingValue;
+  std::uint8_t const childOfMissing = ChildFrom(rule.Classify(missing));
+  ForValues(rows, position, lists, node.places, [&](std::uint32_t place, double value) {
+    childOf[place] = std::isnan(value) ? childOfMissing : ChildFrom(rule.Classify(value));
   });
 }
 
@@ -92,6 +110,8 @@ void PlaceByRule(TrainingData const& data, CaseLists const& lists, NodeRanges co
     PlaceByValue(data, lists, node, rule, childOf);
   } else if (predictor.IsCoded()) {
     PlaceCoded(predictor, lists, node, rule, childOf);
+  } else if (predictor.isInRows) {
+    PlaceRows(data, lists, node, rule, childOf);
   } else {
     PlaceSorted(data, lists, node, rule, childOf);
   }

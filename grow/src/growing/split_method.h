@@ -32,7 +32,8 @@ class SplitMethod {
 
   /// The splits that each node could have: the first one is the best, and the others compete with
   /// it, at most as many together as the settings keep; none where the settings allow no split.
-  /// Rules carry their statistics.
+  /// Rules carry their statistics. A method that reads `CaseRows` stores in each node what its
+  /// cases have of the predictors in them, too (`RowRanges`), since it goes through them all.
   virtual std::vector<RuleList> FindSplits(CaseLists const& lists,
                                            std::span<GrowingNode const> nodes,
                                            Workers& workers) = 0;

@@ -23,13 +23,14 @@ constexpr std::size_t kMaxClasses = 65535;
 TrainingData::TrainingData(DataSet const& data, CaseRoles const& roles, AlgSettings const& settings,
                            std::vector<std::size_t> rows, std::vector<double> const& weights,
                            std::vector<double> const& frequencies, int maxCodedValues,
-                           int numIntervals)
+                           int numIntervals, OrderedForm orderedForm)
     : data_(data),
       target_(data.GetColumn(roles.target)),
       predictorColumns_(roles.predictors),
       maxNominalCategories_(static_cast<std::size_t>(settings.GetMaxNominalPredCategories())),
       maxCodedValues_(static_cast<std::size_t>(maxCodedValues)),
       numIntervals_(static_cast<std::size_t>(numIntervals)),
+      orderedForm_(orderedForm),
       rows_(std::move(rows)),
       weights_(FixWeights(weights)),
       frequencies_(FixWeights(frequencies)) {
@@ -105,6 +106,7 @@ void TrainingData::PreparePredictors(Workers& workers) {
     if (predictor.used && !predictor.IsCoded()) Prepare(predictor, workers);
     workers.Advance(static_cast<double>(++numDone) / static_cast<double>(predictors_.size()));
   });
+  if (orderedForm_ != OrderedForm::kSorted && caseRows_.IsEmpty()) ReadRows(workers);
   remarks_.clear();
   for (GrowingPredictor const& predictor : predictors_) {
     if (predictor.used) continue;
@@ -114,13 +116,25 @@ void TrainingData::PreparePredictors(Workers& workers) {
   prepared_ = true;
 }
 
+void TrainingData::ReadRows(Workers& workers) {
+  std::vector<Column const*> columns;
+  std::vector<std::size_t> inRows;
+  for (std::size_t position = 0; position < predictors_.size(); ++position) {
+    GrowingPredictor& predictor = predictors_[position];
+    columns.push_back(predictor.column);
+    predictor.isInRows = predictor.used && !predictor.IsCoded();
+    if (predictor.isInRows) inRows.push_back(position);
+  }
+  caseRows_ = CaseRows(columns, std::move(inRows), rows_, workers);
+}
+
 std::vector<std::vector<SortedCase>> TrainingData::ReleaseSorted() {
   std::vector<std::vector<SortedCase>> lists(predictors_.size());
   for (std::size_t position = 0; position < lists.size(); ++position) {
     lists[position] = std::move(predictors_[position].sorted);
     predictors_[position].sorted.clear();
   }
-  prepared_ = false;
+  prepared_ = orderedForm_ == OrderedForm::kInRows;
   return lists;
 }
 
@@ -136,10 +150,12 @@ void TrainingData::Prepare(GrowingPredictor& predictor, Workers& workers) const 
   } else {
     PrepareManyValues(predictor, workers);
   }
-  predictor.hasMissing = predictor.IsCoded()
-                             ? std::find(predictor.codes.begin(), predictor.codes.end(),
-                                         GrowingPredictor::kMissingCode) != predictor.codes.end()
-                             : predictor.sorted.size() < rows_.size();
+  if (predictor.IsCoded()) {
+    predictor.hasMissing = std::find(predictor.codes.begin(), predictor.codes.end(),
+                                     GrowingPredictor::kMissingCode) != predictor.codes.end();
+  } else if (predictor.isSorted) {
+    predictor.hasMissing = predictor.sorted.size() < rows_.size();
+  }
   if (predictor.IsNominal()) CheckCategories(predictor);
 }
 
@@ -153,6 +169,9 @@ std::size_t TrainingData::MaxNumCodes(GrowingPredictor const& predictor) const {
 
 void TrainingData::PrepareManyValues(GrowingPredictor& predictor, Workers& workers) const {
   Column const& column = *predictor.column;
+  bool const keepsValues = !predictor.IsNominal() && numIntervals_ == 0;
+  predictor.isSorted = keepsValues && orderedForm_ != OrderedForm::kInRows;
+  if (keepsValues && !predictor.isSorted) return;
   std::vector<std::uint32_t> indexes;
   indexes.reserve(rows_.size());
   for (std::size_t index = 0; index < rows_.size(); ++index) {
@@ -167,7 +186,7 @@ void TrainingData::PrepareManyValues(GrowingPredictor& predictor, Workers& worke
     values = copied.data();
   }
   std::vector<SortedCase> sorted = SortCases(values, indexes, workers);
-  if (!predictor.IsNominal() && numIntervals_ == 0) {
+  if (keepsValues) {
     predictor.hasTies = std::any_of(sorted.begin(), sorted.end(),
                                     [](SortedCase item) { return !item.StartsValue(); });
     predictor.sorted = std::move(sorted);

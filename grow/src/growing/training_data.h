@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "growing/case_rows.h"
 #include "growing/fixed_point.h"
 #include "growing/sorted_cases.h"
 #include "growing/value_codes.h"
@@ -15,25 +16,35 @@
 
 namespace tree::grow {
 
-/// A predictor, made ready for growing. In one of two forms: **sorted**, a list of the cases with a
-/// value in its order, or **coded**, a small number for the value of every case. Coded are the
-/// nominal predictors, and ordered ones with few values or divided into intervals: their splits are
-/// found from tables of the codes, without looking at each case more than once.
+/// How an algorithm wants ordered predictors that are not coded.
+enum class OrderedForm {
+  kSorted,  ///< in lists
+  kInRows,  ///< case by case, with the other ones
+  kSortedAndInRows,
+};
+
+/// A predictor, made ready for growing. It is **coded**, a small number for the value of every
+/// case, or else **sorted**, a list of the cases with a value in its order, or **in rows**, its
+/// value in every case beside those of other predictors, or both of these. Coded are the nominal
+/// predictors, and ordered ones with few values or divided into intervals: their splits are found
+/// from tables of the codes, without looking at each case more than once.
 struct GrowingPredictor {
   static constexpr std::uint16_t kMissingCode = ValueCodes::kMissing;
   static constexpr std::size_t kMaxValues = kMissingCode;  ///< of a coded one
 
   Column const* column = nullptr;
-  bool used = true;    ///< whether it may split; if not, it has neither list nor codes
+  bool used = true;    ///< whether it may split; if not, it has none of the forms
   std::string whyNot;  ///< if not, why; the rest of a sentence
 
+  bool isInRows = false;             ///< whether `GetCaseRows` has it
+  bool isSorted = false;             ///< whether it has, or had until it was released, a list
   std::vector<SortedCase> sorted;    ///< of a sorted predictor; empty once released
   bool hasTies = false;              ///< of a sorted one: whether cases share a value
   std::vector<std::uint16_t> codes;  ///< of a coded one: by case; positions in `values`
   /// Of a coded one: its different values, or the greatest value of each interval, ascending.
   std::vector<double> values;
   bool hasIntervals = false;  ///< of a coded one: whether a code may stand for several values
-  bool hasMissing = false;    ///< whether some case has no value; where the predictor is used
+  bool hasMissing = false;    ///< of a coded or sorted one: whether some case has no value
 
   bool IsNominal() const { return column->IsNominal(); }
   bool IsCoded() const { return !codes.empty(); }
@@ -46,15 +57,16 @@ class TrainingData {
   /// Reads the cases at `rows` with their weights and frequencies, as `CaseSelection` gives them.
   /// Ordered predictors with at most `maxCodedValues` different values are coded. With
   /// `numIntervals` above 0 all of them are, as algorithms need them that only know categories:
-  /// ordinal ones by their values, continuous ones by so many intervals at quantiles. `data`:
-  /// **borrowed** for this object's life.
+  /// ordinal ones by their values, continuous ones by so many intervals at quantiles.
+  /// `orderedForm`: of ordered predictors that are not coded. `data`: **borrowed** for this
+  /// object's life.
   TrainingData(DataSet const& data, CaseRoles const& roles, AlgSettings const& settings,
                std::vector<std::size_t> rows, std::vector<double> const& weights,
                std::vector<double> const& frequencies, int maxCodedValues = 256,
-               int numIntervals = 0);
+               int numIntervals = 0, OrderedForm orderedForm = OrderedForm::kSorted);
 
-  /// Sorts and codes the predictors. Later calls do nothing, unless sorted lists were released:
-  /// they are made again.
+  /// Sorts and codes the predictors, or reads them row by row. Later calls do nothing, unless
+  /// sorted lists were released: they are made again.
   void PreparePredictors(Workers& workers);
   /// Hands over the lists of the sorted predictors, by predictor, for a tree that may use them up:
   /// they take as much memory as all else together. They are gone until they are prepared again.
@@ -88,6 +100,8 @@ class TrainingData {
   double GetErrorUnit() const { return errorUnit_; }
   /// The predictors in order of the settings. Requires `PreparePredictors`.
   std::vector<GrowingPredictor> const& GetPredictors() const { return predictors_; }
+  /// The values of the predictors that are held in rows. Requires `PreparePredictors`.
+  CaseRows const& GetCaseRows() const { return caseRows_; }
   /// The value of a predictor in a case.
   double ValueOf(std::size_t predictor, std::uint32_t index) const {
     return predictors_[predictor].column->values[rows_[index]];
@@ -109,6 +123,7 @@ class TrainingData {
   void ReadTarget();
   void SetRange(double least, double greatest);
   void Prepare(GrowingPredictor& predictor, Workers& workers) const;
+  void ReadRows(Workers& workers);
   std::size_t MaxNumCodes(GrowingPredictor const& predictor) const;
   void PrepareManyValues(GrowingPredictor& predictor, Workers& workers) const;
   void CheckCategories(GrowingPredictor& predictor) const;
@@ -119,6 +134,7 @@ class TrainingData {
   std::size_t maxNominalCategories_;
   std::size_t maxCodedValues_;
   std::size_t numIntervals_;
+  OrderedForm orderedForm_;
   std::vector<std::size_t> rows_;
   bool takesEachRow_ = true;  // whether the index of a case is its row
   FixedWeights weights_;
@@ -131,6 +147,7 @@ class TrainingData {
   double greatest_ = 0.0;
   double errorUnit_ = 1.0;
   std::vector<GrowingPredictor> predictors_;
+  CaseRows caseRows_;
   std::vector<std::string> remarks_;
   bool prepared_ = false;
 };

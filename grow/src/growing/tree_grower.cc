@@ -136,7 +136,7 @@ void TreeGrower::SelectSamples(DataSet const& data, CaseRoles const& roles,
   auto const make = [&](Cases& cases) {
     return std::make_unique<TrainingData>(data, roles, *algorithm_.settings, std::move(cases.rows),
                                           cases.weights, cases.frequencies, options.maxCodedValues,
-                                          algorithm_.numIntervals);
+                                          algorithm_.numIntervals, algorithm_.orderedForm);
   };
   training_ = make(samples[TrainingSample]);
   if (!samples[TestSample].rows.empty()) {

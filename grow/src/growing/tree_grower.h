@@ -34,7 +34,8 @@ class TreeGrower final : public Grower {
     /// Into how many intervals continuous predictors are divided for algorithms that only know
     /// categories; 0 for the others.
     int numIntervals = 0;
-    CodeOrder codeOrder = CodeOrder::kByPlace;  ///< in which the method reads codes
+    CodeOrder codeOrder = CodeOrder::kByPlace;       ///< in which the method reads codes
+    OrderedForm orderedForm = OrderedForm::kSorted;  ///< in which it reads ordered predictors
     /// Makes the method that finds splits. `classes`: null for numbers; `limits`: of the children;
     /// `totalWeight`: of the cases that the tree is grown on.
     std::function<std::unique_ptr<SplitMethod>(TrainingData const& data, ClassModel const* classes,

@@ -3,16 +3,18 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <numeric>
+#include <vector>
 
 namespace tree::grow {
 namespace {
 
 /// How many bits a multiple may have: squares, summed with weights, have to fit into 126.
 int NumBits(TrainingData const& data) {
-  std::uint64_t weight = 0;
-  for (std::uint32_t index = 0; index < data.GetNumCases(); ++index) {
-    weight += static_cast<std::uint64_t>(data.GetWeights().Of(index));
-  }
+  std::vector<std::int64_t> const& weights = data.GetWeights().multiples;
+  auto const weight = static_cast<std::uint64_t>(
+      weights.empty() ? static_cast<std::int64_t>(data.GetNumCases())
+                      : std::accumulate(weights.begin(), weights.end(), std::int64_t{0}));
   // Differences from a mean have a bit more.
   return std::min(40, (126 - static_cast<int>(std::bit_width(weight))) / 2 - 1);
 }
@@ -26,17 +28,29 @@ PredictorNumbers::PredictorNumbers(TrainingData const& data, std::size_t predict
   bool hasLow = false;
   bool hasHigh = false;
   auto const take = [&](double value) {
-    hasLow = hasLow || value == -HUGE_VAL;
-    hasHigh = hasHigh || value == HUGE_VAL;
-    if (!std::isfinite(value)) return;
-    least = std::min(least, value);
-    greatest = std::max(greatest, value);
+    // Infinite ones are looked at only where they would be the least or the greatest.
+    if (value < least) {
+      if (value == -HUGE_VAL) {
+        hasLow = true;
+      } else {
+        least = value;
+      }
+    }
+    if (value > greatest) {
+      if (value == HUGE_VAL) {
+        hasHigh = true;
+      } else {
+        greatest = value;
+      }
+    }
   };
   if (description.IsCoded()) {
     for (double const value : description.values) take(value);
   } else {
+    double const* const values = description.column->values;
+    double const missing = description.column->description.missingValue;
     for (std::size_t const row : data.GetRows()) {
-      if (!description.column->IsMissing(row)) take(description.column->values[row]);
+      if (values[row] != missing) take(values[row]);
     }
   }
   if (!(least <= greatest)) least = greatest = 0.0;

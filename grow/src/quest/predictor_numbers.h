@@ -19,7 +19,14 @@ class PredictorNumbers {
 
   std::int64_t Of(double value) const;
   double ValueOf(double multiple) const { return centre_ + multiple * unit_; }
+  /// A multiple is what a value, from the least to the greatest one, is away from the centre, in
+  /// units, which are powers of two; rounded, and to an even one halfway.
+  ///@{
+  double GetLeast() const { return least_; }
+  double GetGreatest() const { return greatest_; }
+  double GetCentre() const { return centre_; }
   double GetUnit() const { return unit_; }
+  ///@}
 
  private:
   double least_ = 0.0;

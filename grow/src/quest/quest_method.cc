@@ -9,6 +9,7 @@
 #include "association/f_test.h"
 #include "cart/class_criteria.h"
 #include "cart/surrogate_rules.h"
+#include "growing/node_rows.h"
 #include "quest/discriminant_coordinates.h"
 #include "quest/normal_split.h"
 #include "tree/grow/split_statistics.h"
@@ -44,6 +45,35 @@ struct Moments {
   }
 };
 
+/// Visits the cases at some places with a value of a coded predictor, with their place and the
+/// code.
+template <class Visit>
+void ForCodes(CaseLists const& lists, Range places, std::size_t predictor, Visit const& visit) {
+  PlacedCodes const codes = lists.Codes(predictor);
+  ForEachPolling(places.begin, places.end, lists.GetWorkers(), [&](std::uint32_t place) {
+    std::uint16_t const code = codes[place];
+    if (code != GrowingPredictor::kMissingCode) visit(place, code);
+  });
+}
+
+/// The places of a node in parts of `size`.
+std::vector<Range> Slice(Range places, std::size_t size) {
+  std::vector<Range> slices;
+  for (std::uint32_t begin = places.begin; begin < places.end;) {
+    auto const length = static_cast<std::uint32_t>(std::min<std::size_t>(size, places.end - begin));
+    slices.push_back({begin, begin + length});
+    begin += length;
+  }
+  return slices;
+}
+
+std::vector<PredictorTests> TestsOf(auto const& tested) {
+  std::vector<PredictorTests> tests(tested.size());
+  std::transform(tested.begin(), tested.end(), tests.begin(),
+                 [](auto const& each) { return each.tests; });
+  return tests;
+}
+
 }  // namespace
 
 QuestMethod::QuestMethod(TrainingData const& data, QuestSettings const& settings,
@@ -62,100 +92,117 @@ void QuestMethod::PrepareNumbers(Workers& workers) {
   if (!numbers_.empty()) return;
   auto const& predictors = data_.GetPredictors();
   numbers_.resize(predictors.size());
+  multiples_.resize(predictors.size());
+  rowPositions_.resize(predictors.size());
   workers.Run(predictors.size(), [&](std::size_t predictor) {
-    if (predictors[predictor].IsNominal()) return;
+    if (!predictors[predictor].used || predictors[predictor].IsNominal()) return;
     numbers_[predictor] = PredictorNumbers(data_, predictor);
-  });
-}
-
-/// Visits the cases of a node with a value of an ordered predictor, with their place, the value,
-/// and its multiple.
-template <class Visit>
-void QuestMethod::ForValues(CaseLists const& lists, GrowingNode const& node, std::size_t predictor,
-                            Workers& workers, Visit const& visit) const {
-  GrowingPredictor const& description = data_.GetPredictors()[predictor];
-  PredictorNumbers const& numbers = numbers_[predictor];
-  Range const places = node.ranges.places;
-  if (description.IsCoded()) {
-    PlacedCodes const codes = lists.Codes(predictor);
-    std::vector<std::int64_t> multiples;
-    for (double const value : description.values) multiples.push_back(numbers.Of(value));
-    ForSlices(places.Size(), workers, [&](std::size_t begin, std::size_t end) {
-      for (std::size_t offset = begin; offset < end; ++offset) {
-        auto const place = places.begin + static_cast<std::uint32_t>(offset);
-        std::uint16_t const code = codes[place];
-        if (code == GrowingPredictor::kMissingCode) continue;
-        visit(place, description.values[code], multiples[code]);
-      }
-    });
-    return;
-  }
-  double const missing = description.column->description.missingValue;
-  ForSlices(places.Size(), workers, [&](std::size_t begin, std::size_t end) {
-    for (std::size_t offset = begin; offset < end; ++offset) {
-      auto const place = places.begin + static_cast<std::uint32_t>(offset);
-      double const value = data_.ValueOf(predictor, lists.CaseAt(place));
-      if (value != missing) visit(place, value, numbers.Of(value));
+    for (double const value : predictors[predictor].values) {
+      multiples_[predictor].push_back(numbers_[predictor].Of(value));
     }
   });
+  auto const inRows = data_.GetCaseRows().GetPredictors();
+  for (std::size_t position = 0; position < inRows.size(); ++position) {
+    rowPositions_[inRows[position]] = position;
+  }
 }
 
 // ---- Tests ----
 
-void QuestMethod::TestMeans(CaseLists const& lists, GrowingNode const& node, std::size_t predictor,
-                            Workers& workers, Tested& tested) const {
-  std::uint16_t const* const classes = lists.GetClasses();
-  std::int64_t const* const frequencies = lists.GetFrequencies();
-  tested.sums.assign(factors_.size(), {});
-  ForValues(lists, node, predictor, workers,
-            [&](std::uint32_t place, double, std::int64_t multiple) {
-              tested.sums[classes[place]].AddCase(frequencies == nullptr ? 1 : frequencies[place],
-                                                  lists.WeightAt(place), multiple);
-            });
+/// What the cases of a node add up to; their ranges are stored on the way.
+ClassSums QuestMethod::SumRows(Scene const& scene) const {
+  CaseRows const& rows = data_.GetCaseRows();
+  std::vector<ClassSums> sums(scene.slices.size(), ClassSums(rows.GetWidth(), factors_.size()));
+  std::vector<RowRanges> ranges(scene.slices.size(), RowRanges(rows));
+  scene.crew.Run(scene.slices.size(), [&](std::size_t slice) {
+    scene.rowSums.Add(scene.slices[slice], sums[slice], ranges[slice]);
+  });
+  for (std::size_t slice = 1; slice < sums.size(); ++slice) {
+    sums[0] += sums[slice];
+    ranges[0].Append(ranges[slice]);
+  }
+  ranges[0].Store(*scene.node.node);
+  return std::move(sums[0]);
+}
+
+/// The weighted distances of a node's cases from the means of their classes.
+ClassSums QuestMethod::SumDistances(Scene const& scene, std::span<Tested const> tested) const {
+  CaseRows const& rows = data_.GetCaseRows();
+  std::vector<std::int64_t> means;  // [position][class]
+  for (std::size_t const predictor : rows.GetPredictors()) {
+    for (NumberSums const& sums : tested[predictor].sums) means.push_back(WholeMean(sums));
+  }
+  std::vector<ClassSums> distances(scene.slices.size(),
+                                   ClassSums(rows.GetWidth(), factors_.size()));
+  scene.crew.Run(scene.slices.size(), [&](std::size_t slice) {
+    scene.rowSums.AddDistances(scene.slices[slice], means, distances[slice]);
+  });
+  for (std::size_t slice = 1; slice < distances.size(); ++slice) distances[0] += distances[slice];
+  return std::move(distances[0]);
+}
+
+void QuestMethod::SumCodes(Scene const& scene, std::size_t predictor, Tested& tested) const {
+  std::uint16_t const* const classes = scene.lists.GetClasses();
+  std::int64_t const* const frequencies = scene.lists.GetFrequencies();
+  std::vector<std::int64_t> const& multiples = multiples_[predictor];
+  tested.ownSums.assign(factors_.size(), {});
+  ForCodes(scene.lists, scene.node.ranges.places, predictor,
+           [&](std::uint32_t place, std::uint16_t code) {
+             tested.ownSums[classes[place]].AddCase(frequencies == nullptr ? 1 : frequencies[place],
+                                                    scene.lists.WeightAt(place), multiples[code]);
+           });
+  tested.sums = tested.ownSums;
+}
+
+void QuestMethod::TestSpreadOfCodes(Scene const& scene, std::size_t predictor,
+                                    Tested& tested) const {
+  std::uint16_t const* const classes = scene.lists.GetClasses();
+  std::vector<std::int64_t> const& multiples = multiples_[predictor];
+  std::vector<std::int64_t> means;
+  for (NumberSums const& sums : tested.sums) means.push_back(WholeMean(sums));
+  std::vector<NumberSums> distances(factors_.size());
+  ForCodes(scene.lists, scene.node.ranges.places, predictor,
+           [&](std::uint32_t place, std::uint16_t code) {
+             std::size_t const ofClass = classes[place];
+             distances[ofClass].sum += WideInteger{scene.lists.WeightAt(place)} *
+                                       std::abs(multiples[code] - means[ofClass]);
+           });
+  TestSpread(distances, tested);
+}
+
+void QuestMethod::TestMeans(Tested& tested) const {
   TestStatistic const statistic = FTestOf(tested.sums, data_.GetFrequencies().unit);
   tested.statistic = statistic.value;
   tested.tests.logP = LogP(statistic);
 }
 
 /// Levene's test: whether the distances from the means of the classes have equal means.
-void QuestMethod::TestSpread(CaseLists const& lists, GrowingNode const& node, std::size_t predictor,
-                             Workers& workers, Tested& tested) const {
-  std::uint16_t const* const classes = lists.GetClasses();
-  std::int64_t const* const frequencies = lists.GetFrequencies();
-  std::vector<std::int64_t> means;
-  for (NumberSums const& sums : tested.sums) means.push_back(WholeMean(sums));
-  std::vector<NumberSums> distances(factors_.size());
-  ForValues(
-      lists, node, predictor, workers, [&](std::uint32_t place, double, std::int64_t multiple) {
-        std::size_t const ofClass = classes[place];
-        distances[ofClass].AddCase(frequencies == nullptr ? 1 : frequencies[place],
-                                   lists.WeightAt(place), std::abs(multiple - means[ofClass]));
-      });
-  TestStatistic const statistic = FTestOf(distances, data_.GetFrequencies().unit);
+/// `distances`: their weighted sums by class; what else there is of them is known.
+void QuestMethod::TestSpread(std::span<NumberSums const> distances, Tested& tested) const {
+  std::vector<NumberSums> spread(tested.sums.begin(), tested.sums.end());
+  for (std::size_t j = 0; j < spread.size(); ++j) {
+    WideInteger const mean = WholeMean(spread[j]);
+    spread[j].squares += mean * (mean * spread[j].weight - 2 * spread[j].sum);
+    spread[j].sum = distances[j].sum;
+  }
+  TestStatistic const statistic = FTestOf(spread, data_.GetFrequencies().unit);
   tested.levene = statistic.value;
   tested.tests.logLevene = LogP(statistic);
 }
 
-void QuestMethod::TestCategories(CaseLists const& lists, GrowingNode const& node,
-                                 std::size_t predictor, Workers& workers, Tested& tested) const {
+void QuestMethod::TestCategories(Scene const& scene, std::size_t predictor, Tested& tested) const {
   std::size_t const numClasses = factors_.size();
   std::size_t const numCodes = data_.GetPredictors()[predictor].values.size();
-  std::uint16_t const* const classes = lists.GetClasses();
-  std::int64_t const* const frequencies = lists.GetFrequencies();
-  PlacedCodes const codes = lists.Codes(predictor);
+  std::uint16_t const* const classes = scene.lists.GetClasses();
+  std::int64_t const* const frequencies = scene.lists.GetFrequencies();
   tested.sizes.assign(numCodes * numClasses, 0);
   tested.weights.assign(numCodes * numClasses, 0);
-  Range const places = node.ranges.places;
-  ForSlices(places.Size(), workers, [&](std::size_t begin, std::size_t end) {
-    for (std::size_t offset = begin; offset < end; ++offset) {
-      auto const place = places.begin + static_cast<std::uint32_t>(offset);
-      std::uint16_t const code = codes[place];
-      if (code == GrowingPredictor::kMissingCode) continue;
-      std::size_t const cell = code * numClasses + classes[place];
-      tested.sizes[cell] += frequencies == nullptr ? 1 : frequencies[place];
-      tested.weights[cell] += lists.WeightAt(place);
-    }
-  });
+  ForCodes(scene.lists, scene.node.ranges.places, predictor,
+           [&](std::uint32_t place, std::uint16_t code) {
+             std::size_t const cell = code * numClasses + classes[place];
+             tested.sizes[cell] += frequencies == nullptr ? 1 : frequencies[place];
+             tested.weights[cell] += scene.lists.WeightAt(place);
+           });
   std::vector<double> const sizes(tested.sizes.begin(), tested.sizes.end());
   std::vector<double> const weights(tested.weights.begin(), tested.weights.end());
   std::vector<ClassRow> rows;
@@ -171,19 +218,14 @@ void QuestMethod::TestCategories(CaseLists const& lists, GrowingNode const& node
 
 // ---- Splits ----
 
-std::optional<QuestMethod::Found> QuestMethod::FindSplit(CaseLists const& lists,
-                                                         GrowingNode const& node,
-                                                         std::size_t predictor,
-                                                         Tested const& tested,
-                                                         Workers& workers) const {
+std::optional<QuestMethod::Found> QuestMethod::FindSplit(Scene const& scene, std::size_t predictor,
+                                                         Tested const& tested) const {
   if (data_.GetPredictors()[predictor].IsNominal()) return DivideCategories(predictor, tested);
-  return FindCut(lists, node, predictor, tested, workers);
+  return FindCut(scene, predictor, tested);
 }
 
-std::optional<QuestMethod::Found> QuestMethod::FindCut(CaseLists const& lists,
-                                                       GrowingNode const& node,
-                                                       std::size_t predictor, Tested const& tested,
-                                                       Workers& workers) const {
+std::optional<QuestMethod::Found> QuestMethod::FindCut(Scene const& scene, std::size_t predictor,
+                                                       Tested const& tested) const {
   std::size_t const numClasses = factors_.size();
   NumberSums all;
   for (NumberSums const& sums : tested.sums) all += sums;
@@ -201,26 +243,49 @@ std::optional<QuestMethod::Found> QuestMethod::FindCut(CaseLists const& lists,
   for (double const point : NormalSplitPoints(moments)) {
     Found found;
     found.cutPoint = numbers_[predictor].ValueOf(static_cast<double>(centre) + point);
-    found.improvement = ImprovementOfCut(lists, node, predictor, tested, found.cutPoint, workers);
+    found.improvement = ImprovementOfCut(scene, predictor, tested, found.cutPoint);
     if (found.improvement > 0.0) return found;
   }
   return std::nullopt;
 }
 
-double QuestMethod::ImprovementOfCut(CaseLists const& lists, GrowingNode const& node,
-                                     std::size_t predictor, Tested const& tested, double cutPoint,
-                                     Workers& workers) const {
+double QuestMethod::ImprovementOfCut(Scene const& scene, std::size_t predictor,
+                                     Tested const& tested, double cutPoint) const {
   std::size_t const numClasses = factors_.size();
+  GrowingPredictor const& description = data_.GetPredictors()[predictor];
+  CaseRows const& rows = data_.GetCaseRows();
+  std::size_t const position = rowPositions_[predictor];
+  std::uint16_t const* const classes = scene.lists.GetClasses();
+  std::int64_t const* const frequencies = scene.lists.GetFrequencies();
+  struct Left {
+    std::vector<std::int64_t> weights;  // by class
+    std::int64_t size = 0;
+  };
+  std::vector<Left> lefts(scene.slices.size());
+  scene.crew.Run(lefts.size(), [&](std::size_t slice) {
+    std::vector<std::int64_t> weights(numClasses);
+    std::int64_t size = 0;
+    auto const add = [&](std::uint32_t place, double value) {
+      bool const isLeft = value <= cutPoint;  // a missing one is not
+      weights[classes[place]] += isLeft ? scene.lists.WeightAt(place) : 0;
+      size += !isLeft ? 0 : frequencies == nullptr ? 1 : frequencies[place];
+    };
+    if (description.IsCoded()) {
+      ForCodes(
+          scene.lists, scene.slices[slice], predictor,
+          [&](std::uint32_t place, std::uint16_t code) { add(place, description.values[code]); });
+    } else {
+      ForValues(rows, position, scene.lists, scene.slices[slice], add);
+    }
+    lefts[slice] = {std::move(weights), size};
+  });
   std::vector<std::int64_t> left(numClasses);
   Side leftSide{std::vector<double>(numClasses), 0};
   Side rightSide{std::vector<double>(numClasses), 0};
-  std::uint16_t const* const classes = lists.GetClasses();
-  std::int64_t const* const frequencies = lists.GetFrequencies();
-  ForValues(lists, node, predictor, workers, [&](std::uint32_t place, double value, std::int64_t) {
-    if (!(value <= cutPoint)) return;
-    left[classes[place]] += lists.WeightAt(place);
-    leftSide.size += frequencies == nullptr ? 1 : frequencies[place];
-  });
+  for (Left const& ofSlice : lefts) {
+    leftSide.size += ofSlice.size;
+    for (std::size_t j = 0; j < numClasses; ++j) left[j] += ofSlice.weights[j];
+  }
   for (std::size_t j = 0; j < numClasses; ++j) {
     NumberSums const& sums = tested.sums[j];
     rightSide.size += sums.size;
@@ -322,65 +387,88 @@ std::vector<RuleList> QuestMethod::FindSplits(CaseLists const& lists,
                                               std::span<GrowingNode const> nodes,
                                               Workers& workers) {
   PrepareNumbers(workers);
-  auto const& predictors = data_.GetPredictors();
-  std::size_t const numPredictors = predictors.size();
-  double const alpha = settings_.GetAlphaOfVariableSelection();
-  std::vector<Tested> tested(nodes.size() * numPredictors);  // [node][predictor]
-  auto const testsOf = [&](std::size_t node) {
-    std::vector<PredictorTests> tests;
-    for (std::size_t predictor = 0; predictor < numPredictors; ++predictor) {
-      tests.push_back(tested[node * numPredictors + predictor].tests);
-    }
-    return tests;
+  RowSums const rowSums(data_, lists, numbers_);
+  // Few cases stay in the cache of a thread until their node is done; on many, all work together.
+  std::size_t const numPredictors = data_.GetPredictors().size();
+  std::size_t const fewCases = kValuesPerSlice / std::max<std::size_t>(1, numPredictors);
+  // The sums of a slice take less memory than its cases do.
+  std::size_t const sliceSize = std::max({std::size_t{1}, fewCases, 64 * factors_.size()});
+  std::vector<RuleList> rules(nodes.size());
+  auto const find = [&](std::size_t node, bool byAll) {
+    Range const places = nodes[node].ranges.places;
+    rules[node] =
+        FindSplitsOf({nodes[node], lists, rowSums, Slice(places, sliceSize), Crew(workers, byAll)});
   };
-  workers.Run(numPredictors, [&](std::size_t predictor) {
-    for (std::size_t node = 0; node < nodes.size(); ++node) {
-      Tested& ofNode = tested[node * numPredictors + predictor];
-      ofNode.tests.used = predictors[predictor].used;
-      ofNode.tests.isOrdered = !predictors[predictor].IsNominal();
-      if (!ofNode.tests.used) continue;
-      if (ofNode.tests.isOrdered) {
-        TestMeans(lists, nodes[node], predictor, workers, ofNode);
-      } else {
-        TestCategories(lists, nodes[node], predictor, workers, ofNode);
-      }
-    }
-  });
-  std::vector<char> isOpen(nodes.size());
+  std::vector<std::size_t> small;
   for (std::size_t node = 0; node < nodes.size(); ++node) {
-    isOpen[node] = IsSelectedByMeans(testsOf(node), alpha) ? 0 : 1;
-  }
-  workers.Run(numPredictors, [&](std::size_t predictor) {
-    if (!predictors[predictor].used || predictors[predictor].IsNominal()) return;
-    for (std::size_t node = 0; node < nodes.size(); ++node) {
-      if (isOpen[node] == 0) continue;
-      TestSpread(lists, nodes[node], predictor, workers, tested[node * numPredictors + predictor]);
+    if (nodes[node].ranges.places.Size() > fewCases) {
+      find(node, true);
+    } else {
+      small.push_back(node);
     }
+  }
+  workers.Run(small.size(), [&](std::size_t number) { find(small[number], false); });
+  return rules;
+}
+
+RuleList QuestMethod::FindSplitsOf(Scene const& scene) const {
+  auto const& predictors = data_.GetPredictors();
+  double const alpha = settings_.GetAlphaOfVariableSelection();
+  std::vector<Tested> tested(predictors.size());
+  for (std::size_t predictor = 0; predictor < tested.size(); ++predictor) {
+    tested[predictor].tests.used = predictors[predictor].used;
+    tested[predictor].tests.isOrdered = !predictors[predictor].IsNominal();
+  }
+  auto const numUsed = std::count_if(predictors.begin(), predictors.end(),
+                                     [](GrowingPredictor const& each) { return each.used; });
+  if (numUsed == 0) return {};
+  bool const hasRows = !data_.GetCaseRows().IsEmpty();
+  std::optional<ClassSums> const sums = hasRows ? std::optional(SumRows(scene)) : std::nullopt;
+  scene.crew.Run(tested.size(), [&](std::size_t predictor) {
+    Tested& each = tested[predictor];
+    if (!each.tests.used) return;
+    if (!each.tests.isOrdered) {
+      TestCategories(scene, predictor, each);
+      return;
+    }
+    if (predictors[predictor].isInRows) {
+      each.sums = sums->Of(rowPositions_[predictor]);
+    } else {
+      SumCodes(scene, predictor, each);
+    }
+    TestMeans(each);
   });
+  if (!IsSelectedByMeans(TestsOf(tested), alpha)) {
+    std::optional<ClassSums> const distances =
+        hasRows ? std::optional(SumDistances(scene, tested)) : std::nullopt;
+    scene.crew.Run(tested.size(), [&](std::size_t predictor) {
+      Tested& each = tested[predictor];
+      if (!each.tests.used || !each.tests.isOrdered) return;
+      if (predictors[predictor].isInRows) {
+        TestSpread(distances->Of(rowPositions_[predictor]), each);
+      } else {
+        TestSpreadOfCodes(scene, predictor, each);
+      }
+    });
+  }
 
   auto const maxNumRules = static_cast<std::size_t>(std::max(1, settings_.GetMaxNumCompetitors()));
   double const minImprovement = settings_.GetStopRule()->GetMinImprovement();
-  auto const numUsed = std::count_if(predictors.begin(), predictors.end(),
-                                     [](GrowingPredictor const& each) { return each.used; });
-  std::vector<RuleList> rules(nodes.size());
-  if (numUsed == 0) return rules;
-  workers.Run(nodes.size(), [&](std::size_t node) {
-    std::span<Tested const> const ofNode(tested.data() + node * numPredictors, numPredictors);
-    SelectedPredictor const selected = SelectPredictor(testsOf(node), alpha);
-    for (std::size_t const predictor : OrderOf(ofNode, selected)) {
-      if (rules[node].size() == maxNumRules) break;
-      Tested const& each = ofNode[predictor];
-      std::optional<Found> const found = FindSplit(lists, nodes[node], predictor, each, workers);
-      if (!found.has_value()) continue;
-      if (rules[node].empty() && found->improvement < minImprovement) break;
-      bool const isSelected = predictor == selected.predictor;
-      double const logP =
-          isSelected ? selected.adjustedLogP
-                     : std::min(0.0, each.tests.logP + std::log(static_cast<double>(numUsed)));
-      double const statistic = isSelected && selected.byLevene ? each.levene : each.statistic;
-      rules[node].push_back(MakeRule(predictor, *found, statistic, logP));
-    }
-  });
+  RuleList rules;
+  SelectedPredictor const selected = SelectPredictor(TestsOf(tested), alpha);
+  for (std::size_t const predictor : OrderOf(tested, selected)) {
+    if (rules.size() == maxNumRules) break;
+    Tested const& each = tested[predictor];
+    std::optional<Found> const found = FindSplit(scene, predictor, each);
+    if (!found.has_value()) continue;
+    if (rules.empty() && found->improvement < minImprovement) break;
+    bool const isSelected = predictor == selected.predictor;
+    double const logP =
+        isSelected ? selected.adjustedLogP
+                   : std::min(0.0, each.tests.logP + std::log(static_cast<double>(numUsed)));
+    double const statistic = isSelected && selected.byLevene ? each.levene : each.statistic;
+    rules.push_back(MakeRule(predictor, *found, statistic, logP));
+  }
   return rules;
 }
 

@@ -12,6 +12,7 @@
 #include "growing/class_model.h"
 #include "growing/split_method.h"
 #include "quest/predictor_numbers.h"
+#include "quest/row_sums.h"
 #include "quest/variable_selection.h"
 #include "tree/settings.h"
 
@@ -21,6 +22,9 @@ namespace tree::grow {
 /// looked at, so that predictors with many possible splits have no advantage; it is then split in
 /// two by discriminant analysis. Surrogates as for CART. Source: Loh and Shih 1997, Split selection
 /// methods for classification trees.
+///
+/// Each node's cases are gone through row by row, with all predictors at once, for the sums that
+/// the tests are made of; only where the first ones do not choose a predictor, once more.
 ///
 /// Tests count cases as they are; probabilities of the classes, with their priors and, where the
 /// settings want that, with priors altered by costs, decide where the split lies. Where the split
@@ -44,7 +48,8 @@ class QuestMethod : public SplitMethod {
     PredictorTests tests;
     double statistic = 0.0;             // F, or chi-square
     double levene = 0.0;                // F
-    std::vector<NumberSums> sums;       // by class, of an ordered predictor
+    std::span<NumberSums const> sums;   // by class, of an ordered predictor
+    std::vector<NumberSums> ownSums;    // what these are, of a coded one
     std::vector<std::int64_t> sizes;    // [code][class], of a nominal one, in units of frequency
     std::vector<std::int64_t> weights;  // the same in units of weight
   };
@@ -60,25 +65,51 @@ class QuestMethod : public SplitMethod {
     std::int64_t size = 0;              // in units of frequency
   };
 
+  /// Who works on a node: all threads together, or one of them.
+  class Crew {
+   public:
+    Crew(Workers& workers, bool isWhole) : workers_(workers), isWhole_(isWhole) {}
+
+    /// Does task 0 to `count` - 1, as `Workers` do.
+    template <class Task>
+    void Run(std::size_t count, Task const& task) const {
+      if (isWhole_) {
+        workers_.Run(count, task);
+      } else {
+        for (std::size_t number = 0; number < count; ++number) task(number);
+      }
+    }
+
+   private:
+    Workers& workers_;
+    bool isWhole_;
+  };
+  /// A node, and what is needed to look at its cases.
+  struct Scene {
+    GrowingNode const& node;
+    CaseLists const& lists;
+    RowSums const& rowSums;
+    std::vector<Range> slices;  // of its places
+    Crew crew;
+  };
+
   void PrepareNumbers(Workers& workers);
-  template <class Visit>
-  void ForValues(CaseLists const& lists, GrowingNode const& node, std::size_t predictor,
-                 Workers& workers, Visit const& visit) const;
-  void TestMeans(CaseLists const& lists, GrowingNode const& node, std::size_t predictor,
-                 Workers& workers, Tested& tested) const;
-  void TestSpread(CaseLists const& lists, GrowingNode const& node, std::size_t predictor,
-                  Workers& workers, Tested& tested) const;
-  void TestCategories(CaseLists const& lists, GrowingNode const& node, std::size_t predictor,
-                      Workers& workers, Tested& tested) const;
+  RuleList FindSplitsOf(Scene const& scene) const;
+  ClassSums SumRows(Scene const& scene) const;
+  ClassSums SumDistances(Scene const& scene, std::span<Tested const> tested) const;
+  void SumCodes(Scene const& scene, std::size_t predictor, Tested& tested) const;
+  void TestCategories(Scene const& scene, std::size_t predictor, Tested& tested) const;
+  void TestMeans(Tested& tested) const;
+  void TestSpreadOfCodes(Scene const& scene, std::size_t predictor, Tested& tested) const;
+  void TestSpread(std::span<NumberSums const> distances, Tested& tested) const;
   std::vector<std::size_t> OrderOf(std::span<Tested const> tested,
                                    SelectedPredictor const& selected) const;
-  std::optional<Found> FindSplit(CaseLists const& lists, GrowingNode const& node,
-                                 std::size_t predictor, Tested const& tested,
-                                 Workers& workers) const;
-  std::optional<Found> FindCut(CaseLists const& lists, GrowingNode const& node,
-                               std::size_t predictor, Tested const& tested, Workers& workers) const;
-  double ImprovementOfCut(CaseLists const& lists, GrowingNode const& node, std::size_t predictor,
-                          Tested const& tested, double cutPoint, Workers& workers) const;
+  std::optional<Found> FindSplit(Scene const& scene, std::size_t predictor,
+                                 Tested const& tested) const;
+  std::optional<Found> FindCut(Scene const& scene, std::size_t predictor,
+                               Tested const& tested) const;
+  double ImprovementOfCut(Scene const& scene, std::size_t predictor, Tested const& tested,
+                          double cutPoint) const;
   std::optional<Found> DivideCategories(std::size_t predictor, Tested const& tested) const;
   double ImprovementOf(Side const& left, Side const& right) const;
   std::unique_ptr<SplitRuleImp> MakeRule(std::size_t predictor, Found const& found,
@@ -90,7 +121,10 @@ class QuestMethod : public SplitMethod {
   std::vector<double>
       factors_;    // by class: what a unit of weight adds to the probability of a node
   bool weighted_;  // whether cases have weights beside their frequencies
-  std::vector<PredictorNumbers> numbers_;  // by predictor, of ordered ones; empty until needed
+  // By predictor; empty until needed:
+  std::vector<PredictorNumbers> numbers_;             // of ordered ones
+  std::vector<std::vector<std::int64_t>> multiples_;  // of ordered coded ones, by code
+  std::vector<std::size_t> rowPositions_;             // of those in rows
 };
 
 }  // namespace tree::grow

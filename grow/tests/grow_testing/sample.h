@@ -37,9 +37,9 @@ struct Sample {
   std::size_t GetNumCases() const { return target.size(); }
 };
 
-/// Whether ordered predictors are sorted even if they have few values, or coded even if they have
-/// many.
-enum class Form { kAsItComes, kSorted, kCoded };
+/// Whether ordered predictors are sorted, or held in rows, even if they have few values, or coded
+/// even if they have many.
+enum class Form { kAsItComes, kSorted, kInRows, kCoded };
 
 /// Ends every operation the first time that it is asked.
 class Impatient : public ProgressListener {
@@ -89,11 +89,12 @@ class PreparedSample {
     }
     std::vector<std::size_t> rows(sample.GetNumCases());
     std::iota(rows.begin(), rows.end(), std::size_t{0});
-    training_ = std::make_unique<TrainingData>(*data_, roles_, *settings_, rows, sample.weights,
-                                               sample.frequencies,
-                                               form == Form::kSorted  ? 0
-                                               : form == Form::kCoded ? 65535
-                                                                      : 256);
+    training_ = std::make_unique<TrainingData>(
+        *data_, roles_, *settings_, rows, sample.weights, sample.frequencies,
+        form == Form::kAsItComes ? 256
+        : form == Form::kCoded   ? 65535
+                                 : 0,
+        0, form == Form::kInRows ? OrderedForm::kInRows : OrderedForm::kSorted);
     training_->PreparePredictors(workers_);
   }
 

@@ -301,6 +301,41 @@ TEST(QuestGrower, LeavesPredictorsWithTooManyCategoriesOut) {
   EXPECT_EQ(Grown(data, settings)->GetRemarks().size(), 1U);
 }
 
+TEST(QuestGrower, GrowsTheSameTreeInWhateverFormItHoldsThePredictors) {
+  for (std::uint32_t seed = 1; seed <= 40; ++seed) {
+    SCOPED_TRACE(seed);
+    RandomNumbers random(seed);
+    std::size_t const numCases = 40 + random.Below(200);
+    std::vector<double> classes;
+    std::vector<std::vector<double>> columns(3);
+    for (std::size_t row = 0; row < numCases; ++row) {
+      for (auto& column : columns) {
+        bool const isInfinite = seed % 3 == 0 && random.Below(15) == 0;
+        bool const isMissing = seed % 2 == 0 && random.Below(6) == 0;
+        column.push_back(isInfinite  ? -HUGE_VAL
+                         : isMissing ? systemMissingValue()
+                                     : random.Multiple(0.1, 400));
+      }
+      classes.push_back(columns[0].back() + random.Multiple(0.1, 200) < 30.0 ? random.Below(2)
+                                                                             : 2.0);
+    }
+    SampleData data(numCases);
+    data.Classes(classes).Ordered(columns[0]).Ordered(columns[1]).Ordered(columns[2]);
+    auto settings = data.LooseSettings<QuestSettingsImp>();
+    settings.SetMaxNumSurrogates(seed % 4 == 0 ? 1 : 0);
+
+    std::string trees[2];
+    for (bool const areCoded : {false, true}) {
+      auto const grower =
+          data.Make(settings, {.numThreads = 1, .maxCodedValues = areCoded ? 65535 : 0});
+      ASSERT_TRUE(grower->Grow());
+      trees[areCoded ? 1 : 0] = Describe(*grower->GetRootNode());
+    }
+
+    EXPECT_EQ(trees[0], trees[1]);
+  }
+}
+
 TEST(QuestGrower, PrunesAsCartDoes) {
   std::mt19937 engine(3);
   std::vector<double> classes;

@@ -50,6 +50,48 @@ TEST(Threads, GrowPruneAndValidateTogether) {
   EXPECT_EQ(Work(data, 4), Work(data, 1));
 }
 
+/// So many predictors that all threads work on each of the upper nodes.
+SampleData Wide() {
+  RandomNumbers random(2);
+  std::size_t const numCases = 1500;
+  std::vector<std::vector<double>> columns(1400, std::vector<double>(numCases));
+  std::vector<double> classes;
+  for (auto& column : columns) {
+    for (double& value : column) value = static_cast<double>(random.Below(5000));
+  }
+  for (std::size_t row = 0; row < numCases; ++row) {
+    double const signal = columns[7][row] + columns[9][row] + random.Below(3000);
+    classes.push_back(signal < 4500.0 ? 0.0 : signal < 8000.0 ? 1.0 : 2.0);
+    columns[3][row] = static_cast<double>(random.Below(4));
+    columns[7][row] = random.Below(9) == 0 ? systemMissingValue() : columns[7][row];
+  }
+  SampleData data(numCases);
+  data.Classes(classes);
+  for (std::size_t position = 0; position < columns.size(); ++position) {
+    if (position == 3) {
+      data.Nominal(columns[position]);
+    } else {
+      data.Ordered(columns[position]);
+    }
+  }
+  return data;
+}
+
+std::string GrowByQuest(SampleData const& data, int numThreads) {
+  auto settings = data.LooseSettings<QuestSettingsImp>();
+  settings.SetMaxNumSurrogates(0);
+  settings.GetStopRule()->SetMinChildSize(20);
+  auto const grower = data.Make(settings, {numThreads});
+  EXPECT_TRUE(grower->Grow());
+  return Describe(*grower->GetRootNode());
+}
+
+TEST(Threads, ShareTheWorkOnNodesOfQuest) {
+  SampleData const data = Wide();
+
+  EXPECT_EQ(GrowByQuest(data, 4), GrowByQuest(data, 1));
+}
+
 class Impatient : public ProgressListener {
  public:
   bool Report(double, char const*) noexcept override { return ++numReports_ < 2; }

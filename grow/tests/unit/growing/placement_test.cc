@@ -58,8 +58,8 @@ Sample OnePredictor(std::vector<double> const& values, bool nominal = false) {
 }
 
 TEST(PlaceByRule, SendsValuesUpToTheCutPointLeft) {
-  for (Form const form : {Form::kAsItComes, Form::kSorted}) {
-    SCOPED_TRACE(form == Form::kSorted ? "sorted" : "coded");
+  for (Form const form : {Form::kAsItComes, Form::kSorted, Form::kInRows}) {
+    SCOPED_TRACE(static_cast<int>(form));
     PreparedSample sample(OnePredictor({3.0, kMissing, 1.0, 2.0}), form);
 
     EXPECT_THAT(Place(sample, *CutAt(0, 2.0)), ElementsAre(1, kNoChild, 0, 0));
@@ -112,8 +112,8 @@ TEST(PlaceByRule, MindsReversedRules) {
 }
 
 TEST(PlaceByRule, SendsMissingValuesWhereTheRuleMapsThem) {
-  for (Form const form : {Form::kAsItComes, Form::kSorted}) {
-    SCOPED_TRACE(form == Form::kSorted ? "sorted" : "coded");
+  for (Form const form : {Form::kAsItComes, Form::kSorted, Form::kInRows}) {
+    SCOPED_TRACE(static_cast<int>(form));
     PreparedSample sample(OnePredictor({3.0, kMissing, 1.0}), form);
     auto const rule = CutAt(0, 2.0);
     rule->AddMissingValueMapping(true);
@@ -182,7 +182,7 @@ TEST(PlaceByRule, PlacesCasesAsTheRuleClassifiesThem) {
     if (random.Below(2) == 0) {
       for (auto const& rule : rules) rule->AddMissingValueMapping(random.Below(2) == 0);
     }
-    for (Form const form : {Form::kAsItComes, Form::kSorted}) {
+    for (Form const form : {Form::kAsItComes, Form::kSorted, Form::kInRows}) {
       PreparedSample sample(OnePredictor(values), form);
       for (auto const& rule : rules) {
         ChildOfPlace const childOf = Place(sample, *rule);

@@ -348,5 +348,56 @@ TEST(TrainingData, MakesReleasedListsAgain) {
   EXPECT_EQ(training.GetRemarks().size(), 1U);
 }
 
+TEST(TrainingData, HoldsOrderedPredictorsInTheFormThatIsWanted) {
+  DataSet data(4);
+  data.AddColumn({"y", global::MeasurementNominal, {}, kMissing}, {0.0, 1.0, 0.0, 1.0});
+  data.AddColumn({"x", global::MeasurementContinuous, {}, kMissing}, {0.5, -1.0, kMissing, 4.0});
+  data.AddColumn({"c", global::MeasurementNominal, {}, kMissing}, {0.0, 1.0, 1.0, 0.0});
+  data.AddColumn({"few", global::MeasurementContinuous, {}, kMissing}, {1.0, 2.0, 1.0, 2.0});
+  data.AddColumn({"z", global::MeasurementContinuous, {}, kMissing}, {5.0, 6.0, 7.0, 8.0});
+  CaseRoles const roles{.target = 0, .predictors = {1, 2, 3, 4}};
+  CCartSettingsImp const settings(MakeCoreSettings(data, roles));
+  struct {
+    char const* name;
+    OrderedForm form;
+    bool isSorted;
+    bool isInRows;
+  } const kRows[] = {
+      {"sorted", OrderedForm::kSorted, true, false},
+      {"in rows", OrderedForm::kInRows, false, true},
+      {"both", OrderedForm::kSortedAndInRows, true, true},
+  };
+  for (auto const& row : kRows) {
+    SCOPED_TRACE(row.name);
+    TrainingData training(data, roles, settings, {0, 1, 2, 3}, {}, {}, 2, 0, row.form);
+    Workers workers(1);
+    workers.Begin();
+
+    // Once more after lists were released.
+    for (int attempt = 0; attempt < 2; ++attempt) {
+      training.PreparePredictors(workers);
+
+      auto const& predictors = training.GetPredictors();
+      EXPECT_EQ(predictors[0].isSorted, row.isSorted);
+      EXPECT_EQ(predictors[0].sorted.size(), row.isSorted ? 3U : 0U);
+      EXPECT_EQ(predictors[3].sorted.size(), row.isSorted ? 4U : 0U);
+      EXPECT_FALSE(predictors[1].isSorted || predictors[1].isInRows);
+      EXPECT_FALSE(predictors[2].isSorted || predictors[2].isInRows);
+      EXPECT_EQ(predictors[0].isInRows, row.isInRows);
+      EXPECT_EQ(predictors[3].isInRows, row.isInRows);
+      CaseRows const& rows = training.GetCaseRows();
+      if (row.isInRows) {
+        EXPECT_THAT(
+            std::vector<std::size_t>(rows.GetPredictors().begin(), rows.GetPredictors().end()),
+            ElementsAre(0U, 3U));
+        EXPECT_THAT(std::vector<double>(rows.Of(3), rows.Of(3) + 2), ElementsAre(4.0, 8.0));
+      } else {
+        EXPECT_TRUE(rows.IsEmpty());
+      }
+      static_cast<void>(training.ReleaseSorted());
+    }
+  }
+}
+
 }  // namespace
 }  // namespace tree::grow
