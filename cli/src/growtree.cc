@@ -154,9 +154,15 @@ class Session {
 
   /// The library knows neither the file nor that rows are counted from 1, as in predictions.
   std::unique_ptr<grow::Grower> MakeGrower(grow::DataSet const& data, grow::CaseRoles const& roles,
-                                           AlgSettings const& settings) const {
+                                           AlgSettings const& settings) {
+    grow::GrowOptions options = options_.grow;
+    options.listener = &progress_;
+    progress_.Begin();
     try {
-      return grow::MakeGrower(data, roles, settings, options_.grow);
+      auto grower = grow::MakeGrower(data, roles, settings, options);
+      progress_.End();
+      if (grower == nullptr) throw Interrupted();
+      return grower;
     } catch (grow::CaseError const& error) {
       throw grow::InputError(FileName() + ": row " + std::to_string(error.GetRow() + 1) + ": " +
                              error.GetWhere() + ": " + error.GetWhy());

@@ -48,7 +48,7 @@ class Front {
     }
     __m512i const even = _mm512_setr_epi64(0, 2, 4, 6, 8, 10, 12, 14);
     __m512i const odd = _mm512_setr_epi64(1, 3, 5, 7, 9, 11, 13, 15);
-    for (std::uint32_t half = 0; half < 2; ++half) {
+    for (std::size_t half = 0; half < 2; ++half) {
       __m512i const low = parts[2 * half];
       __m512i const high = parts[2 * half + 1];
       halves_[half] = {_mm512_permutex2var_epi64(low, even, high),

@@ -181,7 +181,11 @@ std::unique_ptr<Grower> MakeGrower(DataSet const& data, CaseRoles const& roles,
   }
   CoreSettingsImp const core = MakeCoreSettings(data, roles);  // refuses roles that do not exist
   CheckSettings(data, roles, settings);
-  return std::make_unique<TreeGrower>(data, roles, MakeAlgorithm(settings, options), options);
+  try {
+    return std::make_unique<TreeGrower>(data, roles, MakeAlgorithm(settings, options), options);
+  } catch (Cancelled const&) {
+    return nullptr;
+  }
 }
 
 void CopyCase(DataSet const& data, std::vector<int> const& predictors, std::size_t row,

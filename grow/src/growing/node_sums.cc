@@ -27,7 +27,8 @@ void CountChildren(CaseLists const& lists, NodeRanges const& node, ChildOfPlace 
 
 }  // namespace
 
-NodeSums SumCases(TrainingData const& data, std::span<std::uint32_t const> cases) {
+NodeSums SumCases(TrainingData const& data, std::span<std::uint32_t const> cases,
+                  PollFunction const& poll) {
   NodeSums sums;
   sums.numCases = cases.size();
   sums.classWeights.resize(data.GetNumClasses());
@@ -36,19 +37,21 @@ NodeSums SumCases(TrainingData const& data, std::span<std::uint32_t const> cases
   if (sums.classWeights.empty() && !cases.empty()) {
     sums.least = sums.greatest = data.GetNumbers().multiples[cases.front()];
   }
-  for (std::uint32_t const index : cases) {
-    sums.size += frequencies.Of(index);
-    std::int64_t const weight = weights.Of(index);
-    sums.weight += weight;
-    if (sums.classWeights.empty()) {
-      std::int64_t const number = data.GetNumbers().multiples[index];
-      sums.weightedNumbers += WideInteger{weight} * number;
-      sums.least = std::min(sums.least, number);
-      sums.greatest = std::max(sums.greatest, number);
-    } else {
-      sums.classWeights[data.GetClasses()[index]] += weight;
+  ForSlices(cases.size(), poll, [&](std::size_t begin, std::size_t end) {
+    for (std::uint32_t const index : cases.subspan(begin, end - begin)) {
+      sums.size += frequencies.Of(index);
+      std::int64_t const weight = weights.Of(index);
+      sums.weight += weight;
+      if (sums.classWeights.empty()) {
+        std::int64_t const number = data.GetNumbers().multiples[index];
+        sums.weightedNumbers += WideInteger{weight} * number;
+        sums.least = std::min(sums.least, number);
+        sums.greatest = std::max(sums.greatest, number);
+      } else {
+        sums.classWeights[data.GetClasses()[index]] += weight;
+      }
     }
-  }
+  });
   return sums;
 }
 

@@ -22,8 +22,9 @@ struct NodeSums {
   std::int64_t greatest = 0;               ///< of the numbers
 };
 
-/// Adds up cases. Linear in them.
-NodeSums SumCases(TrainingData const& data, std::span<std::uint32_t const> cases);
+/// Adds up cases. Linear in them; polls on the way.
+NodeSums SumCases(TrainingData const& data, std::span<std::uint32_t const> cases,
+                  PollFunction const& poll = NoPoll);
 
 /// Adds up the cases of a node that go to each of its children. `childOf`: by place, below
 /// `numChildren` or `kNoChild`. Linear in the cases of the node, which are read in their order.

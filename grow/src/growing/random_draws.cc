@@ -3,6 +3,8 @@
 #include <random>
 #include <utility>
 
+#include "growing/workers.h"
+
 namespace tree::grow {
 namespace {
 
@@ -17,22 +19,30 @@ std::size_t DrawIndex(Engine& engine, std::size_t size) { return engine() % size
 
 }  // namespace
 
-std::vector<std::uint8_t> DrawTestSample(std::size_t numCases, double testShare, long seed) {
+std::vector<std::uint8_t> DrawTestSample(std::size_t numCases, double testShare, long seed,
+                                         PollFunction const& poll) {
   Engine engine(static_cast<Engine::result_type>(seed));
   std::vector<std::uint8_t> drawn(numCases);
-  for (std::uint8_t& flag : drawn) flag = DrawShare(engine) < testShare ? 1 : 0;
+  ForSlices(numCases, poll, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t index = begin; index < end; ++index) {
+      drawn[index] = DrawShare(engine) < testShare ? 1 : 0;
+    }
+  });
   return drawn;
 }
 
-std::vector<std::uint32_t> DrawFolds(std::size_t numCases, std::size_t numFolds, long seed) {
+std::vector<std::uint32_t> DrawFolds(std::size_t numCases, std::size_t numFolds, long seed,
+                                     PollFunction const& poll) {
   Engine engine(static_cast<Engine::result_type>(seed));
   std::vector<std::uint32_t> folds(numCases);
   for (std::size_t index = 0; index < numCases; ++index) {
     folds[index] = static_cast<std::uint32_t>(index % numFolds);
   }
-  for (std::size_t left = numCases; left > 1; --left) {
-    std::swap(folds[left - 1], folds[DrawIndex(engine, left)]);
-  }
+  ForSlices(numCases, poll, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t left = numCases - begin; left > numCases - end; --left) {
+      std::swap(folds[left - 1], folds[DrawIndex(engine, left)]);
+    }
+  });
   return folds;
 }
 

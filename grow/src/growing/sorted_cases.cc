@@ -29,18 +29,20 @@ std::uint32_t DigitOf(std::uint32_t key, Digits digits, unsigned int shift) {
 /// How many of the cases have each value of each digit, from the lowest digit up.
 using DigitCounts = std::vector<std::vector<std::uint32_t>>;
 
-DigitCounts CountDigits(std::vector<KeyedCase> const& cases, Digits digits) {
+DigitCounts CountDigits(std::vector<KeyedCase> const& cases, Digits digits, Workers& workers) {
   DigitCounts counts;
   for (unsigned int shift = digits.begin; shift < 32; shift += digits.size) {
     counts.emplace_back(std::size_t{1} << digits.size);
   }
-  for (KeyedCase const item : cases) {
-    unsigned int shift = digits.begin;
-    for (auto& ofDigit : counts) {
-      ++ofDigit[DigitOf(item.key, digits, shift)];
-      shift += digits.size;
+  ForSlices(cases.size(), workers, [&](std::size_t first, std::size_t last) {
+    for (std::size_t place = first; place < last; ++place) {
+      unsigned int shift = digits.begin;
+      for (auto& ofDigit : counts) {
+        ++ofDigit[DigitOf(cases[place].key, digits, shift)];
+        shift += digits.size;
+      }
     }
-  }
+  });
   return counts;
 }
 
@@ -78,14 +80,17 @@ void SortByDigits(std::vector<KeyedCase>& cases, Digits digits, DigitCounts coun
 /// equal keys say nothing.
 class KeyScale {
  public:
-  KeyScale(double const* values, std::vector<std::uint32_t> const& indexes) {
+  KeyScale(double const* values, std::vector<std::uint32_t> const& indexes, Workers& workers) {
     double minimum = HUGE_VAL;
     double maximum = -HUGE_VAL;
-    for (std::uint32_t const index : indexes) {
-      if (std::isinf(values[index])) continue;
-      minimum = std::min(minimum, values[index]);
-      maximum = std::max(maximum, values[index]);
-    }
+    ForSlices(indexes.size(), workers, [&](std::size_t first, std::size_t last) {
+      for (std::size_t position = first; position < last; ++position) {
+        double const value = values[indexes[position]];
+        if (std::isinf(value)) continue;
+        minimum = std::min(minimum, value);
+        maximum = std::max(maximum, value);
+      }
+    });
     if (minimum < maximum) {
       minimum_ = minimum;
       double const half = maximum / 2.0 - minimum / 2.0;  // the whole range may be no number
@@ -107,15 +112,20 @@ class KeyScale {
 
 std::vector<SortedCase> SortCases(double const* values, std::vector<std::uint32_t> const& indexes,
                                   Workers& workers) {
-  KeyScale const scale(values, indexes);
+  KeyScale const scale(values, indexes, workers);
   std::vector<KeyedCase> cases;
   cases.reserve(indexes.size());
-  for (std::uint32_t const index : indexes) cases.push_back({scale.KeyOf(values[index]), index});
+  ForSlices(indexes.size(), workers, [&](std::size_t first, std::size_t last) {
+    for (std::size_t position = first; position < last; ++position) {
+      std::uint32_t const index = indexes[position];
+      cases.push_back({scale.KeyOf(values[index]), index});
+    }
+  });
   Digits digits = kTwoDigits;
-  DigitCounts counts = CountDigits(cases, digits);
+  DigitCounts counts = CountDigits(cases, digits, workers);
   if (cases.size() > kManyCases || AreClustered(counts.back(), cases.size())) {
     digits = kThreeDigits;
-    counts = CountDigits(cases, digits);
+    counts = CountDigits(cases, digits, workers);
   }
   SortByDigits(cases, digits, std::move(counts), workers);
   workers.Poll();
@@ -125,7 +135,13 @@ std::vector<SortedCase> SortCases(double const* values, std::vector<std::uint32_
     return a.key != b.key ? a.key < b.key : values[a.index] < values[b.index];
   };
   std::vector<SortedCase> sorted(cases.size());
+  constexpr std::size_t kCasesPerPoll = std::size_t{1} << 20;
+  std::size_t nextPoll = kCasesPerPoll;
   for (std::size_t begin = 0; begin < cases.size();) {
+    if (begin >= nextPoll) {
+      workers.Poll();
+      nextPoll = begin + kCasesPerPoll;
+    }
     std::size_t end = begin + 1;
     bool ascends = true;
     while (end < cases.size() &&

@@ -23,7 +23,7 @@ constexpr std::size_t kMaxClasses = 65535;
 TrainingData::TrainingData(DataSet const& data, CaseRoles const& roles, AlgSettings const& settings,
                            std::vector<std::size_t> rows, std::vector<double> const& weights,
                            std::vector<double> const& frequencies, int maxCodedValues,
-                           int numIntervals, OrderedForm orderedForm)
+                           int numIntervals, OrderedForm orderedForm, PollFunction const& poll)
     : data_(data),
       target_(data.GetColumn(roles.target)),
       predictorColumns_(roles.predictors),
@@ -32,29 +32,34 @@ TrainingData::TrainingData(DataSet const& data, CaseRoles const& roles, AlgSetti
       numIntervals_(static_cast<std::size_t>(numIntervals)),
       orderedForm_(orderedForm),
       rows_(std::move(rows)),
-      weights_(FixWeights(weights)),
-      frequencies_(FixWeights(frequencies)) {
+      weights_(FixWeights(weights, poll)),
+      frequencies_(FixWeights(frequencies, poll)) {
   if (rows_.size() > SortedCase::kMaxPlace) {
     throw InputError("more than " + std::to_string(SortedCase::kMaxPlace) + " cases");
   }
-  for (std::size_t index = 0; takesEachRow_ && index < rows_.size(); ++index) {
-    takesEachRow_ = rows_[index] == index;
-  }
-  for (std::uint32_t index = 0; index < rows_.size(); ++index) {
-    size_ += static_cast<double>(frequencies_.Of(index));
-  }
+  ForSlices(rows_.size(), poll, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t index = begin; index < end; ++index) {
+      takesEachRow_ = takesEachRow_ && rows_[index] == index;
+      size_ += static_cast<double>(frequencies_.Of(static_cast<std::uint32_t>(index)));
+    }
+  });
   size_ *= frequencies_.unit;
-  ReadTarget();
+  ReadTarget(poll);
   for (int const index : roles.predictors)
     predictors_.emplace_back().column = &data.GetColumn(index);
 }
 
-void TrainingData::ReadTarget() {
+void TrainingData::ReadTarget(PollFunction const& poll) {
   Column const& target = target_;
+  auto const forRows = [&](auto const& visit) {
+    ForSlices(rows_.size(), poll, [&](std::size_t begin, std::size_t end) {
+      for (std::size_t index = begin; index < end; ++index) visit(rows_[index]);
+    });
+  };
   if (target.description.level != global::MeasurementContinuous) {
     double largest = static_cast<double>(target.description.labels.size()) - 1.0;
     classes_.reserve(rows_.size());
-    for (std::size_t const row : rows_) {
+    forRows([&](std::size_t row) {
       double const value = target.values[row];
       if (value != std::floor(value) || value < 0.0) RefuseTarget(target, row, "is no class code");
       if (value >= static_cast<double>(kMaxClasses)) {
@@ -62,20 +67,24 @@ void TrainingData::ReadTarget() {
       }
       largest = std::max(largest, value);
       classes_.push_back(static_cast<std::uint16_t>(value));
-    }
+    });
     numClasses_ = static_cast<std::size_t>(largest + 1.0);
     return;
   }
   std::vector<double> values;
   values.reserve(rows_.size());
-  for (std::size_t const row : rows_) {
-    if (std::isinf(target.values[row])) RefuseTarget(target, row, "cannot be predicted");
-    values.push_back(target.values[row]);
-  }
+  double least = HUGE_VAL;
+  double greatest = -HUGE_VAL;
+  forRows([&](std::size_t row) {
+    double const value = target.values[row];
+    if (std::isinf(value)) RefuseTarget(target, row, "cannot be predicted");
+    least = std::min(least, value);
+    greatest = std::max(greatest, value);
+    values.push_back(value);
+  });
   if (values.empty()) return;
-  auto const [least, greatest] = std::minmax_element(values.begin(), values.end());
-  SetRange(*least, *greatest);
-  numbers_ = FixNumbers(values, weights_);
+  SetRange(least, greatest);
+  numbers_ = FixNumbers(values, weights_, poll);
 }
 
 /// Squares of numbers' differences are what impurities and risks are made of.
@@ -174,15 +183,20 @@ void TrainingData::PrepareManyValues(GrowingPredictor& predictor, Workers& worke
   if (keepsValues && !predictor.isSorted) return;
   std::vector<std::uint32_t> indexes;
   indexes.reserve(rows_.size());
-  for (std::size_t index = 0; index < rows_.size(); ++index) {
-    if (!column.IsMissing(rows_[index])) indexes.push_back(static_cast<std::uint32_t>(index));
-  }
+  ForSlices(rows_.size(), workers, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t index = begin; index < end; ++index) {
+      if (!column.IsMissing(rows_[index])) indexes.push_back(static_cast<std::uint32_t>(index));
+    }
+  });
   std::vector<double> copied;
   double const* values = column.values;
   if (!takesEachRow_) {
     copied.resize(rows_.size());
-    std::transform(rows_.begin(), rows_.end(), copied.begin(),
-                   [&](std::size_t row) { return column.values[row]; });
+    ForSlices(rows_.size(), workers, [&](std::size_t begin, std::size_t end) {
+      for (std::size_t index = begin; index < end; ++index) {
+        copied[index] = column.values[rows_[index]];
+      }
+    });
     values = copied.data();
   }
   std::vector<SortedCase> sorted = SortCases(values, indexes, workers);

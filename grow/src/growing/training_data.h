@@ -58,12 +58,13 @@ class TrainingData {
   /// Ordered predictors with at most `maxCodedValues` different values are coded. With
   /// `numIntervals` above 0 all of them are, as algorithms need them that only know categories:
   /// ordinal ones by their values, continuous ones by so many intervals at quantiles.
-  /// `orderedForm`: of ordered predictors that are not coded. `data`: **borrowed** for this
-  /// object's life.
+  /// `orderedForm`: of ordered predictors that are not coded. `poll`: called on the way. `data`:
+  /// **borrowed** for this object's life.
   TrainingData(DataSet const& data, CaseRoles const& roles, AlgSettings const& settings,
                std::vector<std::size_t> rows, std::vector<double> const& weights,
                std::vector<double> const& frequencies, int maxCodedValues = 256,
-               int numIntervals = 0, OrderedForm orderedForm = OrderedForm::kSorted);
+               int numIntervals = 0, OrderedForm orderedForm = OrderedForm::kSorted,
+               PollFunction const& poll = NoPoll);
 
   /// Sorts and codes the predictors, or reads them row by row. Later calls do nothing, unless
   /// sorted lists were released: they are made again.
@@ -120,7 +121,7 @@ class TrainingData {
   std::vector<std::string> const& GetRemarks() const { return remarks_; }
 
  private:
-  void ReadTarget();
+  void ReadTarget(PollFunction const& poll);
   void SetRange(double least, double greatest);
   void Prepare(GrowingPredictor& predictor, Workers& workers) const;
   void ReadRows(Workers& workers);

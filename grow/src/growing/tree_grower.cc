@@ -38,7 +38,7 @@ bool AreWhole(std::vector<double> const& numbers) {
 
 /// Cases that are there as often as their frequencies, which are whole, say. `caseWeights`: by row;
 /// null when there are none.
-Cases Repeat(Cases const& cases, double const* caseWeights) {
+Cases Repeat(Cases const& cases, double const* caseWeights, PollFunction const& poll) {
   double const size = std::accumulate(cases.frequencies.begin(), cases.frequencies.end(), 0.0);
   if (size > SortedCase::kMaxPlace) {
     throw InputError("frequencies make more than " + std::to_string(SortedCase::kMaxPlace) +
@@ -46,10 +46,12 @@ Cases Repeat(Cases const& cases, double const* caseWeights) {
   }
   Cases repeated;
   repeated.rows.reserve(static_cast<std::size_t>(size));
-  for (std::size_t index = 0; index < cases.rows.size(); ++index) {
-    repeated.rows.insert(repeated.rows.end(), static_cast<std::size_t>(cases.frequencies[index]),
-                         cases.rows[index]);
-  }
+  ForSlices(cases.rows.size(), poll, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t index = begin; index < end; ++index) {
+      repeated.rows.insert(repeated.rows.end(), static_cast<std::size_t>(cases.frequencies[index]),
+                           cases.rows[index]);
+    }
+  });
   if (caseWeights == nullptr) return repeated;
   repeated.weights.reserve(repeated.rows.size());
   for (std::size_t const row : repeated.rows) repeated.weights.push_back(caseWeights[row]);
@@ -83,7 +85,10 @@ struct TreeGrower::Sprout {
 
 TreeGrower::TreeGrower(DataSet const& data, CaseRoles const& roles, Algorithm algorithm,
                        GrowOptions const& options)
-    : algorithm_(std::move(algorithm)), selection_(data, roles), workers_(options.numThreads) {
+    : algorithm_(std::move(algorithm)), workers_(options.numThreads) {
+  workers_.SetListener(options.listener);
+  workers_.Begin();
+  workers_.BeginStage("reading the data", 0.0, 1.0);
   SelectSamples(data, roles, options);
   std::size_t const numClasses = training_->GetNumClasses();
   if (numClasses > kManyClasses) {
@@ -102,11 +107,14 @@ TreeGrower::~TreeGrower() = default;
 
 void TreeGrower::SelectSamples(DataSet const& data, CaseRoles const& roles,
                                GrowOptions const& options) {
+  PollFunction const poll = [this] { workers_.Poll(); };
+  CaseSelection const selection(data, roles, poll);
+  leftOut_ = selection.GetLeftOut();
+  workers_.Advance(0.5);
   std::array<Cases, 2> samples;
   for (DataSample const sample : {TrainingSample, TestSample}) {
-    samples[static_cast<std::size_t>(sample)] = {selection_.GetRows(sample),
-                                                 selection_.GetWeights(sample),
-                                                 selection_.GetFrequencies(sample)};
+    samples[static_cast<std::size_t>(sample)] = {
+        selection.GetRows(sample), selection.GetWeights(sample), selection.GetFrequencies(sample)};
   }
   bool const drawsSample = GetValidation() == ValidationSplitSample && !roles.sample.has_value();
   if (drawsSample || GetValidation() == ValidationCrossValidation) {
@@ -118,25 +126,29 @@ void TreeGrower::SelectSamples(DataSet const& data, CaseRoles const& roles,
                             "row as a whole");
     } else if (!cases.frequencies.empty()) {
       cases = Repeat(
-          cases, roles.caseWeight.has_value() ? data.GetColumn(*roles.caseWeight).values : nullptr);
+          cases, roles.caseWeight.has_value() ? data.GetColumn(*roles.caseWeight).values : nullptr,
+          poll);
     }
   }
   if (drawsSample) {
     Cases const all = std::move(samples[TrainingSample]);
     samples = {};
-    auto const drawn = DrawTestSample(all.rows.size(), options.testShare,
-                                      algorithm_.settings->GetValidationSpec()->GetRandomSeed());
-    for (std::size_t index = 0; index < all.rows.size(); ++index) {
-      Cases& chosen = samples[drawn[index]];
-      chosen.rows.push_back(all.rows[index]);
-      if (!all.weights.empty()) chosen.weights.push_back(all.weights[index]);
-      if (!all.frequencies.empty()) chosen.frequencies.push_back(all.frequencies[index]);
-    }
+    auto const drawn =
+        DrawTestSample(all.rows.size(), options.testShare,
+                       algorithm_.settings->GetValidationSpec()->GetRandomSeed(), poll);
+    ForSlices(all.rows.size(), poll, [&](std::size_t begin, std::size_t end) {
+      for (std::size_t index = begin; index < end; ++index) {
+        Cases& chosen = samples[drawn[index]];
+        chosen.rows.push_back(all.rows[index]);
+        if (!all.weights.empty()) chosen.weights.push_back(all.weights[index]);
+        if (!all.frequencies.empty()) chosen.frequencies.push_back(all.frequencies[index]);
+      }
+    });
   }
   auto const make = [&](Cases& cases) {
     return std::make_unique<TrainingData>(data, roles, *algorithm_.settings, std::move(cases.rows),
                                           cases.weights, cases.frequencies, options.maxCodedValues,
-                                          algorithm_.numIntervals, algorithm_.orderedForm);
+                                          algorithm_.numIntervals, algorithm_.orderedForm, poll);
   };
   training_ = make(samples[TrainingSample]);
   if (!samples[TestSample].rows.empty()) {
@@ -167,12 +179,12 @@ void TreeGrower::Prepare(double share) {
   remarks_.insert(remarks_.end(), training_->GetRemarks().begin(), training_->GetRemarks().end());
 }
 
-TreeGrower::Basis TreeGrower::MakeBasis(std::vector<std::uint8_t> const& included) const {
+TreeGrower::Basis TreeGrower::MakeBasis(std::vector<std::uint8_t> const& included) {
   std::vector<std::uint32_t> cases = AllCases(*training_);
   if (!included.empty()) {
     std::erase_if(cases, [&](std::uint32_t index) { return included[index] == 0; });
   }
-  NodeSums const sums = SumCases(*training_, cases);
+  NodeSums const sums = SumCases(*training_, cases, [this] { workers_.Poll(); });
   Basis basis;
   basis.totalWeight = static_cast<double>(sums.weight) * training_->GetWeights().unit;
   if (training_->GetNumClasses() > 0) {
@@ -596,8 +608,8 @@ std::vector<RiskEstimate> TreeGrower::CrossValidate(std::vector<double> const& c
     throw Refusal{FailureNoData, "there are too few cases for cross-validation"};
   }
   auto const numFolds = static_cast<std::size_t>(GetNumFolds());
-  std::vector<std::uint32_t> const folds =
-      DrawFolds(training_->GetNumCases(), numFolds, validation.GetRandomSeed());
+  std::vector<std::uint32_t> const folds = DrawFolds(
+      training_->GetNumCases(), numFolds, validation.GetRandomSeed(), [this] { workers_.Poll(); });
   std::vector<LossSums> sums(complexities.size(), LossSums(training_->GetNumClasses()));
   for (std::size_t fold = 0; fold < numFolds; ++fold) {
     double const begin = static_cast<double>(fold) / static_cast<double>(numFolds);

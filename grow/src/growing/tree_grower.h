@@ -76,7 +76,7 @@ class TreeGrower final : public Grower {
 
   // Grower
   std::size_t GetNumCases(DataSample sample) const noexcept override;
-  LeftOutCases const& GetLeftOut() const noexcept override { return selection_.GetLeftOut(); }
+  LeftOutCases const& GetLeftOut() const noexcept override { return leftOut_; }
   std::vector<std::string> const& GetRemarks() const noexcept override { return remarks_; }
   int GetNumFolds() const noexcept override;
 
@@ -96,7 +96,7 @@ class TreeGrower final : public Grower {
   bool Attempt(std::function<void()> const& operation) noexcept;
   void SelectSamples(DataSet const& data, CaseRoles const& roles, GrowOptions const& options);
   void Prepare(double share);
-  Basis MakeBasis(std::vector<std::uint8_t> const& included) const;
+  Basis MakeBasis(std::vector<std::uint8_t> const& included);
   GrowthLimits MakeLimits(int maxLevels) const;
   NodeImp* FindNodeImp(unsigned int id) const noexcept;
   NodeImp& RequireNode(unsigned int id) const;
@@ -120,7 +120,7 @@ class TreeGrower final : public Grower {
                std::vector<LossSums>& sums);
 
   Algorithm algorithm_;
-  CaseSelection selection_;
+  LeftOutCases leftOut_;
   std::unique_ptr<TrainingData> training_;
   std::unique_ptr<TrainingData> test_;   // null without a test sample
   std::vector<std::string> ownRemarks_;  // on the data as a whole

@@ -46,6 +46,9 @@ struct GrowOptions {
   /// hold about equally many training cases each; they end at values of cases. Ordinal predictors
   /// keep their values, as long as there are no more than 65535. From 2 to 65535.
   int numIntervals = 10;
+  /// Hears of the progress while the data is read, and of that of all operations until the grower
+  /// is given another listener; null for nobody. **Borrowed**.
+  ProgressListener* listener = nullptr;
 };
 
 /// A growing algorithm on a data set.
@@ -83,7 +86,8 @@ class TREE_API Grower : public TreeAlgorithm {
 /// with `CCartSettingsImp` or `CChaidSettingsImp` for a nominal or ordinal target and
 /// `RCartSettingsImp` or `RChaidSettingsImp` for a continuous one. Throws `InputError` for what
 /// `CaseSelection` refuses, for settings that do not fit the data, and for options out of range.
-/// Reads the data once: linear in cases times predictors, with a sort of each ordered predictor.
+/// Reads the target and the weights, which is linear in the cases; null when the listener of the
+/// options ends that. The first operation reads the predictors.
 TREE_API std::unique_ptr<Grower> MakeGrower(DataSet const& data, CaseRoles const& roles,
                                             AlgSettings const& settings,
                                             GrowOptions const& options = {});

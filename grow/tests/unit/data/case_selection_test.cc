@@ -264,5 +264,18 @@ TEST(MakeCoreSettings, SaysWhichWeightsThereAre) {
   EXPECT_TRUE(MakeCoreSettings(data, {0, {4}, std::nullopt, 2}).HasCaseWeight());
 }
 
+TEST(CaseSelection, EndsWhereItIsPolled) {
+  struct Enough {};
+  DataSet const data = SixCases({}, {}, {}, {});
+  int numPolls = 0;
+
+  CaseSelection const selection(data, {0, {4}}, [&numPolls] { ++numPolls; });
+
+  EXPECT_EQ(numPolls, 1);
+  EXPECT_EQ(selection.GetRows(TrainingSample).size(),
+            CaseSelection(data, {0, {4}}).GetRows(TrainingSample).size());
+  EXPECT_THROW(CaseSelection(data, {0, {4}}, [] { throw Enough(); }), Enough);
+}
+
 }  // namespace
 }  // namespace tree::grow

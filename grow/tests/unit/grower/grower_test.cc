@@ -646,5 +646,42 @@ TEST(Progress, CancelledPreparationCanBeginAgain) {
   EXPECT_EQ(grower->GetNumNodes(AllNodes), 5);
 }
 
+class Activities : public ProgressListener {
+ public:
+  bool Report(double, char const* activity) noexcept override {
+    seen.emplace_back(activity);
+    return goesOn;
+  }
+  std::vector<std::string> seen;
+  bool goesOn = true;
+};
+
+TEST(Progress, IsReportedWhileTheDataIsReadAndAfterwards) {
+  SampleData const data = Steps();
+  Activities listener;
+
+  auto const grower = data.Make(data.ClassSettings(), {.numThreads = 1, .listener = &listener});
+
+  ASSERT_NE(grower, nullptr);
+  EXPECT_THAT(listener.seen, testing::Contains("reading the data"));
+  listener.seen.clear();
+  EXPECT_TRUE(grower->Grow());
+  EXPECT_THAT(listener.seen, testing::Not(testing::IsEmpty()));
+}
+
+TEST(Progress, CancelledReadingLeavesNoGrower) {
+  SampleData const data = Steps();
+  for (ValidationType const type :
+       {ValidationNone, ValidationSplitSample, ValidationCrossValidation}) {
+    Activities listener;
+    listener.goesOn = false;
+    CCartSettingsImp settings = data.ClassSettings();
+    settings.GetValidationSpec()->Set(type);
+
+    EXPECT_EQ(data.Make(settings, {.numThreads = 1, .listener = &listener}), nullptr);
+    EXPECT_THAT(listener.seen, testing::ElementsAre("reading the data"));
+  }
+}
+
 }  // namespace
 }  // namespace tree::grow

@@ -193,5 +193,23 @@ TEST(FixNumbers, KeepsSumsOfRandomNumbersWithinBounds) {
   }
 }
 
+TEST(FixedPoint, IsPolledWhileItIsMade) {
+  std::vector<double> values((std::size_t{1} << 20) + 2);  // two slices
+  for (std::size_t index = 0; index < values.size(); ++index) {
+    values[index] = 0.5 + static_cast<double>(index % 10);
+  }
+  int numPolls = 0;
+  auto const poll = [&numPolls] { ++numPolls; };
+
+  FixedWeights const weights = FixWeights(values, poll);
+
+  EXPECT_EQ(numPolls, 3) << "to look for fractions, to add up and to write";
+  EXPECT_EQ(weights.multiples, FixWeights(values).multiples);
+  numPolls = 0;
+  FixedNumbers const numbers = FixNumbers(values, FixWeights({}), poll);
+  EXPECT_EQ(numPolls, 2) << "for the range, and to write";
+  EXPECT_EQ(numbers.multiples, FixNumbers(values, FixWeights({})).multiples);
+}
+
 }  // namespace
 }  // namespace tree::grow

@@ -84,5 +84,16 @@ TEST(DrawFolds, PutsEveryCaseInEveryFoldAboutAsOften) {
   }
 }
 
+TEST(RandomDraws, ArePolledAndTheSame) {
+  constexpr std::size_t kNumCases = (std::size_t{1} << 21) + 5;  // three slices
+  int numPolls = 0;
+  auto const poll = [&numPolls] { ++numPolls; };
+
+  EXPECT_EQ(DrawTestSample(kNumCases, 0.3, 7, poll), DrawTestSample(kNumCases, 0.3, 7));
+  EXPECT_EQ(numPolls, 2);
+  EXPECT_EQ(DrawFolds(kNumCases, 10, 7, poll), DrawFolds(kNumCases, 10, 7));
+  EXPECT_EQ(numPolls, 4);
+}
+
 }  // namespace
 }  // namespace tree::grow
