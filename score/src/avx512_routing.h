@@ -4,6 +4,7 @@
 #include "avx512.h"
 // After it:
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <type_traits>
 
