@@ -31,10 +31,12 @@ CategoryMerger<Groups>::CategoryMerger(Groups groups, MergeSettings const& setti
 
 template <class Groups>
 MergedCategories const& CategoryMerger<Groups>::Merge(std::span<typename Groups::Entry const> table,
-                                                      CategoryKind kind, bool floating) {
+                                                      CategoryKind kind, bool floating,
+                                                      bool mayMerge) {
   Load(table, kind, floating);
+  mayMerge_ = mayMerge;
   if (rowOf_.size() > 1) {
-    settings_.exhaustive ? MergeExhaustively() : MergeByLevel();
+    IsExhaustive() ? MergeExhaustively() : MergeByLevel();
     MergeSmallGroups();
   }
   WriteResult(table.size() / groups_.GetRowSize());
@@ -67,11 +69,15 @@ void CategoryMerger<Groups>::ReturnToCategories() {
 
 template <class Groups>
 void CategoryMerger<Groups>::UpdatePairs(std::span<std::size_t const> changed) {
-  // Asking costs as much as a simple test.
-  constexpr std::size_t kTestsPerPoll = 64;
+  // Asking costs as much as a simple test of few classes.
+  constexpr std::size_t kEntriesPerPoll = 256;
   pairs_.Update(changed,
                 [&](std::size_t first, std::size_t second) -> std::optional<TestStatistic> {
-                  if (workers_ != nullptr && ++numTests_ % kTestsPerPoll == 0) workers_->Poll();
+                  numEntries_ += groups_.GetRowSize();
+                  if (workers_ != nullptr && numEntries_ >= kEntriesPerPoll) {
+                    numEntries_ = 0;
+                    workers_->Poll();
+                  }
                   if (!splitGroups_.empty() && WasSplit({first, second})) return std::nullopt;
                   return groups_.TestPair(first, second);
                 });
@@ -136,11 +142,11 @@ void CategoryMerger<Groups>::MergeByLevel() {
   UpdateAllPairs();
   GroupPair pair;
   while (pairs_.GetGroups().size() > 2 && pairs_.FindLeastSignificant(pair) &&
-         (pairs_.LogPOf(pair) > logAlphaOfMerge_ ||
+         ((mayMerge_ && pairs_.LogPOf(pair) > logAlphaOfMerge_) ||
           pairs_.GetGroups().size() > settings_.maxNumGroups)) {
     Join(pair);
     bool const mayGrow = pairs_.GetGroups().size() < settings_.maxNumGroups;
-    if (settings_.allowSplitMerge && mayGrow && SplitAgain(pair.first)) {
+    if (mayMerge_ && settings_.allowSplitMerge && mayGrow && SplitAgain(pair.first)) {
       UpdatePairs(std::array{pair.first, split_.GetSecond().front()});
     } else {
       UpdatePairs(std::array{pair.first});
@@ -201,15 +207,15 @@ double CategoryMerger<Groups>::LogMultiplier() const {
   std::size_t const numGroups = merged_.numGroups;
   if (!settings_.useBonferroni || numGroups < 2) return 0.0;
   if (kind_ == CategoryKind::kNominal) {
-    return settings_.exhaustive ? LogExhaustiveNominalMultiplier(numCategories)
-                                : LogNominalMultiplier(numCategories, numGroups);
+    return IsExhaustive() ? LogExhaustiveNominalMultiplier(numCategories)
+                          : LogNominalMultiplier(numCategories, numGroups);
   }
   if (floating_) {
-    return settings_.exhaustive ? LogExhaustiveFloatingMultiplier(numCategories)
-                                : LogFloatingMultiplier(numCategories, numGroups);
+    return IsExhaustive() ? LogExhaustiveFloatingMultiplier(numCategories)
+                          : LogFloatingMultiplier(numCategories, numGroups);
   }
-  return settings_.exhaustive ? LogExhaustiveOrdinalMultiplier(numCategories)
-                              : LogOrdinalMultiplier(numCategories, numGroups);
+  return IsExhaustive() ? LogExhaustiveOrdinalMultiplier(numCategories)
+                        : LogOrdinalMultiplier(numCategories, numGroups);
 }
 
 template <class Groups>

@@ -61,9 +61,11 @@ class CategoryMerger {
 
   /// Merges. `table`: a row for each category. `kind`: which categories may merge. `floating`:
   /// whether the last category is that of the missing values, which may merge with any group; for
-  /// nominal categories it makes no difference. The result is **borrowed** until the next call.
+  /// nominal categories it makes no difference. `mayMerge`: whether categories may be merged that
+  /// have enough cases; without, only as many are as there are groups too many. The result is
+  /// **borrowed** until the next call.
   MergedCategories const& Merge(std::span<typename Groups::Entry const> table, CategoryKind kind,
-                                bool floating);
+                                bool floating, bool mayMerge = true);
 
  private:
   void Load(std::span<typename Groups::Entry const> table, CategoryKind kind, bool floating);
@@ -78,18 +80,21 @@ class CategoryMerger {
   void MergeSmallGroups();
   void WriteResult(std::size_t numRows);
   double LogMultiplier() const;
+  /// Where nothing may be merged there are no steps to choose from.
+  bool IsExhaustive() const { return settings_.exhaustive && mayMerge_; }
   std::vector<std::size_t> CategoriesOf(std::size_t group) const;
 
   Groups groups_;
   MergeSettings settings_;
   Workers* workers_;
-  std::size_t numTests_ = 0;  // of pairs, so far
+  std::size_t numEntries_ = 0;  // of tables, tested since the last poll
   double logAlphaOfMerge_;
   double logAlphaOfMergeSplit_;
 
   // Of the present predictor. Its categories are the rows with cases.
   CategoryKind kind_ = CategoryKind::kNominal;
   bool floating_ = false;
+  bool mayMerge_ = true;
   std::vector<std::size_t> rowOf_;    // by category
   std::vector<std::size_t> groupOf_;  // by category
   GroupPairs pairs_;

@@ -6,6 +6,7 @@
 #include <numeric>
 #include <utility>
 
+#include "chaid/category_tables.h"
 #include "chaid/class_groups.h"
 #include "chaid/number_groups.h"
 #include "growing/fixed_point.h"
@@ -151,12 +152,17 @@ ChaidMethod::ChaidMethod(TrainingData const& data, ChaidSettings const& settings
       minChildSize_(minChildSize),
       totalWeight_(totalWeight),
       weighted_(!HaveSameMultiples(data.GetWeights(), data.GetFrequencies())),
-      layout_(classes != nullptr
-                  ? TableLayout::OfClasses(NumRows(data), data.GetNumClasses(), weighted_)
-                  : TableLayout::OfNumbers(NumRows(data))) {
+      numRows_(NumRows(data)),
+      rowSize_(classes == nullptr ? 1
+               : weighted_        ? 2 * data.GetNumClasses()
+                                  : data.GetNumClasses()) {
+  CoreSettings const& core = *settings.GetCoreSettings();
+  for (std::size_t predictor = 0; predictor < numRows_.size(); ++predictor) {
+    mayMerge_.push_back(core.GetPredictor(static_cast<int>(predictor))->GetValueMergeFlag() ? 1
+                                                                                            : 0);
+  }
   if (classes != nullptr) {
-    bool const isOrdinal = settings.GetCoreSettings()->GetTarget()->GetMeasurementLevel() ==
-                           global::MeasurementOrdinal;
+    bool const isOrdinal = core.GetTarget()->GetMeasurementLevel() == global::MeasurementOrdinal;
     test_ = TestOf(dynamic_cast<CChaidSettings const&>(settings), data.GetNumClasses(), isOrdinal);
   } else {
     numbers_ = CoarsenForSquares(data.GetNumbers(), data.GetWeights());
@@ -171,12 +177,11 @@ std::vector<std::uint32_t> ChaidMethod::EntriesOfCases(CaseLists const& lists,
                                                        std::span<GrowingNode const> nodes,
                                                        EntryOf const& entryOf,
                                                        Workers& workers) const {
-  std::size_t const rowSize = layout_.GetRowSize();
   std::vector<std::uint32_t> entries(data_.GetNumCases(),
-                                     static_cast<std::uint32_t>(nodes.size() * rowSize));
+                                     static_cast<std::uint32_t>(nodes.size() * rowSize_));
   workers.Run(nodes.size(), [&](std::size_t node) {
     for (std::uint32_t const index : lists.Cases(nodes[node].ranges)) {
-      entries[index] = static_cast<std::uint32_t>(node * rowSize + entryOf(index));
+      entries[index] = static_cast<std::uint32_t>(node * rowSize_ + entryOf(index));
     }
   });
   return entries;
@@ -202,14 +207,14 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
                                minChildSize_,
                                kMaxChildren};
   auto const& predictors = data_.GetPredictors();
-  std::size_t const rowSize = layout_.GetRowSize();
-  std::size_t const numPredictors = layout_.GetNumPredictors();
+  std::size_t const numPredictors = predictors.size();
   std::vector<Found> found(nodes.size() * numPredictors);  // [node][predictor]
   auto const merge = [&](std::size_t node, std::size_t predictor, CategoryMerger<Groups>& merger,
                          std::vector<Entry> const& table) {
     CategoryKind const kind =
         predictors[predictor].IsNominal() ? CategoryKind::kNominal : CategoryKind::kOrdinal;
-    MergedCategories const& merged = merger.Merge(table, kind, predictors[predictor].hasMissing);
+    MergedCategories const& merged =
+        merger.Merge(table, kind, predictors[predictor].hasMissing, mayMerge_[predictor] != 0);
     if (merged.numGroups < 2) return;
     found[node * numPredictors + predictor] = {merged, improve(merged, table)};
   };
@@ -222,43 +227,39 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
   constexpr std::size_t kMaxBytes = std::size_t{1} << 25;
   for (std::size_t predictor = 0; predictor < numPredictors; ++predictor) {
     if (!predictors[predictor].used) continue;
-    std::size_t const size = layout_.GetSize(predictor) * (nodes.size() + 1) * sizeof(Entry);
+    std::size_t const size = numRows_[predictor] * (nodes.size() + 1) * rowSize_ * sizeof(Entry);
     (readsAll && size <= kMaxBytes ? together : alone).push_back(predictor);
   }
   std::vector<std::uint32_t> const entries = together.empty()
                                                  ? std::vector<std::uint32_t>()
                                                  : EntriesOfCases(lists, nodes, entryOf, workers);
-  std::size_t const allSize = (nodes.size() + 1) * rowSize;
   std::size_t const numTasks = (together.size() + kCountedTogether - 1) / kCountedTogether;
   workers.Run(numTasks, [&](std::size_t task) {
     std::size_t const begin = task * kCountedTogether;
     std::size_t const end = std::min(together.size(), begin + kCountedTogether);
-    std::vector<std::vector<Entry>> tables(end - begin);  // [predictor][category][node]
+    std::vector<CategoryTables<Entry>> tables;  // by predictor; behind the nodes, of no node
     std::vector<CountedPredictor<Entry>> counted;
     for (std::size_t position = begin; position < end; ++position) {
       GrowingPredictor const& predictor = predictors[together[position]];
-      std::vector<Entry>& table = tables[position - begin];
-      table.resize(layout_.GetSize(together[position]) / rowSize * allSize);
-      counted.push_back({table.data(), predictor.codes.data(),
+      tables.emplace_back(numRows_[together[position]], nodes.size() + 1, rowSize_);
+      counted.push_back({tables.back().Row(0), predictor.codes.data(),
                          static_cast<std::uint16_t>(predictor.values.size())});
     }
+    std::size_t const stride = tables.front().GetStride();
     ForSlices(data_.GetNumCases(), workers, [&](std::size_t first, std::size_t last) {
       if (counted.size() == kCountedTogether) {
-        CountCases<kCountedTogether>(counted.data(), entries, allSize, first, last, add);
+        CountCases<kCountedTogether>(counted.data(), entries, stride, first, last, add);
       } else {
         for (CountedPredictor<Entry> const& each : counted) {
-          CountCases<1>(&each, entries, allSize, first, last, add);
+          CountCases<1>(&each, entries, stride, first, last, add);
         }
       }
     });
     CategoryMerger<Groups> merger(groups, settings, &workers);
+    std::vector<Entry> table;  // of one node
     for (std::size_t position = begin; position < end; ++position) {
-      std::vector<Entry> table(layout_.GetSize(together[position]));  // of one node
       for (std::size_t node = 0; node < nodes.size(); ++node) {
-        Entry const* row = tables[position - begin].data() + node * rowSize;
-        for (auto to = table.begin(); to != table.end(); row += allSize) {
-          to = std::copy(row, row + rowSize, to);
-        }
+        tables[position - begin].CopyTable(node, table);
         merge(node, together[position], merger, table);
       }
     }
@@ -267,16 +268,18 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
     GrowingPredictor const& predictor = predictors[alone[task]];
     auto const missingRow = static_cast<std::uint16_t>(predictor.values.size());
     CategoryMerger<Groups> merger(groups, settings, &workers);
-    std::vector<Entry> table(layout_.GetSize(alone[task]));  // of one node
+    CategoryTables<Entry> tables(numRows_[alone[task]], 1, rowSize_);
+    std::vector<Entry> table;
     for (std::size_t node = 0; node < nodes.size(); ++node) {
-      std::fill(table.begin(), table.end(), Entry{});
+      tables.Clear();
       std::span<std::uint32_t const> const cases = lists.Cases(nodes[node].ranges);
       ForSlices(cases.size(), workers, [&](std::size_t begin, std::size_t end) {
         for (std::uint32_t const index : cases.subspan(begin, end - begin)) {
           std::size_t const row = std::min(predictor.codes[index], missingRow);
-          add(table.data() + row * rowSize + entryOf(index), index);
+          add(tables.Row(row) + entryOf(index), index);
         }
       });
+      tables.CopyTable(0, table);
       merge(node, alone[task], merger, table);
     }
   });
@@ -294,7 +297,7 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindClassGroups(CaseLists const& li
   std::vector<double> factors = classes_->GetSplitFactors();
   for (double& factor : factors) factor *= weights.unit;
   auto const improve = [&](MergedCategories const& merged, std::span<std::int64_t const> table) {
-    return GiniOf(merged, table, layout_.GetRowSize(), weighted_ ? numClasses : 0, factors);
+    return GiniOf(merged, table, rowSize_, weighted_ ? numClasses : 0, factors);
   };
   auto const entryOf = [classes](std::size_t index) { return std::size_t{classes[index]}; };
   auto const find = [&](auto const& add) {
@@ -335,7 +338,7 @@ std::vector<RuleList> ChaidMethod::FindSplits(CaseLists const& lists,
                                               Workers& workers) {
   std::vector<Found> const found = classes_ != nullptr ? FindClassGroups(lists, nodes, workers)
                                                        : FindNumberGroups(lists, nodes, workers);
-  std::size_t const numPredictors = layout_.GetNumPredictors();
+  std::size_t const numPredictors = data_.GetPredictors().size();
   auto const maxNumRules = static_cast<std::size_t>(std::max(1, settings_.GetMaxNumCompetitors()));
   double const logAlpha = std::log(settings_.GetAlphaOfSplitNode());
   double const minImprovement = settings_.GetStopRule()->GetMinImprovement();

@@ -9,7 +9,6 @@
 
 #include "association/class_test.h"
 #include "chaid/category_merger.h"
-#include "chaid/node_tables.h"
 #include "growing/class_model.h"
 #include "growing/split_method.h"
 #include "tree/settings.h"
@@ -61,10 +60,12 @@ class ChaidMethod : public SplitMethod {
   ClassModel const* classes_;
   double minChildSize_;
   double totalWeight_;
-  bool weighted_;           // whether cases have weights beside their frequencies
-  TableLayout layout_;      // of one node
-  ClassTestSettings test_;  // of classes
-  FixedNumbers numbers_;    // by case; empty for classes
+  bool weighted_;                     // whether cases have weights beside their frequencies
+  std::vector<std::size_t> numRows_;  // by predictor: a row for each category
+  std::size_t rowSize_;               // in entries
+  std::vector<char> mayMerge_;        // by predictor: whether its categories may be merged
+  ClassTestSettings test_;            // of classes
+  FixedNumbers numbers_;              // by case; empty for classes
 };
 
 }  // namespace tree::grow

@@ -48,7 +48,8 @@ Growth::Growth(TrainingData const& data, CaseLists& lists, SplitMethod& method,
       childOf_(lists.GetNumPlaces(), kNoChild) {}
 
 void Growth::PlantRoot(NodeImp& root) {
-  root_ = {&root, 0, lists_.GetRoot(), SumCases(data_, lists_.Cases(lists_.GetRoot()))};
+  root_ = {&root, 0, lists_.GetRoot(),
+           SumCases(data_, lists_.Cases(lists_.GetRoot()), [this] { workers_.Poll(); })};
   workers_.Poll();
   statistics_.Fill(root, lists_.Cases(root_.ranges), root_.sums);
   std::size_t const numPredictors = data_.GetPredictors().size();

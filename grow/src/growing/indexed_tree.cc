@@ -60,13 +60,17 @@ RoutedCases::RoutedCases(IndexedTree const& tree, TrainingData const& data,
     }
   });
   begins_.assign(tree.GetNumNodes() + 1, 0);
-  for (std::uint32_t const position : ends) ++begins_[position + 1];
+  ForSlices(ends.size(), workers, [&](std::size_t first, std::size_t last) {
+    for (std::size_t place = first; place < last; ++place) ++begins_[ends[place] + 1];
+  });
   std::partial_sum(begins_.begin(), begins_.end(), begins_.begin());
   std::vector<std::size_t> next(begins_);
   cases_.resize(cases.size());
-  for (std::size_t place = 0; place < cases.size(); ++place) {
-    cases_[next[ends[place]]++] = cases[place];
-  }
+  ForSlices(cases.size(), workers, [&](std::size_t first, std::size_t last) {
+    for (std::size_t place = first; place < last; ++place) {
+      cases_[next[ends[place]]++] = cases[place];
+    }
+  });
 }
 
 std::vector<std::uint32_t> AllCases(TrainingData const& data) {

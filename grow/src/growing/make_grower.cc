@@ -16,6 +16,19 @@ namespace {
 
 bool IsContinuous(global::MeasurementLevel level) { return level == global::MeasurementContinuous; }
 
+std::string NameOf(global::MeasurementLevel level) {
+  switch (level) {
+    case global::MeasurementNominal:
+      return "nominal";
+    case global::MeasurementOrdinal:
+      return "ordinal";
+    case global::MeasurementContinuous:
+      return "continuous";
+    default:
+      return "of level " + std::to_string(static_cast<int>(level));
+  }
+}
+
 [[noreturn]] void Refuse(std::string const& why) {
   throw InputError("the settings do not fit the data: " + why);
 }
@@ -39,9 +52,10 @@ void CheckSettings(DataSet const& data, CaseRoles const& roles, AlgSettings cons
     ColumnDescription const& column =
         data.GetColumn(roles.predictors[static_cast<std::size_t>(position)]).description;
     VariableSettings const& variable = *core.GetPredictor(position);
-    bool const bothNominal = (variable.GetMeasurementLevel() == global::MeasurementNominal) ==
-                             (column.level == global::MeasurementNominal);
-    if (!bothNominal) Refuse("predictor \"" + column.name + "\" is of another measurement level");
+    if (variable.GetMeasurementLevel() != column.level) {
+      Refuse("predictor \"" + column.name + "\" is " + NameOf(column.level) + ", in the settings " +
+             NameOf(variable.GetMeasurementLevel()));
+    }
     if (variable.GetMissingValue() != column.missingValue) {
       Refuse("predictor \"" + column.name + "\" has another missing value");
     }

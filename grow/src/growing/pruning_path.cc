@@ -79,7 +79,8 @@ std::vector<double> NodeRisks(IndexedTree const& tree, ClassModel const* classes
   return risks;
 }
 
-PruningPath::PruningPath(IndexedTree const& tree, std::vector<double> const& risks) {
+PruningPath::PruningPath(IndexedTree const& tree, std::vector<double> const& risks,
+                         PollFunction const& poll) {
   Links links(tree, risks);
   using Strength = std::pair<double, std::size_t>;
   std::priority_queue<Strength, std::vector<Strength>, std::greater<>> weakest;
@@ -91,6 +92,7 @@ PruningPath::PruningPath(IndexedTree const& tree, std::vector<double> const& ris
   double complexity = -HUGE_VAL;         // of no step yet
   std::vector<char> gone(risks.size());  // below a collapsed node
   while (!weakest.empty()) {
+    poll();
     auto const [strength, position] = weakest.top();
     weakest.pop();
     // An entry that its node has outgrown is left behind by a newer one.
@@ -122,9 +124,10 @@ PruningPath::PruningPath(IndexedTree const& tree, std::vector<double> const& ris
 }
 
 std::size_t PruningPath::FindStep(double complexity) const {
-  std::size_t step = 0;
-  while (step + 1 < steps_.size() && steps_[step + 1].complexity <= complexity) ++step;
-  return step;
+  auto const after = std::partition_point(
+      steps_.begin() + 1, steps_.end(),
+      [complexity](Step const& step) { return step.complexity <= complexity; });
+  return static_cast<std::size_t>(after - steps_.begin()) - 1;
 }
 
 double PruningPath::TypicalComplexity(std::size_t step) const {

@@ -29,7 +29,8 @@ class PruningPath {
   };
 
   /// `risks`: of `NodeRisks`.
-  PruningPath(IndexedTree const& tree, std::vector<double> const& risks);
+  PruningPath(IndexedTree const& tree, std::vector<double> const& risks,
+              PollFunction const& poll = NoPoll);
 
   std::vector<Step> const& GetSteps() const { return steps_; }
   /// The last subtree whose complexity is not greater.

@@ -112,7 +112,11 @@ void TrainingData::PreparePredictors(Workers& workers) {
   std::atomic<std::size_t> numDone{0};
   workers.Run(predictors_.size(), [&](std::size_t position) {
     GrowingPredictor& predictor = predictors_[position];
-    if (predictor.used && !predictor.IsCoded()) Prepare(predictor, workers);
+    if (predictor.used && !predictor.IsCoded()) {
+      GrowingPredictor prepared = predictor;  // which has nothing yet, and keeps it if this fails
+      Prepare(prepared, workers);
+      predictor = std::move(prepared);
+    }
     workers.Advance(static_cast<double>(++numDone) / static_cast<double>(predictors_.size()));
   });
   if (orderedForm_ != OrderedForm::kSorted && caseRows_.IsEmpty()) ReadRows(workers);

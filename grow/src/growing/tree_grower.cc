@@ -22,6 +22,8 @@ struct Refusal {
   std::string message;
 };
 
+constexpr char const* kNoTrainingCases = "there are no training cases";
+
 std::string Quoted(Column const& column) { return "\"" + column.description.name + "\""; }
 
 /// The cases of one sample, by row, as `CaseSelection` gives them.
@@ -170,9 +172,19 @@ int TreeGrower::GetNumFolds() const noexcept {
                   numCases);
 }
 
+/// Folds grow trees, for which predictors have to be ready; risks on a sample are found by routing.
+void TreeGrower::PrepareToEstimate() {
+  if (training_->GetNumCases() == 0) throw Refusal{FailureNoData, kNoTrainingCases};
+  if (GetValidation() == ValidationCrossValidation) Prepare(0.1);
+}
+
+PruningPath TreeGrower::FindPath(IndexedTree const& tree) {
+  return {tree, NodeRisks(tree, basis_.Classes()), [this] { workers_.Poll(); }};
+}
+
 /// Makes the data ready, which takes `share` of the operation if it is the first.
 void TreeGrower::Prepare(double share) {
-  if (training_->GetNumCases() == 0) throw Refusal{FailureNoData, "there are no training cases"};
+  if (training_->GetNumCases() == 0) throw Refusal{FailureNoData, kNoTrainingCases};
   workers_.BeginStage("preparing the data", 0.0, share);
   training_->PreparePredictors(workers_);
   remarks_ = ownRemarks_;
@@ -208,7 +220,8 @@ GrowthLimits TreeGrower::MakeLimits(int maxLevels) const {
 // ---- Failures ----
 
 /// Runs an operation and turns what it throws into a failure.
-bool TreeGrower::Attempt(std::function<void()> const& operation) noexcept {
+template <class Operation>
+bool TreeGrower::Attempt(Operation const& operation) noexcept {
   failure_ = FailureNone;
   message_.clear();
   auto const fail = [this](AlgorithmFailure failure, char const* message) {
@@ -290,7 +303,14 @@ void TreeGrower::CheckStatistics(Node const& node) const {
           ? classes != nullptr &&
                 static_cast<std::size_t>(classes->GetNumClasses()) == training_->GetNumClasses()
           : node.GetRegInfo(TrainingSample) != nullptr;
-  if (fits) return;
+  if (fits && static_cast<NodeImp const&>(node).IsClassificationNode() == IsClassificationTree()) {
+    if (!IsClassificationTree()) return;
+    int const prediction = classes->GetPrediction();
+    if (prediction >= 0 && prediction < classes->GetNumClasses()) return;
+    throw Refusal{FailureInvalidArgument, "node " + std::to_string(node.GetId()) +
+                                              " of the tree predicts " +
+                                              std::to_string(prediction) + ", which is no class"};
+  }
   throw Refusal{FailureInvalidArgument,
                 "node " + std::to_string(node.GetId()) + " of the tree has no statistics of the " +
                     (IsClassificationTree() ? std::to_string(training_->GetNumClasses()) +
@@ -391,7 +411,8 @@ void TreeGrower::FillTestStatistics(NodeImp& root, std::vector<std::uint32_t> co
   IndexedTree const tree(root);
   RoutedCases const routed(tree, *test_, cases, workers_);
   double const total =
-      static_cast<double>(SumCases(*test_, AllCases(*test_)).weight) * test_->GetWeights().unit;
+      static_cast<double>(SumCases(*test_, AllCases(*test_), [this] { workers_.Poll(); }).weight) *
+      test_->GetWeights().unit;
   NodeStatistics const statistics(*test_, TestSample, basis_.Classes(), total);
   workers_.Run(tree.GetNumNodes(), [&](std::size_t position) {
     auto const ofNode = routed.CasesOf(position);
@@ -646,7 +667,7 @@ void TreeGrower::AddFold(std::vector<std::uint8_t> const& included,
   growth.Grow();
 
   IndexedTree const tree(root);
-  PruningPath const path(tree, NodeRisks(tree, basis.Classes()));
+  PruningPath const path(tree, NodeRisks(tree, basis.Classes()), [this] { workers_.Poll(); });
   std::vector<std::uint32_t> held = AllCases(*training_);
   std::erase_if(held, [&](std::uint32_t index) { return included[index] != 0; });
   RoutedCases const routed(tree, *training_, std::move(held), workers_);
@@ -673,13 +694,14 @@ bool TreeGrower::GetPruningSequence(std::vector<PruningStep>* steps) noexcept {
   return Attempt([&] {
     if (steps == nullptr) throw Refusal{FailureInvalidArgument, "no place for the steps"};
     if (root_ == nullptr) throw Refusal{FailureNoTree, "there is no tree to prune"};
-    Prepare(0.1);
+    PrepareToEstimate();
     IndexedTree const tree(*root_);
-    PruningPath const path(tree, NodeRisks(tree, basis_.Classes()));
+    PruningPath const path = FindPath(tree);
     std::vector<RiskEstimate> const risks = EstimateRisks(tree, path);
     std::vector<PruningStep> found;
     PrunedSubtree subtree(tree, path);
     for (std::size_t step = 0; step < risks.size(); ++step) {
+      workers_.Poll();
       subtree.AdvanceTo(
           step, [](std::size_t) {}, [](std::size_t) {});
       PruningStep& each = found.emplace_back();
@@ -701,9 +723,9 @@ bool TreeGrower::Prune() noexcept {
   return Attempt([&] {
     if (root_ == nullptr) throw Refusal{FailureNoTree, "there is no tree to prune"};
     if (algorithm_.pruning == nullptr) return;
-    Prepare(0.1);
+    PrepareToEstimate();
     IndexedTree const tree(*root_);
-    PruningPath const path(tree, NodeRisks(tree, basis_.Classes()));
+    PruningPath const path = FindPath(tree);
     std::vector<RiskEstimate> const risks = EstimateRisks(tree, path);
     // Breiman, Friedman, Olshen and Stone 1984, section 3.4.3: the smallest subtree whose risk is
     // within so many standard errors of the least one.
@@ -736,9 +758,9 @@ bool TreeGrower::Validate() noexcept {
   return Attempt([&] {
     if (root_ == nullptr) throw Refusal{FailureNoTree, "there is no tree to validate"};
     if (!risk_.has_value()) {
-      Prepare(0.1);
+      PrepareToEstimate();
       IndexedTree const tree(*root_);
-      PruningPath const path(tree, NodeRisks(tree, basis_.Classes()));
+      PruningPath const path = FindPath(tree);
       risk_ = GetValidation() == ValidationCrossValidation ? CrossValidate({complexity_}).front()
                                                            : EstimateRisks(tree, path).front();
     }

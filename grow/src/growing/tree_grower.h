@@ -93,9 +93,12 @@ class TreeGrower final : public Grower {
   /// A subtree beside the tree, until it takes its place.
   struct Sprout;
 
-  bool Attempt(std::function<void()> const& operation) noexcept;
+  template <class Operation>
+  bool Attempt(Operation const& operation) noexcept;
   void SelectSamples(DataSet const& data, CaseRoles const& roles, GrowOptions const& options);
   void Prepare(double share);
+  void PrepareToEstimate();
+  PruningPath FindPath(IndexedTree const& tree);
   Basis MakeBasis(std::vector<std::uint8_t> const& included);
   GrowthLimits MakeLimits(int maxLevels) const;
   NodeImp* FindNodeImp(unsigned int id) const noexcept;

@@ -103,14 +103,23 @@ void Workers::Run(std::size_t count, std::function<void(std::size_t)> const& tas
   if (pool_ != nullptr && count > 1) {
     auto const numHelpers =
         static_cast<int>(std::min(count, static_cast<std::size_t>(numThreads_)) - 1);
-    batch.numWorking = numHelpers;
     for (int helper = 0; helper < numHelpers; ++helper) {
-      boost::asio::post(pool_->threads, [this, &batch] {
-        WorkOn(batch);
+      auto const addWorking = [&batch](int change) {
         std::lock_guard const lock(batch.mutex);
-        --batch.numWorking;
+        batch.numWorking += change;
         batch.changed.notify_one();
-      });
+      };
+      addWorking(1);
+      try {
+        boost::asio::post(pool_->threads, [this, &batch, addWorking] {
+          WorkOn(batch);
+          addWorking(-1);
+        });
+      } catch (std::bad_alloc const&) {
+        // Those who have been called, and this thread, do it all.
+        addWorking(-1);
+        break;
+      }
     }
   }
   WorkOn(batch);

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <bit>
 #include <cmath>
+#include <limits>
 #include <numeric>
 #include <vector>
 
@@ -56,9 +57,12 @@ PredictorNumbers::PredictorNumbers(TrainingData const& data, std::size_t predict
   if (!(least <= greatest)) least = greatest = 0.0;
   // Infinite values lie as far beyond the finite ones as these lie apart.
   double const range = greatest - least;
-  double const beyond = range > 0.0 && std::isfinite(4.0 * range) ? range : 1.0;
-  if (hasLow) least -= beyond;
-  if (hasHigh) greatest += beyond;
+  double const beyond = range > 0.0 && std::isfinite(4.0 * range)
+                            ? range
+                            : std::max({1.0, std::abs(least), std::abs(greatest)});
+  constexpr double kLargest = std::numeric_limits<double>::max();
+  if (hasLow) least = std::max(least - beyond, -kLargest);
+  if (hasHigh) greatest = std::min(greatest + beyond, kLargest);
   least_ = least;
   greatest_ = greatest;
   centre_ = least / 2.0 + greatest / 2.0;

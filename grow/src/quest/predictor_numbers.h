@@ -10,7 +10,9 @@ namespace tree::grow {
 /// The values of an ordered predictor as whole multiples of a power of two from a centre, so that
 /// sums of them and of their squares are exact, and no order of the cases changes them. Values are
 /// rounded to a share of 2^-40 of their range, or more where weights are great; infinite ones are
-/// taken to lie as far beyond the finite ones as these lie apart.
+/// taken to lie as far beyond the finite ones as these lie apart, or, where these are all the same
+/// or too far apart for that, as far as numbers reach around zero. The unit is at least 2^-1022, so
+/// that values nearer to each other are the same.
 class PredictorNumbers {
  public:
   PredictorNumbers() = default;

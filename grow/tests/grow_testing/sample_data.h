@@ -16,6 +16,11 @@ class SampleData {
  public:
   explicit SampleData(std::size_t numCases) : data_(numCases) {}
 
+  /// Marks missing cases in the columns that are added from now on.
+  SampleData& MissingIs(double value) {
+    missingValue_ = value;
+    return *this;
+  }
   SampleData& Classes(std::vector<double> values) {
     roles_.target = Add("class", global::MeasurementNominal, std::move(values));
     return *this;
@@ -99,11 +104,13 @@ class SampleData {
     ColumnDescription description;
     description.name = std::move(name);
     description.level = level;
+    description.missingValue = missingValue_;
     return data_.AddColumn(std::move(description), std::move(values));
   }
 
   DataSet data_;
   CaseRoles roles_;
+  double missingValue_ = systemMissingValue();
 };
 
 /// What describes a whole tree: one line per node with its id, size, prediction and rules. Equal

@@ -83,11 +83,11 @@ class TREE_API Grower : public TreeAlgorithm {
 
 /// A grower for these settings, without a tree. `data`: **borrowed** for the grower's life, and not
 /// to be changed. `settings`: **copied**; made from `MakeCoreSettings` of the same data and roles,
-/// with `CCartSettingsImp` or `CChaidSettingsImp` for a nominal or ordinal target and
-/// `RCartSettingsImp` or `RChaidSettingsImp` for a continuous one. Throws `InputError` for what
-/// `CaseSelection` refuses, for settings that do not fit the data, and for options out of range.
-/// Reads the target and the weights, which is linear in the cases; null when the listener of the
-/// options ends that. The first operation reads the predictors.
+/// with `CCartSettingsImp`, `CChaidSettingsImp` or `QuestSettingsImp` for a nominal or ordinal
+/// target and `RCartSettingsImp` or `RChaidSettingsImp` for a continuous one. Throws `InputError`
+/// for what `CaseSelection` refuses, for settings that do not fit the data, and for options out of
+/// range. Reads the target and the weights, which is linear in the cases; null when the listener of
+/// the options ends that. The first operation reads the predictors.
 TREE_API std::unique_ptr<Grower> MakeGrower(DataSet const& data, CaseRoles const& roles,
                                             AlgSettings const& settings,
                                             GrowOptions const& options = {});

@@ -666,6 +666,31 @@ TEST(CategoryMerger, MergesByTheWeightsOfTheCases) {
   EXPECT_THAT(merged.groupOf, ElementsAre(0, 0, 1, 2));
 }
 
+TEST(CategoryMerger, LeavesCategoriesAsTheyAreThatMayNotBeMerged) {
+  Table const table = {Percent(30), Percent(30), Percent(31), Percent(90)};
+  for (bool const exhaustive : {false, true}) {
+    SCOPED_TRACE(exhaustive ? "exhaustive" : "by level");
+    CategoryMerger<ClassGroups> merger(ClassGroups({}, 2, false, 1.0), {.exhaustive = exhaustive});
+
+    MergedCategories const merged =
+        merger.Merge(Flat(table), CategoryKind::kNominal, false, /*mayMerge=*/false);
+
+    EXPECT_THAT(merged.groupOf, ElementsAre(0, 1, 2, 3));
+    EXPECT_EQ(merged.adjustedLogP, merged.logP) << "there was nothing to choose";
+  }
+}
+
+TEST(CategoryMerger, MergesSmallCategoriesEvenIfTheyMayNotBeMerged) {
+  Table const table = {Percent(30), {2, 1}, Percent(31), Percent(90)};
+  CategoryMerger<ClassGroups> merger(ClassGroups({}, 2, false, 1.0), {.minChildSize = 10.0});
+
+  MergedCategories const merged =
+      merger.Merge(Flat(table), CategoryKind::kOrdinal, false, /*mayMerge=*/false);
+
+  EXPECT_EQ(merged.numGroups, 3U);
+  EXPECT_NE(merged.groupOf[2], merged.groupOf[3]);
+}
+
 TEST(CategoryMerger, EndsWhenItsUserHasHadEnough) {
   Table table;
   for (std::int64_t category = 0; category < 60; ++category) table.push_back(Percent(category));

@@ -258,6 +258,21 @@ TEST(ChaidGrower, MergesAboveTheLevelOfMerging) {
   EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 3);
 }
 
+TEST(ChaidGrower, SplitsMergedCategoriesAtTheLevelForThat) {
+  // Categories 0 to 3 are merged, the last two groups with p = 0.064; of their halves, 0 and 1
+  // differ from 2 and 3 with chi-square 4.0064, p = 0.0453, and no other two parts differ more.
+  SampleData const data =
+      MakeCells({{0, 100, 40}, {1, 100, 46}, {2, 100, 50}, {3, 100, 56}, {4, 100, 95}, {5, 100, 5}},
+                global::MeasurementNominal);
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
+  settings.SetAllowSplitMerge(true);
+
+  settings.SetAlphaOfMergeSplit(0.045);
+  EXPECT_THAT(ChildSizes(RootOf(*Grown(data, settings))), ElementsAre(400.0, 100.0, 100.0));
+  settings.SetAlphaOfMergeSplit(0.046);
+  EXPECT_THAT(ChildSizes(RootOf(*Grown(data, settings))), ElementsAre(200.0, 200.0, 100.0, 100.0));
+}
+
 TEST(ChaidGrower, AdjustsPValuesByTheNumberOfWaysToMerge) {
   // Four nominal categories make two groups in 7 ways.
   SampleData const data =
@@ -369,6 +384,34 @@ TEST(ChaidGrower, WeighsClassesByTheirPriors) {
   EXPECT_NEAR(probability(*Grown(data, settings)), 0.4 / (0.4 + 0.2), 1e-12);
 }
 
+TEST(ChaidGrower, AlteredPriorsChangeTheImprovementAlone) {
+  // Shares of 3/4 and 1/4, altered by costs of 1 and 3, are 1/2 each. A case of class 0 is then
+  // 1/300, one of class 1 is 1/100: groups of (0.3, 0.1) and (0.2, 0.4). Gini: 1/2 - 2 (0.3 0.1) /
+  // 0.4 - 2 (0.2 0.4) / 0.6 = 1/12. By the shares it is 2 (3/4 1/4) - (2 (0.9 0.1) + 2 (0.6 0.4)) /
+  // 2 = 0.045.
+  SampleData const data = MakeCells({{0, 100, 10}, {1, 100, 40}}, global::MeasurementNominal);
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
+  settings.GetCost()->Set(0, 1, 3.0);  // class 1 taken for class 0
+  settings.GetStopRule()->SetMinImprovement(0.045 - 1e-9);
+  auto const plain = Grown(data, settings);
+  ASSERT_EQ(RootOf(*plain).GetNumChildren(), 2);
+  EXPECT_NEAR(RuleOf(*plain).GetStatistic(SplitImprovement), 0.045, 1e-12);
+
+  settings.GetPriors()->AlterValues(true);
+  settings.GetStopRule()->SetMinImprovement(1.0 / 12.0 - 1e-9);
+  auto const altered = Grown(data, settings);
+
+  ASSERT_EQ(RootOf(*altered).GetNumChildren(), 2);
+  EXPECT_NEAR(RuleOf(*altered).GetStatistic(SplitImprovement), 1.0 / 12.0, 1e-12);
+  for (StatisticFlag const statistic : {SplitTestStatistic, SplitLogPValue}) {
+    EXPECT_EQ(RuleOf(*altered).GetStatistic(statistic), RuleOf(*plain).GetStatistic(statistic));
+  }
+  for (unsigned int const child : {0U, 1U}) {
+    EXPECT_EQ(RootOf(*altered).GetChild(child)->GetAssignment(),
+              RootOf(*plain).GetChild(child)->GetAssignment());
+  }
+}
+
 TEST(ChaidGrower, StopsAtTheStoppingRule) {
   std::vector<double> a;
   std::vector<double> b;
@@ -467,6 +510,25 @@ TEST(ChaidGrower, TestsOrdinalTargetsByTheirScores) {
 
   EXPECT_GT(equallySpaced, 10.0);
   EXPECT_GT(std::abs(equallySpaced - farLast), 0.1);
+}
+
+TEST(ChaidGrower, TakesClassesForOrdinalIfTheSettingsDo) {
+  SampleData const ordinal = MakeOrdinalTarget();
+  SampleData nominal(ordinal.GetData().GetNumCases());
+  auto const values = [&](int column) {
+    double const* const begin = ordinal.GetData().GetColumn(column).values;
+    return std::vector<double>(begin, begin + ordinal.GetData().GetNumCases());
+  };
+  nominal.Classes(values(0)).Nominal(values(1));
+  auto const statistic = [](SampleData const& data, CoreSettingsImp const& core) {
+    return RuleOf(*Grown(data, CChaidSettingsImp(core))).GetStatistic(SplitTestStatistic);
+  };
+  CoreSettingsImp core = nominal.Core();
+  double const unordered = statistic(nominal, core);
+  core.GetTarget()->SetMeasurementLevel(global::MeasurementOrdinal);
+
+  EXPECT_EQ(statistic(nominal, core), statistic(ordinal, ordinal.Core()));
+  EXPECT_NE(statistic(nominal, core), unordered);
 }
 
 TEST(ChaidGrower, IteratesToTheEpsilonOrTheLimit) {
@@ -734,6 +796,27 @@ TEST(ChaidGrower, EachWayOfMergingHasItsEffect) {
     EXPECT_FALSE(ChangesSomeTree(classes, [](ChaidSettings& settings) {
       settings.SetAlphaOfMergeSplit(0.049);
     })) << "without leave to split";
+  }
+}
+
+TEST(ChaidGrower, MergesOnlyCategoriesThatMayBeMerged) {
+  SampleData data(400);
+  std::vector<double> classes;
+  std::vector<double> categories;
+  for (int row = 0; row < 400; ++row) {
+    categories.push_back(row % 4);
+    classes.push_back(row % 4 == 3 ? 1 : row / 4 % 2);  // three categories are alike
+  }
+  data.Classes(classes).Nominal(categories);
+  for (bool const mayMerge : {true, false}) {
+    CoreSettingsImp core = data.Core();
+    core.GetPredictor(0)->SetValueMergeFlag(mayMerge);
+    CChaidSettingsImp settings(core);
+    settings.GetStopRule()->SetMinChildSize(1);
+
+    auto const grower = Grown(data, settings);
+
+    EXPECT_EQ(grower->GetRootNode()->GetNumChildren(), mayMerge ? 2 : 4);
   }
 }
 

@@ -1,5 +1,6 @@
 // The operations on a tree, one by one, and what they refuse.
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numeric>
@@ -323,6 +324,26 @@ TEST_F(GrowerOnSteps, RefusesATreeWithoutTheStatisticsOfItsClasses) {
   EXPECT_EQ(grower_->GetNumNodes(AllNodes), 5);
 }
 
+TEST_F(GrowerOnSteps, RefusesATreeWithNodesOfTheOtherKind) {
+  ASSERT_TRUE(grower_->Grow());
+  std::unique_ptr<NodeImp> mixed(grower_->GetTree()->Clone());
+  mixed->GetChildImp(1)->SetClassificationNode(false);
+
+  ExpectFailure(grower_->SetTree(mixed.release()), FailureInvalidArgument, "node 2");
+}
+
+TEST_F(GrowerOnSteps, RefusesATreeThatPredictsNoClass) {
+  ASSERT_TRUE(grower_->Grow());
+  for (int const prediction : {-1, 1000000}) {
+    std::unique_ptr<NodeImp> wrong(grower_->GetTree()->Clone());
+    wrong->GetChildImp(1)->GetClsInfoImp(TrainingSample)->SetPrediction(prediction);
+
+    ExpectFailure(grower_->SetTree(wrong.release()), FailureInvalidArgument,
+                  "node 2 of the tree predicts " + std::to_string(prediction));
+  }
+  EXPECT_EQ(grower_->GetNumNodes(AllNodes), 5);
+}
+
 TEST_F(GrowerOnSteps, MakesGainsTables) {
   ASSERT_TRUE(grower_->Grow());
   GainsSettings settings;
@@ -359,7 +380,7 @@ TEST(MakeGrower, RefusesSettingsThatWereMadeForOtherData) {
   EXPECT_THAT(RefusalOf(data, fewer.ClassSettings()),
               HasSubstr("they have 1 predictors, the data 2"));
   EXPECT_THAT(RefusalOf(data, others.ClassSettings()),
-              HasSubstr("\"x0\" is of another measurement"));
+              HasSubstr("\"x0\" is continuous, in the settings nominal"));
   EXPECT_THAT(RefusalOf(data, numbers.NumberSettings()), HasSubstr("\"class\" is not continuous"));
   EXPECT_THAT(RefusalOf(numbers, data.ClassSettings()), HasSubstr("\"number\" is continuous"));
   CoreSettingsImp core = data.Core();
@@ -370,6 +391,30 @@ TEST(MakeGrower, RefusesSettingsThatWereMadeForOtherData) {
   core.GetTarget()->SetMissingValue(-9.0);
   EXPECT_THAT(RefusalOf(data, CCartSettingsImp(core)),
               HasSubstr("target \"class\" has another missing value"));
+
+  SampleData levels(2);
+  levels.Classes({0, 1}).Nominal({0, 1}).Ordinal({0, 1}).Ordered({0, 1});
+  struct {
+    unsigned int predictor;
+    global::MeasurementLevel level;
+    char const* why;
+  } const kRows[] = {
+      {0, global::MeasurementOrdinal, "\"x0\" is nominal, in the settings ordinal"},
+      {0, global::MeasurementContinuous, "\"x0\" is nominal, in the settings continuous"},
+      {1, global::MeasurementNominal, "\"x1\" is ordinal, in the settings nominal"},
+      {1, global::MeasurementContinuous, "\"x1\" is ordinal, in the settings continuous"},
+      {2, global::MeasurementNominal, "\"x2\" is continuous, in the settings nominal"},
+      {2, global::MeasurementOrdinal, "\"x2\" is continuous, in the settings ordinal"},
+      {2, static_cast<global::MeasurementLevel>(7), "in the settings of level 7"},
+  };
+  for (auto const& row : kRows) {
+    SCOPED_TRACE(row.why);
+    core = levels.Core();
+    core.GetPredictor(row.predictor)->SetMeasurementLevel(row.level);
+
+    EXPECT_THAT(RefusalOf(levels, CChaidSettingsImp(core)), HasSubstr(row.why));
+    EXPECT_THAT(RefusalOf(levels, CCartSettingsImp(core)), HasSubstr(row.why));
+  }
 }
 
 TEST(MakeGrower, RefusesSettingsThatHaveOtherWeights) {
@@ -680,6 +725,30 @@ TEST(Progress, CancelledReadingLeavesNoGrower) {
 
     EXPECT_EQ(data.Make(settings, {.numThreads = 1, .listener = &listener}), nullptr);
     EXPECT_THAT(listener.seen, testing::ElementsAre("reading the data"));
+  }
+}
+
+TEST(Progress, TellsThatOnlyFoldsNeedPreparedData) {
+  SampleData const data = Steps();
+  for (ValidationType const type :
+       {ValidationNone, ValidationSplitSample, ValidationCrossValidation}) {
+    SCOPED_TRACE(static_cast<int>(type));
+    CCartSettingsImp settings = data.ClassSettings();
+    settings.GetValidationSpec()->Set(type);
+    settings.GetValidationSpec()->SetNumCVFolds(2);
+    auto const grower = data.Make(settings);
+    ASSERT_TRUE(grower->Grow());
+    Activities listener;
+    grower->SetProgressListener(&listener);
+
+    std::vector<PruningStep> steps;
+    EXPECT_TRUE(grower->GetPruningSequence(&steps));
+    EXPECT_TRUE(grower->Prune());
+    EXPECT_TRUE(grower->Validate());
+
+    bool const isCrossValidated = type == ValidationCrossValidation;
+    EXPECT_EQ(std::count(listener.seen.begin(), listener.seen.end(), "preparing the data") > 0,
+              isCrossValidated);
   }
 }
 

@@ -205,6 +205,21 @@ TEST(QuestGrower, MovesTheCutWithCostsThatAlterPriors) {
   EXPECT_GT(CutOf(*Grown(data, settings)), equal + 0.5);
 }
 
+TEST(QuestGrower, PredictsTheClassOfLeastExpectedCost) {
+  // The cut is at 4.95: of class 1, the 15 cases with value 4 lie below it, beside 72 of class 0.
+  SampleData data(200);
+  data.Classes(AlternatingClasses(200)).Ordered(ShiftedValues());
+  QuestSettingsImp settings = SettingsOf(data);
+  settings.GetStopRule()->SetMaxTreeDepth(1);
+  auto const lower = [&] { return RootOf(*Grown(data, settings)).GetChild(0)->GetAssignment(); };
+
+  EXPECT_EQ(lower(), 0.0);
+  settings.GetCost()->Set(0, 1, 4.5);  // class 1 taken for class 0; 72 / 15 is 4.8
+  EXPECT_EQ(lower(), 0.0);
+  settings.GetCost()->Set(0, 1, 5.0);
+  EXPECT_EQ(lower(), 1.0);
+}
+
 TEST(QuestGrower, StopsAtTheStoppingRule) {
   std::vector<double> values;
   std::vector<double> classes;
@@ -293,12 +308,39 @@ TEST(QuestGrower, LeavesNominalSurrogatesWithTooManyCategoriesOut) {
   EXPECT_FALSE(hasNominal());
 }
 
-TEST(QuestGrower, LeavesPredictorsWithTooManyCategoriesOut) {
-  SampleData const data = MakeFollowers();
-  QuestSettingsImp settings = SettingsOf(data);
-  settings.SetMaxNominalPredCategories(2);
+/// Whether some rule of the tree is about a predictor.
+bool HasRuleOf(Grower const& grower, int predictor) {
+  PrefixNodeIterator walk(grower.GetRootNode());
+  while (Node const* const node = walk.Next()) {
+    auto const& rules = dynamic_cast<NodeImp const&>(*node);
+    for (int i = 0; i < rules.GetNumCompetitors(); ++i) {
+      auto const position = static_cast<unsigned int>(i);
+      if (rules.GetCompetitorImp(position)->GetPredictorIndex() == predictor) return true;
+    }
+    for (int i = 0; i < rules.GetNumSurrogates(); ++i) {
+      auto const position = static_cast<unsigned int>(i);
+      if (rules.GetSurrogateImp(position)->GetPredictorIndex() == predictor) return true;
+    }
+  }
+  return false;
+}
 
-  EXPECT_EQ(Grown(data, settings)->GetRemarks().size(), 1U);
+TEST(QuestGrower, LeavesPredictorsWithTooManyCategoriesOut) {
+  std::vector<double> const values = ShiftedValues();  // 11 of them
+  SampleData data(200);
+  data.Classes(AlternatingClasses(200)).Ordered(values).Nominal(values);
+  QuestSettingsImp settings = SettingsOf(data);
+  settings.SetMaxNominalPredCategories(11);
+  auto const all = Grown(data, settings);
+  EXPECT_TRUE(HasRuleOf(*all, 1));
+  EXPECT_THAT(all->GetRemarks(), testing::IsEmpty());
+
+  settings.SetMaxNominalPredCategories(10);
+  auto const fewer = Grown(data, settings);
+
+  EXPECT_TRUE(HasRuleOf(*fewer, 0));
+  EXPECT_FALSE(HasRuleOf(*fewer, 1));
+  EXPECT_THAT(fewer->GetRemarks(), testing::ElementsAre(testing::HasSubstr("11 categories")));
 }
 
 TEST(QuestGrower, GrowsTheSameTreeInWhateverFormItHoldsThePredictors) {
@@ -448,6 +490,33 @@ TEST_P(QuestSeed, ThreadsAndCodesGrowTheSameTree) {
 
   EXPECT_EQ(tree, GrownText(data, {.numThreads = 3}));
   EXPECT_EQ(tree, GrownText(data, {.numThreads = 1, .maxCodedValues = 0}));
+}
+
+/// The leaf of each row, numbered in order of the rows.
+std::vector<int> LeavesOf(SampleData const& data) {
+  auto const grower = Grown(data, SettingsOf(data));
+  std::map<Node const*, int> numbers;
+  std::vector<int> leaves;
+  for (std::size_t row = 0; row < data.GetData().GetNumCases(); ++row) {
+    Node const* const node =
+        grower->GetTree()->DropObservationThroughTree(data.Case(row).data(), nullptr);
+    leaves.push_back(numbers.emplace(node, static_cast<int>(numbers.size())).first->second);
+  }
+  return leaves;
+}
+
+/// Frequencies differ, so that nothing is equally good: of equals, the order of the labels decides.
+TEST_P(QuestSeed, RelabelledCategoriesGrowTheSameLeaves) {
+  Columns columns = RandomColumns(GetParam());
+  RandomNumbers random(GetParam() + 2000);
+  for (double& count : columns.counts) count = 1.0 + random.Below(1000) / 999.0;
+  std::vector<int> const before = LeavesOf(columns.Make(true));
+
+  for (double& code : columns.nominal) {
+    if (code != kMissing) code = std::fmod(code * 2.0 + 3.0, 5.0);  // another order of 0 to 4
+  }
+
+  EXPECT_EQ(LeavesOf(columns.Make(true)), before);
 }
 
 TEST_P(QuestSeed, CasesReachTheNodesThatCountThem) {

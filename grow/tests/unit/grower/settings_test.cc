@@ -238,11 +238,36 @@ TEST(Settings, CategoriesThatANodeHasNotSeenAreLeftToSurrogates) {
 }
 
 TEST(Settings, ThePredictorsMissingValueIsTheRules) {
-  SampleData const data = ThreePredictors();
+  // Taken for a number, -9 would be less than all others and go where class 0 does.
+  std::vector<double> classes;
+  std::vector<double> values;
+  for (int i = 0; i < 60; ++i) {
+    classes.push_back(i < 20 ? 0.0 : 1.0);
+    values.push_back(i < 20 ? 1.0 + i % 2 : i < 50 ? 5.0 + i % 2 : -9.0);
+  }
+  SampleData data(60);
+  data.Classes(classes).MissingIs(-9.0).Ordered(values);
+  CCartSettingsImp const cart = data.ClassSettings();
+  auto const chaid = data.LooseSettings<CChaidSettingsImp>();
+  auto const quest = data.LooseSettings<QuestSettingsImp>();
+  struct {
+    char const* name;
+    AlgSettings const* settings;
+  } const kRows[] = {{"CART", &cart}, {"CHAID", &chaid}, {"QUEST", &quest}};
+  for (auto const& row : kRows) {
+    SCOPED_TRACE(row.name);
 
-  auto const grower = Grown(data, data.ClassSettings());
+    auto const grower = Grown(data, *row.settings);
+    NodeImp const& root = *grower->GetTree();
+    double const missing[] = {-9.0};
+    double const low[] = {kMissing};  // a number like others here
 
-  EXPECT_EQ(dynamic_cast<OSplitRule const&>(RuleOf(*grower)).GetMissingValue(), kMissing);
+    ASSERT_EQ(root.GetNumChildren(), 2);
+    EXPECT_EQ(dynamic_cast<OSplitRule const&>(RuleOf(*grower)).GetMissingValue(), -9.0);
+    EXPECT_EQ(root.DropObservationThroughTree(missing, nullptr), root.GetChild(1));
+    EXPECT_EQ(root.DropObservationThroughTree(low, nullptr), root.GetChild(0));
+    EXPECT_THAT(TerminalSizes(*grower), ElementsAre(20, 40));
+  }
 }
 
 TEST(Settings, TheDumbRuleIsTheBiggestChildWithItsShare) {

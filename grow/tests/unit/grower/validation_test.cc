@@ -1,6 +1,8 @@
 // How trees are pruned and their risk measured.
 
+#include <algorithm>
 #include <cmath>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -161,6 +163,62 @@ TEST(Validation, LeavingOneOutIsTheMostThatFoldsCanDo) {
   ASSERT_TRUE(grower->Validate()) << grower->GetFailureMessage();
 
   EXPECT_EQ(grower->GetStatistics()->GetRisk(), 0.0);
+}
+
+template <class Settings>
+std::unique_ptr<AlgSettings> MakeSettings(CoreSettingsImp const& core) {
+  return std::make_unique<Settings>(core);
+}
+
+/// The caller's values change after the data was prepared, in a way that leaves each case on its
+/// side of every cut: only what reads the predictor anew can tell. That is forbidden, and shows how
+/// often it is read.
+TEST(Validation, FoldsGrowOnPredictorsThatWerePreparedOnce) {
+  // Of value 1, one in four cases is of class 1; of value 2, three in four.
+  std::vector<double> classes;
+  std::vector<double> plain;
+  std::vector<double> telling;  // each value a bit less where the class is 1
+  for (int i = 0; i < 200; ++i) {
+    bool const isHigh = i % 2 == 1;
+    classes.push_back((i / 2 % 4 == 0) != isHigh ? 1.0 : 0.0);
+    plain.push_back(isHigh ? 2.0 : 1.0);
+    telling.push_back(plain.back() - 0.1 * classes.back());
+  }
+  struct {
+    char const* name;
+    std::unique_ptr<AlgSettings> (*make)(CoreSettingsImp const& core);
+    int maxCodedValues;
+  } const kRows[] = {{"CART, of codes", MakeSettings<CCartSettingsImp>, 256},
+                     {"CART, of sorted lists", MakeSettings<CCartSettingsImp>, 0},
+                     {"CHAID", MakeSettings<CChaidSettingsImp>, 256},
+                     {"QUEST, of codes", MakeSettings<QuestSettingsImp>, 256},
+                     {"QUEST, of rows", MakeSettings<QuestSettingsImp>, 0}};
+  for (auto const& row : kRows) {
+    SCOPED_TRACE(row.name);
+    auto const riskOf = [&](std::vector<double> const& atFirst, std::vector<double> const& later) {
+      std::vector<double> values = atFirst;
+      DataSet data(classes.size());
+      data.AddColumn({"class", global::MeasurementNominal}, classes);
+      data.BorrowColumn({"x", global::MeasurementContinuous}, values.data());
+      CaseRoles const roles{.target = 0, .predictors = {1}};
+      auto const settings = row.make(MakeCoreSettings(data, roles));
+      settings->GetStopRule()->SetMinNodeSize(2);
+      settings->GetStopRule()->SetMinChildSize(1);
+      settings->GetValidationSpec()->Set(ValidationCrossValidation);
+      auto const grower = MakeGrower(data, roles, *settings,
+                                     {.numThreads = 1, .maxCodedValues = row.maxCodedValues});
+      EXPECT_TRUE(grower->Grow()) << grower->GetFailureMessage();
+      std::copy(later.begin(), later.end(), values.begin());
+      EXPECT_TRUE(grower->Validate()) << grower->GetFailureMessage();
+      return grower->GetStatistics()->GetRisk();
+    };
+
+    double const risk = riskOf(plain, plain);
+
+    EXPECT_NEAR(risk, 0.25, 1e-9);
+    EXPECT_EQ(riskOf(plain, telling), risk);
+    EXPECT_EQ(riskOf(telling, telling), 0.0) << "had the values been read again";
+  }
 }
 
 TEST(Validation, DrawsRowsWholeWhereFrequenciesAreNoWholeNumbers) {

@@ -295,23 +295,34 @@ TEST(TrainingData, LeavesOutPredictorsWithMoreCategoriesThanCodes) {
 }
 
 TEST(TrainingData, PreparesPredictorsOnce) {
+  std::vector<double> categories = {5.0, 7.0, 5.0};
+  std::vector<double> numbers = {0.5, -1.0, 2.0};
   DataSet data(3);
   data.AddColumn({"y", global::MeasurementNominal, {}, kMissing}, {0.0, 1.0, 0.0});
   data.AddColumn({"x", global::MeasurementNominal, {}, kMissing}, {0.0, 1.0, 2.0});
-  data.AddColumn({"z", global::MeasurementNominal, {}, kMissing}, {5.0, 7.0, 5.0});
-  CaseRoles const roles{.target = 0, .predictors = {1, 2}};
+  data.BorrowColumn({"z", global::MeasurementNominal, {}, kMissing}, categories.data());
+  data.BorrowColumn({"w", global::MeasurementContinuous, {}, kMissing}, numbers.data());
+  CaseRoles const roles{.target = 0, .predictors = {1, 2, 3}};
   CCartSettingsImp settings(MakeCoreSettings(data, roles));
   settings.SetMaxNominalPredCategories(2);
-  TrainingData training(data, roles, settings, {0, 1, 2}, {}, {});
+  TrainingData training(data, roles, settings, {0, 1, 2}, {}, {}, 0, 0,
+                        OrderedForm::kSortedAndInRows);
   Workers workers(1);
   workers.Begin();
 
   training.PreparePredictors(workers);
+  categories[1] = 8.0;
+  numbers[0] = 9.0;  // the greatest instead of the middle one
   training.PreparePredictors(workers);
 
   EXPECT_EQ(training.GetRemarks().size(), 1U);
-  EXPECT_THAT(training.GetPredictors()[0].values, IsEmpty()) << "it is not used";
-  EXPECT_THAT(training.GetPredictors()[1].values, ElementsAre(5.0, 7.0));
+  auto const& predictors = training.GetPredictors();
+  EXPECT_THAT(predictors[0].values, IsEmpty()) << "it is not used";
+  EXPECT_THAT(predictors[1].values, ElementsAre(5.0, 7.0));
+  ASSERT_EQ(predictors[2].sorted.size(), 3U);
+  EXPECT_EQ(predictors[2].sorted[1].Place(), 0U);
+  EXPECT_EQ(predictors[2].sorted[2].Place(), 2U);
+  EXPECT_EQ(training.GetCaseRows().Of(0)[0], 0.5);
 }
 
 TEST(TrainingData, MakesReleasedListsAgain) {

@@ -1,6 +1,8 @@
 #include "growing/workers.h"
 
 #include <atomic>
+#include <cstddef>
+#include <functional>
 #include <mutex>
 #include <stdexcept>
 #include <string>
@@ -11,12 +13,14 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "testing/failing_allocator.h"
+
 namespace tree::grow {
 namespace {
 
-using testing::Each;
-using testing::ElementsAre;
-using testing::Pair;
+using ::testing::Each;
+using ::testing::ElementsAre;
+using ::testing::Pair;
 
 constexpr std::chrono::milliseconds kMoreThanAnInterval{45};
 
@@ -336,6 +340,21 @@ TEST(ForSlices, PollsBetweenSlices) {
                Cancelled);
 
   EXPECT_EQ(numVisited, 1);
+}
+
+TEST(Workers, DoAllTasksWithTheThreadsThatMemoryAllows) {
+  for (long nth = 1; nth <= 8; ++nth) {
+    SCOPED_TRACE(nth);
+    Workers workers(4);
+    workers.Begin();
+    std::atomic<int> numDone{0};
+    std::function<void(std::size_t)> const task = [&numDone](std::size_t) { ++numDone; };
+    {
+      tree::testing::FailingAllocator const allocator(nth, /*persistent=*/true);
+      workers.Run(100, task);
+    }
+    EXPECT_EQ(numDone, 100);
+  }
 }
 
 }  // namespace

@@ -71,6 +71,24 @@ TEST(PredictorNumbers, PutInfiniteValuesBeyondTheFiniteOnes) {
   EXPECT_NEAR(numbers.ValueOf(static_cast<double>(numbers.Of(-infinity))), 0.0, 1e-9);
 }
 
+TEST(PredictorNumbers, TellInfiniteValuesFromLargeOnes) {
+  double const infinity = std::numeric_limits<double>::infinity();
+  for (auto const& values :
+       {std::vector<double>{1e17, infinity}, {-1.5e308, 1.5e308, infinity}, {1.7e308, infinity}}) {
+    SCOPED_TRACE(values.front());
+    double const finite = values[values.size() - 2];
+    PreparedSample const high(MakeSample(values));
+    PredictorNumbers const numbers(high.GetData(), 0);
+    EXPECT_GT(numbers.Of(infinity), numbers.Of(finite));
+
+    std::vector<double> mirrored(values);
+    for (double& value : mirrored) value = -value;
+    PreparedSample const low(MakeSample(mirrored));
+    PredictorNumbers const ofMirrored(low.GetData(), 0);
+    EXPECT_LT(ofMirrored.Of(-infinity), ofMirrored.Of(-finite));
+  }
+}
+
 TEST(PredictorNumbers, KnowOneValueAndNone) {
   PreparedSample const one(MakeSample({4.5, 4.5}));
   PreparedSample const none(MakeSample({kMissing, kMissing}));
