@@ -94,10 +94,16 @@ class Program(unittest.TestCase):
         self.assertEqual(len(done.stderr.splitlines()), 1)
         self.assertEqual((done.returncode, done.stdout), (2, ""))
 
+    def open_terminal(self):
+        try:
+            return pty.openpty()
+        except OSError as error:
+            self.skipTest(f"no terminal can be had: {error}")
+
     def test_shows_progress_on_a_terminal_and_ends_when_interrupted(self):
         for number, columns in ((signal.SIGINT, 0), (signal.SIGTERM, 20)):
             with self.subTest(signal=number.name), tempfile.TemporaryDirectory() as folder:
-                ours, theirs = pty.openpty()
+                ours, theirs = self.open_terminal()
                 fcntl.ioctl(theirs, termios.TIOCSWINSZ, struct.pack("HHHH", 24, columns, 0, 0))
                 process = subprocess.Popen(
                     [PROGRAM, "--target", "y", "--predictions", f"{folder}/p.csv", "-"],
@@ -129,7 +135,7 @@ class Program(unittest.TestCase):
 
     def test_knows_terminals_that_cannot_show_progress(self):
         for environment in ({"TERM": "dumb"}, {"TERM": "xterm"}):
-            ours, theirs = pty.openpty()
+            ours, theirs = self.open_terminal()
             with self.subTest(**environment):
                 done = subprocess.run(
                     [PROGRAM, "--version"],
