@@ -419,7 +419,8 @@ class Parser {
         [&classes](OptionValue const& value) { ReadPriors(value, classes); })
         ->default_str("equal");
     AddFlag("--altered-priors", classes.alteredPriors,
-            "let the costs weigh the priors that the tree is grown with");
+            "let the costs weigh the priors that the tree is grown with; in chaid, whose tests "
+            "know no priors, only the improvement of a split");
     AddRepeatable("--cost", "PREDICTED,OBSERVED=COST",
                   "the cost of taking a case of class OBSERVED for one of class PREDICTED, 1 where "
                   "not given; repeatable",
@@ -441,6 +442,14 @@ class Parser {
         [&chaid](OptionValue const& value) { chaid.alphaOfResplit = value.Number(kProbability); });
     AddFlag("--exhaustive", chaid.isExhaustive,
             "merge down to two groups and take the best step (Biggs, de Ville and Suen)");
+    AddRepeatable("--keep-categories", "COLUMN,...",
+                  "predictors whose categories are not merged, unless too few cases have one; "
+                  "repeatable",
+                  [&chaid](OptionValue const& value) {
+                    for (std::string& name : ListIn(value)) {
+                      chaid.keptPredictors.push_back(std::move(name));
+                    }
+                  });
     AddFlag("--no-bonferroni", chaid.hasNoBonferroni,
             "do not adjust p-values for the number of ways to merge");
     Add("--chi-square", "TEST", "pearson or likelihood-ratio, for a nominal target",
@@ -640,6 +649,7 @@ class Parser {
         {chaid.alphaOfMerge.has_value(), "--alpha-merge", false, true, false},
         {chaid.alphaOfResplit.has_value(), "--alpha-resplit", false, true, false},
         {chaid.isExhaustive, "--exhaustive", false, true, false},
+        {!chaid.keptPredictors.empty(), "--keep-categories", false, true, false},
         {chaid.hasNoBonferroni, "--no-bonferroni", false, true, false},
         {chaid.chiSquare.has_value(), "--chi-square", false, true, false},
         {!chaid.scores.empty(), "--score", false, true, false},

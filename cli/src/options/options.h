@@ -64,6 +64,7 @@ struct ChaidOptions {
   std::optional<double> alphaOfResplit =
       std::nullopt;  ///< given: merged categories are split again
   bool isExhaustive = false;
+  std::vector<std::string> keptPredictors = {};  ///< whose categories are not merged
   bool hasNoBonferroni = false;
   std::optional<ChiSquareMethod> chiSquare = std::nullopt;
   std::vector<ClassNumber> scores = {};

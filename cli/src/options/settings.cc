@@ -170,6 +170,20 @@ void ApplyScores(ChaidOptions const& options, Classes const& classes,
   }
 }
 
+void KeepCategories(ChaidOptions const& options, grow::DataSet const& data,
+                    grow::CaseRoles const& roles, CoreSettings& core) {
+  for (std::string const& name : options.keptPredictors) {
+    auto const position =
+        std::find_if(roles.predictors.begin(), roles.predictors.end(),
+                     [&](int column) { return data.GetColumn(column).description.name == name; });
+    if (position == roles.predictors.end()) {
+      Refuse("--keep-categories", "there is no predictor " + Quoted(name));
+    }
+    core.GetPredictor(static_cast<int>(position - roles.predictors.begin()))
+        ->SetValueMergeFlag(false);
+  }
+}
+
 void Apply(ChaidOptions const& options, ChaidSettings& settings) {
   if (options.alphaOfSplit) settings.SetAlphaOfSplitNode(*options.alphaOfSplit);
   if (options.alphaOfMerge) settings.SetAlphaOfMerge(*options.alphaOfMerge);
@@ -233,7 +247,8 @@ std::unique_ptr<AlgSettings> MakeQuestSettings(Options const& options, CoreSetti
 
 std::unique_ptr<AlgSettings> MakeSettings(Options const& options, grow::DataSet const& data,
                                           grow::CaseRoles const& roles) {
-  CoreSettingsImp const core = grow::MakeCoreSettings(data, roles);
+  CoreSettingsImp core = grow::MakeCoreSettings(data, roles);
+  KeepCategories(options.chaid, data, roles, core);
   grow::ColumnDescription const& target = data.GetColumn(roles.target).description;
   switch (options.method) {
     case Method::kCart:

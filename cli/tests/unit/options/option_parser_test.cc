@@ -143,6 +143,10 @@ TEST(OptionParser, ReadsWhatOnlyChaidHas) {
                                   "0.2",
                                   "--alpha-resplit",
                                   "0.1",
+                                  "--keep-categories",
+                                  "a,b",
+                                  "--keep-categories",
+                                  "\"c,d\"",
                                   "--no-bonferroni",
                                   "--chi-square",
                                   "likelihood-ratio",
@@ -161,6 +165,7 @@ TEST(OptionParser, ReadsWhatOnlyChaidHas) {
   EXPECT_EQ(options.chaid.alphaOfSplit, 0.01);
   EXPECT_EQ(options.chaid.alphaOfMerge, 0.2);
   EXPECT_EQ(options.chaid.alphaOfResplit, 0.1);
+  EXPECT_EQ(options.chaid.keptPredictors, (std::vector<std::string>{"a", "b", "c,d"}));
   EXPECT_TRUE(options.chaid.hasNoBonferroni);
   EXPECT_FALSE(options.chaid.isExhaustive);
   EXPECT_EQ(static_cast<int>(options.chaid.chiSquare.value()), 1);
@@ -188,16 +193,25 @@ TEST(OptionParser, RefusesWhatTheMethodDoesNotHave) {
     Arguments arguments;
     std::string needed;
   };
-  Case const cases[] = {
-      {{"--alpha-split", "0.1"}, "chaid"},   {{"--alpha-merge", "0.1"}, "chaid"},
-      {{"--alpha-resplit", "0.1"}, "chaid"}, {{"--exhaustive"}, "chaid"},
-      {{"--no-bonferroni"}, "chaid"},        {{"--chi-square", "pearson"}, "chaid"},
-      {{"--score", "a=1"}, "chaid"},         {{"--epsilon", "0.1"}, "chaid"},
-      {{"--iterations", "9"}, "chaid"},      {{"--intervals", "9"}, "chaid"},
-      {{"--alpha-select", "0.1"}, "quest"},  {{"--max-surrogate-categories", "5"}, "quest"},
-      {{"--criterion", "gini"}, "cart"},     {{"--surrogates", "2"}, "cart or quest"},
-      {{"--prune"}, "cart or quest"},        {{"--se-rule", "2"}, "cart or quest"},
-      {{"--min-risk"}, "cart or quest"},     {{"--sequence"}, "cart or quest"}};
+  Case const cases[] = {{{"--alpha-split", "0.1"}, "chaid"},
+                        {{"--alpha-merge", "0.1"}, "chaid"},
+                        {{"--alpha-resplit", "0.1"}, "chaid"},
+                        {{"--exhaustive"}, "chaid"},
+                        {{"--keep-categories", "a"}, "chaid"},
+                        {{"--no-bonferroni"}, "chaid"},
+                        {{"--chi-square", "pearson"}, "chaid"},
+                        {{"--score", "a=1"}, "chaid"},
+                        {{"--epsilon", "0.1"}, "chaid"},
+                        {{"--iterations", "9"}, "chaid"},
+                        {{"--intervals", "9"}, "chaid"},
+                        {{"--alpha-select", "0.1"}, "quest"},
+                        {{"--max-surrogate-categories", "5"}, "quest"},
+                        {{"--criterion", "gini"}, "cart"},
+                        {{"--surrogates", "2"}, "cart or quest"},
+                        {{"--prune"}, "cart or quest"},
+                        {{"--se-rule", "2"}, "cart or quest"},
+                        {{"--min-risk"}, "cart or quest"},
+                        {{"--sequence"}, "cart or quest"}};
   for (auto const& [arguments, needed] : cases) {
     for (std::string const method : {"cart", "chaid", "quest"}) {
       SCOPED_TRACE(arguments[0] + " with " + method);

@@ -255,6 +255,20 @@ TEST(MakeSettings, KeepsTheDefaultsOfChaid) {
   }
 }
 
+TEST(MakeSettings, KeepsTheCategoriesOfSomePredictorsApart) {
+  Options options = ForChaid("class");
+  options.variables.predictors = {"amount", "rating"};
+  options.chaid.keptPredictors = {"rating"};
+
+  std::unique_ptr<AlgSettings const> const settings = Make(options);
+
+  CoreSettings const& core = *settings->GetCoreSettings();
+  EXPECT_TRUE(core.GetPredictor(0)->GetValueMergeFlag());
+  EXPECT_FALSE(core.GetPredictor(1)->GetValueMergeFlag());
+  options.chaid.keptPredictors = {"rating", "weight"};
+  EXPECT_EQ(RefusalOf(options), "--keep-categories: there is no predictor \"weight\"");
+}
+
 TEST(MakeSettings, SetsHowChaidMerges) {
   Options options = ForChaid("rating");
   options.chaid.alphaOfSplit = 0.01;
