@@ -193,14 +193,22 @@ class Session {
     }
   }
 
-  void WriteResults(Grown const& grown) const {
+  void WritePredictions(std::ostream& out, Grown const& grown) {
+    // A bar would be drawn into the lines where standard output goes to the same terminal.
+    bool const isShown = options_.results.predictions != kStandard;
+    ProgressBar silent(console_.err, 0, [this] { return console_.caughtSignal() != 0; });
+    progress_.Begin();
+    bool const isDone = WriteCases(out, *grown.grower.GetTree(), grown.data, grown.roles,
+                                   options_.csv.delimiter, isShown ? progress_ : silent);
+    progress_.End();
+    if (!isDone) throw Interrupted();
+  }
+
+  void WriteResults(Grown const& grown) {
     ResultOptions const& wanted = options_.results;
     Result const results[] = {
         {"--predictions", wanted.predictions,
-         [&](std::ostream& out) {
-           WriteCases(out, *grown.grower.GetTree(), grown.data, grown.roles,
-                      options_.csv.delimiter);
-         }},
+         [&](std::ostream& out) { WritePredictions(out, grown); }},
         {"--dot", wanted.dot, [&](std::ostream& out) { DrawTree(out, grown.tree); }},
         {"--svg", wanted.svg, [&](std::ostream& out) {
            std::ostringstream drawing;

@@ -1,12 +1,16 @@
 #!/usr/bin/env python3
 """Runs a program and compares what it does with what is expected, exactly.
 
-expect_run.py [--exit STATUS] [--stdout FILE] [--stderr-line LINE]... -- PROGRAM [ARGUMENT...]
+expect_run.py [--exit STATUS] [--stdout FILE] [--stderr-line LINE]... [--vague PATTERN]
+    -- PROGRAM [ARGUMENT...]
+
+What matches PATTERN in the output is expected as three dots.
 """
 
 import argparse
 import difflib
 import pathlib
+import re
 import subprocess
 import sys
 
@@ -27,11 +31,13 @@ def main():
     parser.add_argument("--exit", type=int, default=0)
     parser.add_argument("--stdout", type=pathlib.Path)
     parser.add_argument("--stderr-line", action="append", default=[])
+    parser.add_argument("--vague")
     separator = sys.argv.index("--")
     expected = parser.parse_args(sys.argv[1:separator])
     run = subprocess.run(sys.argv[separator + 1 :], capture_output=True, text=True, check=False)
 
-    found = differences("output", expected.stdout.read_text() if expected.stdout else "", run.stdout)
+    output = re.sub(expected.vague, "...", run.stdout) if expected.vague else run.stdout
+    found = differences("output", expected.stdout.read_text() if expected.stdout else "", output)
     found += differences(
         "messages", "".join(line + "\n" for line in expected.stderr_line), run.stderr
     )

@@ -15,6 +15,9 @@
 namespace tree::cli {
 namespace {
 
+// Rows that are written between one report and the next: a moment's work even where lines are long.
+constexpr std::size_t kSliceSize = 4096;
+
 /// What a line says after the row's number: the same for all cases of a node.
 std::string LineOf(Node const& node, VariableNames const& target, char delimiter) {
   std::string line = delimiter + std::to_string(node.GetId()) + delimiter;
@@ -39,8 +42,8 @@ void WriteNames(std::ostream& out, Node const& root, VariableNames const& target
 
 }  // namespace
 
-void WriteCases(std::ostream& out, NodeImp const& root, grow::DataSet const& data,
-                grow::CaseRoles const& roles, char delimiter) {
+bool WriteCases(std::ostream& out, NodeImp const& root, grow::DataSet const& data,
+                grow::CaseRoles const& roles, char delimiter, ProgressListener& listener) {
   VariableNames const target = NamesOf(data, {.target = roles.target}).target;
   WriteNames(out, root, target, delimiter);
   std::unordered_map<unsigned int, Node const*> nodes;
@@ -48,10 +51,12 @@ void WriteCases(std::ostream& out, NodeImp const& root, grow::DataSet const& dat
   while (Node const* const node = walk.Next()) nodes[node->GetId()] = node;
   auto const scorer = score::Scorer::FromTree(root);
   std::vector<std::string> lines(scorer.GetNumPositions());
-  constexpr std::size_t kSliceSize = std::size_t{1} << 16;
-  std::vector<std::uint32_t> positions(std::min(kSliceSize, data.GetNumCases()));
-  for (std::size_t begin = 0; begin < data.GetNumCases(); begin += kSliceSize) {
-    std::size_t const size = std::min(kSliceSize, data.GetNumCases() - begin);
+  std::size_t const numCases = data.GetNumCases();
+  std::vector<std::uint32_t> positions(std::min(kSliceSize, numCases));
+  for (std::size_t begin = 0; begin < numCases; begin += kSliceSize) {
+    double const fraction = static_cast<double>(begin) / static_cast<double>(numCases);
+    if (!listener.Report(fraction, "writing the predictions")) return false;
+    std::size_t const size = std::min(kSliceSize, numCases - begin);
     std::vector<score::Column> columns;
     columns.reserve(roles.predictors.size());
     for (int const predictor : roles.predictors) {
@@ -69,6 +74,7 @@ void WriteCases(std::ostream& out, NodeImp const& root, grow::DataSet const& dat
       out << begin + row + 1 << line;
     }
   }
+  return true;
 }
 
 std::string CsvField(std::string_view text, char delimiter) {

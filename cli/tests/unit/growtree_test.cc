@@ -2,6 +2,7 @@
 
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): of POSIX
 
+#include <algorithm>
 #include <filesystem>
 #include <functional>
 #include <map>
@@ -443,13 +444,24 @@ TEST_F(GrowtreeTest, SaysThatStandardOutputCannotBeWritten) {
 }
 
 TEST_F(GrowtreeTest, LeavesNothingBehindWheneverItIsInterrupted) {
+  // A file that has been begun, of which nothing is on the disk yet.
+  auto const isWriting = [this] {
+    std::vector<std::string> const names = folder_.GetNames();
+    return std::any_of(names.begin(), names.end(), [this](std::string const& name) {
+      return name.starts_with(".growtree-") && std::filesystem::file_size(Path(name)) == 0;
+    });
+  };
   // It looks for a signal now and then: the first time, the second time, ... until it never comes.
+  bool cameInWriting = false;
   for (int last = 0;; ++last) {
     SCOPED_TRACE(last);
     int numLooks = 0;
     bool came = false;
     caughtSignal_ = [&] {
-      came = came || numLooks++ == last;
+      if (!came && numLooks++ == last) {
+        came = true;
+        cameInWriting = cameInWriting || isWriting();
+      }
       return came ? SIGINT : 0;
     };
     int const status =
@@ -458,6 +470,7 @@ TEST_F(GrowtreeTest, LeavesNothingBehindWheneverItIsInterrupted) {
     if (!came) {
       EXPECT_EQ(status, ExitDone);
       EXPECT_GT(last, 5);
+      EXPECT_TRUE(cameInWriting);
       break;
     }
     ASSERT_EQ(status, 128 + SIGINT);
@@ -465,6 +478,16 @@ TEST_F(GrowtreeTest, LeavesNothingBehindWheneverItIsInterrupted) {
     EXPECT_EQ(Out(), "");
     EXPECT_THAT(folder_.GetNames(), ElementsAre("cases.csv"));
   }
+}
+
+TEST_F(GrowtreeTest, StopsWritingToStandardOutputWhenInterrupted) {
+  caughtSignal_ = [this] { return Out().empty() ? 0 : SIGINT; };
+
+  EXPECT_EQ(
+      RunSmall({"--quiet", "--target", "mass", "--predictors", "x", "--predictions", "-", cases_}),
+      128 + SIGINT);
+
+  EXPECT_EQ(Out(), "row,node,prediction\n");
 }
 
 TEST_F(GrowtreeTest, TakesAFailedPictureForAnInterruptionWhenThereIsOne) {

@@ -19,8 +19,9 @@ namespace {
 using tree::testing::ANode;
 using tree::testing::ProbeRule;
 
-std::unique_ptr<SplitRuleImp> CutAt(int predictor, double cutPoint) {
-  auto rule = std::make_unique<OSplitRule>(systemMissingValue(), predictor);
+std::unique_ptr<SplitRuleImp> CutAt(int predictor, double cutPoint,
+                                    double missingValue = systemMissingValue()) {
+  auto rule = std::make_unique<OSplitRule>(missingValue, predictor);
   rule->SetCutPoint(cutPoint);
   return rule;
 }
@@ -45,6 +46,65 @@ TEST(Flattening, TakesSixteenBytesANodeOfBinaryOrdinalRules) {
                         .Build();
 
   EXPECT_EQ(Flatten(*root).GetSize(), sizeof(BlockHeader) + 5 * 16);
+}
+
+// Of binary ordinal rules, too. An end has an identifier and a prediction, which do not fit beside
+// a cut point.
+TEST(Flattening, TakesSixteenBytesMoreForANodeWhereCasesCanEnd) {
+  struct Case {
+    char const* name;
+    bool hasDumbRule;
+    bool mapsMissing;
+    std::size_t numSlots;
+  };
+  constexpr Case kCases[] = {
+      {"a dumb rule", true, false, 3},
+      {"a mapping for missing values", false, true, 3},
+      {"neither", false, false, 3 + 1},
+  };
+  for (Case const& each : kCases) {
+    SCOPED_TRACE(each.name);
+    auto rule = CutAt(0, 1.0);
+    if (each.hasDumbRule) rule->SetDumbRule(1, 1.0);
+    if (each.mapsMissing) rule->AddMissingValueMapping(false);
+    auto const root =
+        ANode(1)
+            .SplitBy(std::move(rule), ANode(2).Regression(1.0, 1.0), ANode(3).Regression(1.0, 2.0))
+            .Regression(2.0, 1.5)
+            .Build();
+
+    EXPECT_EQ(Flatten(*root).GetSize(), sizeof(BlockHeader) + each.numSlots * 16);
+  }
+}
+
+// A table of one cut point takes three slots.
+TEST(Flattening, TakesFortyEightBytesMoreForANodeWithAMissingValueOfItsOwn) {
+  struct Case {
+    char const* name;
+    double missingValue;
+    bool hasDumbRule;
+    std::size_t numSlots;
+  };
+  Case const cases[] = {
+      {"that of the root", -9.0, true, 5},
+      {"another one", -8.0, true, 5 + 3},
+      {"another one, where cases can end", -8.0, false, 5 + 3 + 1},
+  };
+  for (Case const& each : cases) {
+    SCOPED_TRACE(each.name);
+    auto rule = CutAt(1, 2.0, each.missingValue);
+    if (each.hasDumbRule) rule->SetDumbRule(1, 1.0);
+    auto const root = ANode(1)
+                          .SplitBy(CutAt(0, 1.0, -9.0), ANode(2).Regression(1.0, 1.0),
+                                   ANode(3)
+                                       .SplitBy(std::move(rule), ANode(4).Regression(1.0, 2.0),
+                                                ANode(5).Regression(1.0, 3.0))
+                                       .Regression(2.0, 2.5))
+                          .Dumb(0)
+                          .Build();
+
+    EXPECT_EQ(Flatten(*root).GetSize(), sizeof(BlockHeader) + each.numSlots * 16);
+  }
 }
 
 TEST(Flattening, TakesSixteenBytesASurrogate) {

@@ -407,25 +407,6 @@ TEST(Scorer, HasNoProbabilitiesWhereNodesDifferInTheirClasses) {
   EXPECT_EQ(scorer.GetPrediction(scorer.FindPosition(kRows)), 1.0);
 }
 
-TEST(Scorer, AllocatesNothingToScoreInOneThread) {
-  auto const root = MakeTree();
-  Scorer const scorer = Scorer::FromTree(*root);
-  std::uint32_t positions[3];
-  std::uint32_t ids[3];
-  double predictions[3];
-  double probabilities[6];
-  Answers const answers = {positions, ids, predictions, probabilities};
-  Cases const cases = Cases::OfRows(kRows, 3, 2);
-  ScoreOptions options;
-  options.numThreads = 1;
-  long const before = tree::testing::CountAllocations();
-
-  scorer.Score(cases, answers, options);
-  positions[0] = scorer.FindPosition(kRows);
-
-  EXPECT_EQ(tree::testing::CountAllocations(), before);
-}
-
 TEST(Scorer, LeavesNothingBehindWhereMemoryRunsOut) {
   auto const root = MakeTree();
   long const before = tree::testing::CountLiveAllocations();

@@ -4,7 +4,9 @@
 #include <memory>
 #include <sstream>
 #include <string>
+#include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "cli_testing/credit_data.h"
@@ -14,6 +16,9 @@ namespace tree::cli {
 namespace {
 
 using namespace testing;  // NOLINT(google-build-using-namespace): what the trees are made of
+using ::testing::ElementsAre;
+using ::testing::EndsWith;
+using ::testing::SizeIs;
 
 /// Species is Adelie or Gentoo, size is ordered.
 grow::DataSet Penguins(std::string const& rows) {
@@ -33,13 +38,41 @@ grow::CaseRoles Roles(int target) {
   return roles;
 }
 
+/// Keeps what it hears, and ends the work at a given report.
+class Listener : public ProgressListener {
+ public:
+  /// `last`: number of the report that ends the work, from 1; 0 for none.
+  explicit Listener(std::size_t last = 0) : last_(last) {}
+
+  bool Report(double fraction, char const* activity) noexcept override {
+    fractions_.push_back(fraction);
+    activity_ = activity;
+    return fractions_.size() != last_;
+  }
+  std::vector<double> const& GetFractions() const { return fractions_; }
+  std::string const& GetActivity() const { return activity_; }
+
+ private:
+  std::size_t last_;
+  std::vector<double> fractions_;
+  std::string activity_;
+};
+
+/// Twice as many rows as are written between two reports.
+grow::DataSet TwoSlices() {
+  std::string rows;
+  for (int row = 0; row < 8192; ++row) rows += "Gentoo,5000,220,Biscoe,large\n";
+  return Penguins(rows);
+}
+
 constexpr int kSpecies = 0;
 constexpr int kMass = 1;
 
 std::string Written(NodeImp const& root, grow::DataSet const& data, int target,
                     char delimiter = ',') {
   std::ostringstream out;
-  WriteCases(out, root, data, Roles(target), delimiter);
+  Listener listener;
+  EXPECT_TRUE(WriteCases(out, root, data, Roles(target), delimiter, listener));
   return out.str();
 }
 
@@ -102,6 +135,38 @@ TEST(WriteCases, CanBeReadBackWhateverTheLabels) {
   EXPECT_EQ(written.GetColumn(2).description.labels.front(), "Gen,too");
   EXPECT_GE(written.FindColumn("probability of Ade\n\"lie\""), 0);
   EXPECT_EQ(written.GetColumn(4).values[0], 34.0 / 40.0);
+}
+
+TEST(WriteCases, ReportsBeforeEverySliceOfRows) {
+  std::ostringstream out;
+  Listener listener;
+
+  EXPECT_TRUE(WriteCases(out, *ClassTree(), TwoSlices(), Roles(kSpecies), ',', listener));
+
+  EXPECT_THAT(listener.GetFractions(), ElementsAre(0.0, 0.5));
+  EXPECT_EQ(listener.GetActivity(), "writing the predictions");
+  EXPECT_THAT(out.str(), EndsWith("\n8192,2,Gentoo,0.15,0.85\n"));
+}
+
+TEST(WriteCases, EndsWhereItsListenerWantsItTo) {
+  struct {
+    std::size_t last;
+    char const* end;
+  } const rows[] = {
+      {1, "probability of Gentoo\n"},
+      {2, "\n4096,2,Gentoo,0.15,0.85\n"},
+  };
+  grow::DataSet const data = TwoSlices();
+  for (auto const& [last, end] : rows) {
+    SCOPED_TRACE(last);
+    std::ostringstream out;
+    Listener listener(last);
+
+    EXPECT_FALSE(WriteCases(out, *ClassTree(), data, Roles(kSpecies), ',', listener));
+
+    EXPECT_THAT(listener.GetFractions(), SizeIs(last));
+    EXPECT_THAT(out.str(), EndsWith(end));
+  }
 }
 
 TEST(CsvField, IsQuotedWhereItHasToBe) {
