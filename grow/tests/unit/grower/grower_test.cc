@@ -395,7 +395,7 @@ TEST(MakeGrower, RefusesSettingsThatWereMadeForOtherData) {
   SampleData levels(2);
   levels.Classes({0, 1}).Nominal({0, 1}).Ordinal({0, 1}).Ordered({0, 1});
   struct {
-    unsigned int predictor;
+    int predictor;
     global::MeasurementLevel level;
     char const* why;
   } const kRows[] = {
