@@ -36,6 +36,16 @@ void* Allocate(std::size_t size) {
   return block;
 }
 
+void* AllocateAligned(std::size_t size, std::align_val_t alignment) {
+  auto const unit = static_cast<std::size_t>(alignment);
+  bool const fails = IsToFail() || size > PTRDIFF_MAX;
+  std::size_t const whole = (size + unit - 1) / unit * unit;
+  void* const block = fails ? nullptr : std::aligned_alloc(unit, whole == 0 ? unit : whole);
+  if (block == nullptr) throw std::bad_alloc();
+  ++liveAllocations;
+  return block;
+}
+
 void Deallocate(void* block) noexcept {
   if (block == nullptr) return;
   --liveAllocations;
@@ -52,10 +62,24 @@ void* operator new(std::size_t size, std::nothrow_t const& /*tag*/) noexcept {
 void* operator new[](std::size_t size, std::nothrow_t const& /*tag*/) noexcept {
   return TryToAllocate(size);
 }
+void* operator new(std::size_t size, std::align_val_t alignment) {
+  return AllocateAligned(size, alignment);
+}
+void* operator new[](std::size_t size, std::align_val_t alignment) {
+  return AllocateAligned(size, alignment);
+}
 void operator delete(void* block) noexcept { Deallocate(block); }
 void operator delete[](void* block) noexcept { Deallocate(block); }
 void operator delete(void* block, std::size_t /*size*/) noexcept { Deallocate(block); }
 void operator delete[](void* block, std::size_t /*size*/) noexcept { Deallocate(block); }
+void operator delete(void* block, std::align_val_t /*alignment*/) noexcept { Deallocate(block); }
+void operator delete[](void* block, std::align_val_t /*alignment*/) noexcept { Deallocate(block); }
+void operator delete(void* block, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept {
+  Deallocate(block);
+}
+void operator delete[](void* block, std::size_t /*size*/, std::align_val_t /*alignment*/) noexcept {
+  Deallocate(block);
+}
 
 namespace tree::testing {
 

@@ -112,6 +112,7 @@ std::vector<RuleList> CartMethod::FindSplits(CaseLists const& lists,
       for (std::size_t node = 0; node < nodes.size(); ++node) {
         found[node * numPredictors + predictor] =
             search.Find(nodes[node].ranges, nodes[node].sums, predictor);
+        workers.Poll(nodes[node].ranges.places.Size());
       }
     });
   });

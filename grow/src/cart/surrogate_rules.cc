@@ -65,6 +65,7 @@ std::vector<RuleList> FindSurrogateRules(TrainingData const& data, CaseLists con
       if (primaries[node]->GetPredictorIndex() == static_cast<int>(predictor)) continue;
       found[node * numPredictors + predictor] =
           search.Find(nodes[node].ranges, placed[node], predictor);
+      workers.Poll(nodes[node].ranges.places.Size());
     }
   });
   for (std::size_t node = 0; node < nodes.size(); ++node) {

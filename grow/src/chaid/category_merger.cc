@@ -67,17 +67,22 @@ void CategoryMerger<Groups>::ReturnToCategories() {
   pairs_.Reset(kind_, rowOf_.size(), floating_);
 }
 
+/// Polls before a test, where enough tables were tested since the last time: asking costs as much
+/// as a simple test of few classes.
+template <class Groups>
+void CategoryMerger<Groups>::PollForTest() {
+  constexpr std::size_t kEntriesPerPoll = 256;
+  numEntries_ += groups_.GetRowSize();
+  if (workers_ == nullptr || numEntries_ < kEntriesPerPoll) return;
+  numEntries_ = 0;
+  workers_->Poll();
+}
+
 template <class Groups>
 void CategoryMerger<Groups>::UpdatePairs(std::span<std::size_t const> changed) {
-  // Asking costs as much as a simple test of few classes.
-  constexpr std::size_t kEntriesPerPoll = 256;
   pairs_.Update(changed,
                 [&](std::size_t first, std::size_t second) -> std::optional<TestStatistic> {
-                  numEntries_ += groups_.GetRowSize();
-                  if (workers_ != nullptr && numEntries_ >= kEntriesPerPoll) {
-                    numEntries_ = 0;
-                    workers_->Poll();
-                  }
+                  PollForTest();
                   if (!splitGroups_.empty() && WasSplit({first, second})) return std::nullopt;
                   return groups_.TestPair(first, second);
                 });
@@ -121,7 +126,8 @@ bool CategoryMerger<Groups>::SplitAgain(std::size_t group) {
   std::vector<std::size_t> categories = CategoriesOf(group);
   if (categories.size() < 3) return false;
   bool const floating = floating_ && categories.back() + 1 == groupOf_.size();
-  TestStatistic const statistic = split_.Find(groups_, categories, kind_, floating);
+  TestStatistic const statistic =
+      split_.Find(groups_, categories, kind_, floating, [this] { PollForTest(); });
   if (!(statistic.degreesOfFreedom > 0.0) || LogP(statistic) > logAlphaOfMergeSplit_) return false;
   splitGroups_.push_back(std::move(categories));
   std::size_t const second = split_.GetSecond().front();

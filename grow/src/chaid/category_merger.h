@@ -70,6 +70,7 @@ class CategoryMerger {
  private:
   void Load(std::span<typename Groups::Entry const> table, CategoryKind kind, bool floating);
   void ReturnToCategories();
+  void PollForTest();
   void UpdatePairs(std::span<std::size_t const> changed);
   void UpdateAllPairs();
   void Join(GroupPair pair);

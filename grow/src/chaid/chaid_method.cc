@@ -180,9 +180,12 @@ std::vector<std::uint32_t> ChaidMethod::EntriesOfCases(CaseLists const& lists,
   std::vector<std::uint32_t> entries(data_.GetNumCases(),
                                      static_cast<std::uint32_t>(nodes.size() * rowSize_));
   workers.Run(nodes.size(), [&](std::size_t node) {
-    for (std::uint32_t const index : lists.Cases(nodes[node].ranges)) {
-      entries[index] = static_cast<std::uint32_t>(node * rowSize_ + entryOf(index));
-    }
+    std::span<std::uint32_t const> const cases = lists.Cases(nodes[node].ranges);
+    ForSlices(cases.size(), workers, [&](std::size_t begin, std::size_t end) {
+      for (std::uint32_t const index : cases.subspan(begin, end - begin)) {
+        entries[index] = static_cast<std::uint32_t>(node * rowSize_ + entryOf(index));
+      }
+    });
   });
   return entries;
 }

@@ -7,15 +7,15 @@ namespace tree::grow {
 
 template <class Groups>
 TestStatistic GroupSplit<Groups>::Find(Groups& groups, std::span<std::size_t const> categories,
-                                       CategoryKind kind, bool floating) {
+                                       CategoryKind kind, bool floating, PollFunction const& poll) {
   Start(groups, categories);
   if (kind == CategoryKind::kOrdinal) {
-    TryOrdered(floating);
+    TryOrdered(floating, poll);
   } else if (groups.AreCutsBest() || categories.size() > kMaxExhaustive) {
     groups.SortForCuts(categories_);
-    TryCuts();
+    TryCuts(poll);
   } else {
-    TryAll();
+    TryAll(poll);
   }
   auto const lowest = std::min_element(categories_.begin(), categories_.end());
   std::uint8_t const sideOfLowest =
@@ -52,7 +52,8 @@ void GroupSplit<Groups>::Move(std::size_t position) {
 
 /// Tests the sides as they are. All divisions of a group have the same degrees of freedom.
 template <class Groups>
-void GroupSplit<Groups>::Try() {
+void GroupSplit<Groups>::Try(PollFunction const& poll) {
+  poll();
   TestStatistic const statistic = groups_->TestPair(spare_, spare_ + 1);
   if (any_ && !(statistic.value > best_.value)) return;
   any_ = true;
@@ -61,23 +62,23 @@ void GroupSplit<Groups>::Try() {
 }
 
 template <class Groups>
-void GroupSplit<Groups>::TryCuts() {
+void GroupSplit<Groups>::TryCuts(PollFunction const& poll) {
   for (std::size_t position = 0; position + 1 < categories_.size(); ++position) {
     Move(position);
-    Try();
+    Try(poll);
   }
 }
 
 template <class Groups>
-void GroupSplit<Groups>::TryOrdered(bool floating) {
-  if (!floating) return TryCuts();
+void GroupSplit<Groups>::TryOrdered(bool floating, PollFunction const& poll) {
+  if (!floating) return TryCuts(poll);
   std::size_t const last = categories_.size() - 1;
   for (std::size_t position = 0; position < last; ++position) {
     Move(position);
-    Try();  // the floating category above the cut; alone, above the last one
+    Try(poll);  // the floating category above the cut; alone, above the last one
     if (position + 1 == last) break;
     Move(last);
-    Try();  // below it
+    Try(poll);  // below it
     Move(last);
   }
 }
@@ -85,11 +86,11 @@ void GroupSplit<Groups>::TryOrdered(bool floating) {
 /// Each division differs from the one before it by one category (Gray 1953): the first one stays on
 /// the second side.
 template <class Groups>
-void GroupSplit<Groups>::TryAll() {
+void GroupSplit<Groups>::TryAll(PollFunction const& poll) {
   std::size_t const numDivisions = std::size_t{1} << (categories_.size() - 1);
   for (std::size_t division = 1; division < numDivisions; ++division) {
     Move(1 + static_cast<std::size_t>(std::countr_zero(division)));
-    Try();
+    Try(poll);
   }
 }
 

@@ -10,6 +10,7 @@
 #include "chaid/class_groups.h"
 #include "chaid/group_pairs.h"
 #include "chaid/number_groups.h"
+#include "growing/fixed_point.h"
 
 namespace tree::grow {
 
@@ -23,9 +24,9 @@ class GroupSplit {
   static constexpr std::size_t kMaxExhaustive = 12;
 
   /// `categories`: of the group, ascending, at least two; `floating`: whether the last one of an
-  /// ordinal predictor may be on either side.
+  /// ordinal predictor may be on either side; `poll`: called before each test.
   TestStatistic Find(Groups& groups, std::span<std::size_t const> categories, CategoryKind kind,
-                     bool floating);
+                     bool floating, PollFunction const& poll = NoPoll);
   /// The side of the first category, by the last division found; of equal ones the first tried.
   ///@{
   std::vector<std::size_t> const& GetFirst() const { return sides_[0]; }
@@ -35,10 +36,10 @@ class GroupSplit {
  private:
   void Start(Groups& groups, std::span<std::size_t const> categories);
   void Move(std::size_t position);
-  void Try();
-  void TryCuts();
-  void TryOrdered(bool floating);
-  void TryAll();
+  void Try(PollFunction const& poll);
+  void TryCuts(PollFunction const& poll);
+  void TryOrdered(bool floating, PollFunction const& poll);
+  void TryAll(PollFunction const& poll);
 
   Groups* groups_ = nullptr;
   std::size_t spare_ = 0;  // the group of one side; the next one is that of the other

@@ -46,7 +46,8 @@ CaseSelection::CaseSelection(DataSet const& data, CaseRoles const& roles,
   Column const* const caseWeight = FindRole(data, roles.caseWeight);
   Column const* const sample = FindRole(data, roles.sample);
 
-  double sum = 0.0;  // of all weights
+  training_.rows.reserve(data.GetNumCases());  // growing on the way would copy them all
+  double sum = 0.0;                            // of all weights
   constexpr std::size_t kRowsPerPoll = std::size_t{1} << 20;
   for (std::size_t row = 0; row < data.GetNumCases(); ++row) {
     if (poll && row % kRowsPerPoll == 0) poll();

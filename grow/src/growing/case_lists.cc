@@ -31,37 +31,53 @@ class ValueStarts {
   std::vector<std::uint32_t> lastValues_;
 };
 
-/// The usual case, two children and all cases in one of them: without a branch that depends on the
-/// data. `middle`: the first place of child 1; `Ties`: whether cases may share a value. Gives the
-/// number of cases of child 0.
+/// How far the division of a list in two has come.
+struct Division {
+  SortedCase* toLeft;
+  SortedCase* toRight;
+  std::uint32_t pending;  // bit i: whether the present value has not yet had a case in child i
+};
+
+/// Divides the cases from `begin` to `end` - 1 of a list, without a branch that depends on the
+/// data. `middle`: the first place of child 1; `Ties`: whether cases may share a value.
 template <bool Ties, bool Scattered>
-std::size_t DivideInTwo(SortedCase* cases, std::size_t size, std::uint32_t const* newPlaces,
-                        std::uint32_t middle, SortedCase* right) {
-  SortedCase* toLeft = cases;
-  SortedCase* toRight = right;
-  std::uint32_t pending = 0;  // bit i: whether the present value has not yet had a case in child i
-  for (std::size_t position = 0; position < size; ++position) {
+void DivideSlice(std::span<SortedCase const> cases, std::size_t begin, std::size_t end,
+                 std::uint32_t const* newPlaces, std::uint32_t middle, Division& progress) {
+  Division division = progress;  // a copy of its own stays in registers
+  for (std::size_t position = begin; position < end; ++position) {
     SortedCase const item = cases[position];
     if constexpr (Scattered) {
-      std::size_t const ahead = std::min(position + kPrefetchDistance, size - 1);
+      std::size_t const ahead = std::min(position + kPrefetchDistance, cases.size() - 1);
       __builtin_prefetch(newPlaces + cases[ahead].Place());
     }
     std::uint32_t const place = newPlaces[item.Place()];
     std::uint32_t const child = place >= middle ? 1U : 0U;
     bool starts = true;
     if constexpr (Ties) {
-      pending |= item.StartsValue() ? 3U : 0U;
-      starts = ((pending >> child) & 1U) != 0;
-      pending &= ~(1U << child);
+      division.pending |= item.StartsValue() ? 3U : 0U;
+      starts = ((division.pending >> child) & 1U) != 0;
+      division.pending &= ~(1U << child);
     }
     SortedCase const moved(place, starts);
-    *toLeft = moved;
-    *toRight = moved;
-    toLeft += 1U - child;
-    toRight += child;
+    *division.toLeft = moved;
+    *division.toRight = moved;
+    division.toLeft += 1U - child;
+    division.toRight += child;
   }
-  std::copy(right, toRight, toLeft);
-  return static_cast<std::size_t>(toLeft - cases);
+  progress = division;
+}
+
+/// The usual case, two children and all cases in one of them. `right`: has room for all cases.
+/// Gives the number of cases of child 0.
+template <bool Ties, bool Scattered>
+std::size_t DivideInTwo(std::span<SortedCase> cases, std::uint32_t const* newPlaces,
+                        std::uint32_t middle, SortedCase* right, Workers& workers) {
+  Division division{cases.data(), right, 0};
+  ForSlices(cases.size(), workers, [&](std::size_t begin, std::size_t end) {
+    DivideSlice<Ties, Scattered>(cases, begin, end, newPlaces, middle, division);
+  });
+  std::copy(right, division.toRight, division.toLeft);
+  return static_cast<std::size_t>(division.toLeft - cases.data());
 }
 
 template <class Value>
@@ -185,13 +201,13 @@ std::vector<NodeRanges> CaseLists::DivideCases(NodeRanges const& node, ChildOfPl
 
 void CaseLists::DividePredictor(NodeRanges const& node, std::size_t predictor,
                                 std::vector<NodeRanges>& children,
-                                std::vector<SortedCase>& scratch) {
+                                WorkMemory<SortedCase>& scratch) {
   if (data_.GetPredictors()[predictor].IsCoded()) {
     Follow(node, codes_[predictor]);
     return;
   }
   Range const range = node.byPredictor[predictor];
-  if (scratch.size() < range.Size()) scratch.resize(range.Size());
+  SortedCase* const spare = scratch.Get(range.Size());
   SortedCase* const cases = sorted_[predictor].data() + range.begin;
   std::vector<std::uint32_t> sizes(children.size());
   if (children.size() == 2 && children[1].places.end == node.places.end) {
@@ -199,21 +215,23 @@ void CaseLists::DividePredictor(NodeRanges const& node, std::size_t predictor,
     bool const scattered = node.places.Size() > kPlacesInCache;
     auto* const divide = ties ? (scattered ? DivideInTwo<true, true> : DivideInTwo<true, false>)
                               : (scattered ? DivideInTwo<false, true> : DivideInTwo<false, false>);
-    sizes[0] = static_cast<std::uint32_t>(
-        divide(cases, range.Size(), newPlaces_.data(), children[1].places.begin, scratch.data()));
+    sizes[0] = static_cast<std::uint32_t>(divide({cases, range.Size()}, newPlaces_.data(),
+                                                 children[1].places.begin, spare, workers_));
     sizes[1] = range.Size() - sizes[0];
   } else {
-    std::span<SortedCase const> const moved(scratch.data(), range.Size());
-    std::copy(cases, cases + range.Size(), scratch.data());
+    std::span<SortedCase const> const moved(spare, range.Size());
+    std::copy(cases, cases + range.Size(), spare);
     auto const childAt = [&](std::uint32_t place) {
       auto const child = std::find_if(children.begin(), children.end(),
                                       [&](NodeRanges const& c) { return place < c.places.end; });
       return static_cast<std::size_t>(child - children.begin());
     };
-    for (SortedCase const item : moved) {
-      std::size_t const child = childAt(newPlaces_[item.Place()]);
-      if (child < sizes.size()) ++sizes[child];
-    }
+    ForSlices(moved.size(), workers_, [&](std::size_t first, std::size_t last) {
+      for (SortedCase const item : moved.subspan(first, last - first)) {
+        std::size_t const child = childAt(newPlaces_[item.Place()]);
+        if (child < sizes.size()) ++sizes[child];
+      }
+    });
     std::vector<SortedCase*> to(children.size());
     SortedCase* begin = cases;
     for (std::size_t child = 0; child < to.size(); ++child) {
@@ -221,15 +239,17 @@ void CaseLists::DividePredictor(NodeRanges const& node, std::size_t predictor,
       begin += sizes[child];
     }
     ValueStarts starts(children.size());
-    for (SortedCase const item : moved) {
-      std::uint32_t const place = newPlaces_[item.Place()];
-      std::size_t const child = childAt(place);
-      if (child < sizes.size()) {
-        *to[child]++ = starts.Place(item, child, place);
-      } else {
-        starts.Skip(item);
+    ForSlices(moved.size(), workers_, [&](std::size_t first, std::size_t last) {
+      for (SortedCase const item : moved.subspan(first, last - first)) {
+        std::uint32_t const place = newPlaces_[item.Place()];
+        std::size_t const child = childAt(place);
+        if (child < sizes.size()) {
+          *to[child]++ = starts.Place(item, child, place);
+        } else {
+          starts.Skip(item);
+        }
       }
-    }
+    });
   }
   std::uint32_t begin = range.begin;
   for (std::size_t child = 0; child < children.size(); ++child) {

@@ -8,6 +8,7 @@
 
 #include "growing/sorted_cases.h"
 #include "growing/training_data.h"
+#include "growing/work_memory.h"
 #include "growing/workers.h"
 
 namespace tree::grow {
@@ -121,7 +122,7 @@ class CaseLists {
   /// of the list to `children`. Different predictors can be divided at the same time, each with a
   /// `scratch` of its own, which may hold anything.
   void DividePredictor(NodeRanges const& node, std::size_t predictor,
-                       std::vector<NodeRanges>& children, std::vector<SortedCase>& scratch);
+                       std::vector<NodeRanges>& children, WorkMemory<SortedCase>& scratch);
 
  private:
   template <class Value>

@@ -48,10 +48,9 @@ Growth::Growth(TrainingData const& data, CaseLists& lists, SplitMethod& method,
       childOf_(lists.GetNumPlaces(), kNoChild) {}
 
 void Growth::PlantRoot(NodeImp& root) {
-  root_ = {&root, 0, lists_.GetRoot(),
-           SumCases(data_, lists_.Cases(lists_.GetRoot()), [this] { workers_.Poll(); })};
+  root_ = {&root, 0, lists_.GetRoot(), SumCases(data_, lists_.Cases(lists_.GetRoot()), poll_)};
   workers_.Poll();
-  statistics_.Fill(root, lists_.Cases(root_.ranges), root_.sums);
+  statistics_.Fill(root, lists_.Cases(root_.ranges), root_.sums, poll_);
   std::size_t const numPredictors = data_.GetPredictors().size();
   root.SetNumPredictors(static_cast<unsigned int>(numPredictors));
   workers_.Run(numPredictors, [&](std::size_t predictor) {
@@ -165,6 +164,7 @@ void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<Growin
       if (sums[number].empty()) continue;
       SummariseForChildren(data_, lists_, block[number].ranges, predictor, childOf_, sums[number],
                            *block[number].node);
+      workers_.Poll(block[number].ranges.places.Size());
     }
   });
   std::vector<std::vector<GrowingNode>> families(block.size());
@@ -189,7 +189,7 @@ void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<Growin
       statistics_.Fill(
           *child.node,
           readsCases ? lists_.Cases(ranges[number][position]) : std::span<std::uint32_t const>(),
-          child.sums);
+          child.sums, poll_);
       if (IsOpen(child)) {
         goesOn[number] = 1;
       } else if (readsCases) {
@@ -200,11 +200,13 @@ void Growth::MakeChildren(std::span<GrowingNode const> block, std::vector<Growin
     if (!readsCases && goesOn[number] != 0) divide();
   });
   workers_.Run(numPredictors, [&](std::size_t predictor) {
-    std::vector<SortedCase> scratch;
-    for (std::size_t number = 0; number < block.size(); ++number) {
-      if (goesOn[number] == 0) continue;
-      lists_.DividePredictor(block[number].ranges, predictor, ranges[number], scratch);
-    }
+    scratch_.With([&](WorkMemory<SortedCase>& scratch) {
+      for (std::size_t number = 0; number < block.size(); ++number) {
+        if (goesOn[number] == 0) continue;
+        lists_.DividePredictor(block[number].ranges, predictor, ranges[number], scratch);
+        workers_.Poll(block[number].ranges.places.Size());
+      }
+    });
   });
   for (std::size_t number = 0; number < block.size(); ++number) {
     for (std::size_t child = 0; child < families[number].size(); ++child) {

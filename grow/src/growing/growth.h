@@ -8,6 +8,8 @@
 #include "growing/case_lists.h"
 #include "growing/node_statistics.h"
 #include "growing/split_method.h"
+#include "growing/tool_box.h"
+#include "growing/work_memory.h"
 #include "growing/workers.h"
 #include "tree/nodes.h"
 
@@ -39,6 +41,9 @@ class Growth {
   /// The splits that the root could have; none where it is pure or too small, whatever its depth.
   RuleList FindRootSplits();
 
+  Growth(Growth const&) = delete;
+  Growth& operator=(Growth const&) = delete;
+
  private:
   void GrowBlock(std::span<GrowingNode const> block, std::vector<GrowingNode>& next);
   void StoreRules(std::span<GrowingNode const> block);
@@ -55,9 +60,11 @@ class Growth {
   GrowthLimits limits_;
   unsigned int& nextId_;
   Workers& workers_;
+  PollFunction poll_ = [this] { workers_.Poll(); };
   GrowingNode root_;
   ChildOfPlace childOf_;
-  std::size_t numFinished_ = 0;  // cases in nodes that will not be split
+  ToolBox<WorkMemory<SortedCase>> scratch_;  // for dividing predictors
+  std::size_t numFinished_ = 0;              // cases in nodes that will not be split
 };
 
 }  // namespace tree::grow

@@ -25,12 +25,12 @@ double BesselFactor(double count) { return count > 1.0 ? count / (count - 1.0) :
 
 }  // namespace
 
-void NodeStatistics::Fill(NodeImp& node, std::span<std::uint32_t const> cases,
-                          NodeSums const& sums) const {
+void NodeStatistics::Fill(NodeImp& node, std::span<std::uint32_t const> cases, NodeSums const& sums,
+                          PollFunction const& poll) const {
   if (classes_ != nullptr) {
     node.SetClsInfo(MakeClsInfo(node, sums).release(), sample_);
   } else {
-    node.SetRegInfo(MakeRegInfo(node, cases, sums).release(), sample_);
+    node.SetRegInfo(MakeRegInfo(node, cases, sums, poll).release(), sample_);
   }
 }
 
@@ -53,7 +53,8 @@ std::unique_ptr<ClsInfoImp> NodeStatistics::MakeClsInfo(NodeImp const& node,
 
 std::unique_ptr<RegInfoImp> NodeStatistics::MakeRegInfo(NodeImp const& node,
                                                         std::span<std::uint32_t const> cases,
-                                                        NodeSums const& sums) const {
+                                                        NodeSums const& sums,
+                                                        PollFunction const& poll) const {
   auto info = std::make_unique<RegInfoImp>();
   double const count = static_cast<double>(sums.size) * data_.GetFrequencies().unit;
   info->SetCount(static_cast<double>(sums.weight) * data_.GetWeights().unit);
@@ -71,10 +72,12 @@ std::unique_ptr<RegInfoImp> NodeStatistics::MakeRegInfo(NodeImp const& node,
       numbers.ValueOf(static_cast<double>(wholeMean) + rest / static_cast<double>(sums.weight)));
   std::int64_t minimum = std::numeric_limits<std::int64_t>::max();
   std::int64_t maximum = std::numeric_limits<std::int64_t>::min();
-  for (std::uint32_t const index : cases) {
-    minimum = std::min(minimum, numbers.multiples[index]);
-    maximum = std::max(maximum, numbers.multiples[index]);
-  }
+  ForSlices(cases.size(), poll, [&](std::size_t begin, std::size_t end) {
+    for (std::uint32_t const index : cases.subspan(begin, end - begin)) {
+      minimum = std::min(minimum, numbers.multiples[index]);
+      maximum = std::max(maximum, numbers.multiples[index]);
+    }
+  });
   info->SetMinimum(numbers.ValueOf(static_cast<double>(minimum)));
   info->SetMaximum(numbers.ValueOf(static_cast<double>(maximum)));
 
@@ -83,17 +86,19 @@ std::unique_ptr<RegInfoImp> NodeStatistics::MakeRegInfo(NodeImp const& node,
   std::array<std::int64_t, kNumBins> bins{};
   WideInteger squares = 0;
   bool const isNarrow = range <= std::numeric_limits<std::int64_t>::max() / kNumBins;
-  for (std::uint32_t const index : cases) {
-    std::int64_t const number = numbers.multiples[index];
-    std::int64_t const weight = data_.GetWeights().Of(index);
-    WideInteger const deviation = (number - wholeMean) / (std::int64_t{1} << shift);
-    squares += deviation * deviation * weight;
-    std::int64_t const above = number - minimum;
-    auto const bin = static_cast<std::size_t>(
-        isNarrow ? above * kNumBins / range  // the same, where wide numbers would only take time
-                 : static_cast<std::int64_t>(WideInteger{above} * kNumBins / range));
-    bins[std::min<std::size_t>(bin, kNumBins - 1)] += weight;
-  }
+  ForSlices(cases.size(), poll, [&](std::size_t begin, std::size_t end) {
+    for (std::uint32_t const index : cases.subspan(begin, end - begin)) {
+      std::int64_t const number = numbers.multiples[index];
+      std::int64_t const weight = data_.GetWeights().Of(index);
+      WideInteger const deviation = (number - wholeMean) / (std::int64_t{1} << shift);
+      squares += deviation * deviation * weight;
+      std::int64_t const above = number - minimum;
+      auto const bin = static_cast<std::size_t>(
+          isNarrow ? above * kNumBins / range  // the same, where wide numbers would only take time
+                   : static_cast<std::int64_t>(WideInteger{above} * kNumBins / range));
+      bins[std::min<std::size_t>(bin, kNumBins - 1)] += weight;
+    }
+  });
   for (int bin = 0; bin < kNumBins; ++bin) {
     info->SetBinSize(
         bin, static_cast<double>(bins[static_cast<std::size_t>(bin)]) * data_.GetWeights().unit);

@@ -28,13 +28,14 @@ class NodeStatistics {
       : data_(data), sample_(sample), classes_(classes), rootWeight_(rootWeight) {}
 
   /// Stores the statistics of these cases in a node. The prediction of a node is that of its
-  /// training sample, which must be there before another one.
-  void Fill(NodeImp& node, std::span<std::uint32_t const> cases, NodeSums const& sums) const;
+  /// training sample, which must be there before another one. `poll`: called on the way.
+  void Fill(NodeImp& node, std::span<std::uint32_t const> cases, NodeSums const& sums,
+            PollFunction const& poll = NoPoll) const;
 
  private:
   std::unique_ptr<ClsInfoImp> MakeClsInfo(NodeImp const& node, NodeSums const& sums) const;
   std::unique_ptr<RegInfoImp> MakeRegInfo(NodeImp const& node, std::span<std::uint32_t const> cases,
-                                          NodeSums const& sums) const;
+                                          NodeSums const& sums, PollFunction const& poll) const;
 
   TrainingData const& data_;
   DataSample sample_;

@@ -106,10 +106,14 @@ bool NeedsValues(GrowingPredictor const& description) {
 
 /// Whether some case of the child has no value, when not all cases of the parent have one.
 bool HasMissing(std::span<SortedCase const> cases, std::uint8_t child, std::size_t numInChild,
-                ChildOfPlace const& childOf) {
-  auto const count = std::count_if(cases.begin(), cases.end(),
-                                   [&](SortedCase item) { return childOf[item.Place()] == child; });
-  return static_cast<std::size_t>(count) < numInChild;
+                ChildOfPlace const& childOf, Workers& workers) {
+  std::size_t count = 0;
+  ForSlices(cases.size(), workers, [&](std::size_t begin, std::size_t end) {
+    for (SortedCase const item : cases.subspan(begin, end - begin)) {
+      count += childOf[item.Place()] == child ? 1U : 0U;
+    }
+  });
+  return count < numInChild;
 }
 
 /// The values of the child's first and last case in the list of the parent: soon found, but for the
@@ -118,14 +122,18 @@ void SummariseSorted(TrainingData const& data, CaseLists const& lists,
                      std::span<SortedCase const> cases, std::uint8_t child, bool hasMissing,
                      std::size_t predictor, ChildOfPlace const& childOf, NodeImp& node) {
   auto const isOfChild = [&](SortedCase item) { return childOf[item.Place()] == child; };
-  auto const first = std::find_if(cases.begin(), cases.end(), isOfChild);
-  if (first == cases.end()) {
+  Workers& workers = lists.GetWorkers();
+  std::size_t const first = FindPolling(
+      cases.size(), workers, [&](std::size_t position) { return isOfChild(cases[position]); });
+  if (first == cases.size()) {
     Summarise(node, predictor, 0.0, 0.0, hasMissing);
     return;
   }
-  auto const last = std::find_if(cases.rbegin(), cases.rend(), isOfChild);
-  Summarise(node, predictor, data.ValueOf(predictor, lists.CaseAt(first->Place())),
-            data.ValueOf(predictor, lists.CaseAt(last->Place())), hasMissing);
+  auto const fromBack = [&](std::size_t number) { return cases[cases.size() - 1 - number]; };
+  std::size_t const last = FindPolling(
+      cases.size(), workers, [&](std::size_t number) { return isOfChild(fromBack(number)); });
+  Summarise(node, predictor, data.ValueOf(predictor, lists.CaseAt(cases[first].Place())),
+            data.ValueOf(predictor, lists.CaseAt(fromBack(last).Place())), hasMissing);
 }
 
 }  // namespace
@@ -135,7 +143,8 @@ void SummarisePredictor(TrainingData const& data, CaseLists const& lists, NodeRa
   GrowingPredictor const& description = data.GetPredictors()[predictor];
   if (NeedsValues(description)) {
     ValueRange range;
-    for (std::uint32_t const index : lists.Cases(ranges)) range.Add(data, predictor, index);
+    ForEachPolling(ranges.places.begin, ranges.places.end, lists.GetWorkers(),
+                   [&](std::uint32_t place) { range.Add(data, predictor, lists.CaseAt(place)); });
     range.Store(predictor, node);
     return;
   }
@@ -143,9 +152,9 @@ void SummarisePredictor(TrainingData const& data, CaseLists const& lists, NodeRa
     CodesPresent present(description,
                          description.values.size() + (description.hasMissing ? 1U : 0U));
     PlacedCodes const codes = lists.Codes(predictor);
-    for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
-      if (present.Add(codes[place])) break;
-    }
+    FindPolling(ranges.places.Size(), lists.GetWorkers(), [&](std::size_t offset) {
+      return present.Add(codes[ranges.places.begin + static_cast<std::uint32_t>(offset)]);
+    });
     present.Store(predictor, node);
     return;
   }
@@ -164,15 +173,16 @@ void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
                           ChildOfPlace const& childOf, std::vector<NodeSums> const& sums,
                           NodeImp& parent) {
   GrowingPredictor const& description = data.GetPredictors()[predictor];
+  Workers& workers = lists.GetWorkers();
   auto const childNode = [&](std::size_t child) -> NodeImp& {
     return *parent.GetChildImp(static_cast<unsigned int>(child));
   };
   if (NeedsValues(description)) {
     std::vector<ValueRange> values(sums.size());
-    for (std::uint32_t place = ranges.places.begin; place < ranges.places.end; ++place) {
-      if (childOf[place] == kNoChild) continue;
+    ForEachPolling(ranges.places.begin, ranges.places.end, workers, [&](std::uint32_t place) {
+      if (childOf[place] == kNoChild) return;
       values[childOf[place]].Add(data, predictor, lists.CaseAt(place));
-    }
+    });
     for (std::size_t child = 0; child < values.size(); ++child) {
       values[child].Store(predictor, childNode(child));
     }
@@ -184,15 +194,16 @@ void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
     std::vector<char> isComplete(sums.size());
     std::size_t numOpen = present.size();
     PlacedCodes const codes = lists.Codes(predictor);
-    for (std::uint32_t place = ranges.places.begin; place < ranges.places.end && numOpen > 0;
-         ++place) {
+    FindPolling(ranges.places.Size(), workers, [&](std::size_t offset) {
+      std::uint32_t const place = ranges.places.begin + static_cast<std::uint32_t>(offset);
       std::uint8_t const child = childOf[place];
-      if (child == kNoChild || isComplete[child] != 0) continue;
+      if (child == kNoChild || isComplete[child] != 0) return false;
       if (present[child].Add(codes[place])) {
         isComplete[child] = 1;
         --numOpen;
       }
-    }
+      return numOpen == 0;
+    });
     for (std::size_t child = 0; child < present.size(); ++child) {
       present[child].Store(predictor, childNode(child));
     }
@@ -202,7 +213,7 @@ void SummariseForChildren(TrainingData const& data, CaseLists const& lists,
   for (std::size_t child = 0; child < sums.size(); ++child) {
     auto const position = static_cast<std::uint8_t>(child);
     bool const hasMissing = cases.size() < ranges.places.Size() &&
-                            HasMissing(cases, position, sums[child].numCases, childOf);
+                            HasMissing(cases, position, sums[child].numCases, childOf, workers);
     SummariseSorted(data, lists, cases, position, hasMissing, predictor, childOf, childNode(child));
   }
 }

@@ -1,80 +1,14 @@
 #include "growing/sorted_cases.h"
 
 #include <algorithm>
+#include <array>
+#include <bit>
 #include <cmath>
+#include <span>
 #include <utility>
 
 namespace tree::grow {
 namespace {
-
-struct KeyedCase {
-  std::uint32_t key;
-  std::uint32_t index;
-};
-
-/// How much of a key is sorted by in each pass, and from which bit up.
-struct Digits {
-  unsigned int size;   // in bits
-  unsigned int begin;  // bits below are not sorted by
-};
-/// Two passes leave few of some millions of cases to be told apart by what is below, three none.
-constexpr Digits kTwoDigits{12, 8};
-constexpr Digits kThreeDigits{11, 0};
-constexpr std::size_t kManyCases = std::size_t{1} << 22;
-
-std::uint32_t DigitOf(std::uint32_t key, Digits digits, unsigned int shift) {
-  return (key >> shift) & ((1U << digits.size) - 1U);
-}
-
-/// How many of the cases have each value of each digit, from the lowest digit up.
-using DigitCounts = std::vector<std::vector<std::uint32_t>>;
-
-DigitCounts CountDigits(std::vector<KeyedCase> const& cases, Digits digits, Workers& workers) {
-  DigitCounts counts;
-  for (unsigned int shift = digits.begin; shift < 32; shift += digits.size) {
-    counts.emplace_back(std::size_t{1} << digits.size);
-  }
-  ForSlices(cases.size(), workers, [&](std::size_t first, std::size_t last) {
-    for (std::size_t place = first; place < last; ++place) {
-      unsigned int shift = digits.begin;
-      for (auto& ofDigit : counts) {
-        ++ofDigit[DigitOf(cases[place].key, digits, shift)];
-        shift += digits.size;
-      }
-    }
-  });
-  return counts;
-}
-
-/// Whether so many cases share their highest digit that the second one would leave most together.
-bool AreClustered(std::vector<std::uint32_t> const& ofHighest, std::size_t numCases) {
-  constexpr std::size_t kTimesMean = 64;
-  return *std::max_element(ofHighest.begin(), ofHighest.end()) / kTimesMean >
-         numCases / ofHighest.size();
-}
-
-/// Sorts by the digits of the keys, from the lowest digit up; stable.
-void SortByDigits(std::vector<KeyedCase>& cases, Digits digits, DigitCounts counts,
-                  Workers& workers) {
-  std::vector<KeyedCase> sorted(cases.size());
-  unsigned int shift = digits.begin;
-  for (auto& places : counts) {
-    unsigned int const ofPass = std::exchange(shift, shift + digits.size);
-    // Where all share the digit there is nothing to sort.
-    if (!cases.empty() && places[DigitOf(cases.front().key, digits, ofPass)] == cases.size()) {
-      continue;
-    }
-    std::uint32_t begin = 0;
-    for (std::uint32_t& place : places) begin += std::exchange(place, begin);
-    ForSlices(cases.size(), workers, [&](std::size_t first, std::size_t last) {
-      for (std::size_t place = first; place < last; ++place) {
-        KeyedCase const item = cases[place];
-        sorted[places[DigitOf(item.key, digits, ofPass)]++] = item;
-      }
-    });
-    cases.swap(sorted);
-  }
-}
 
 /// Maps values to 32 bits without changing their order: greater keys have greater values, while
 /// equal keys say nothing.
@@ -86,9 +20,9 @@ class KeyScale {
     ForSlices(indexes.size(), workers, [&](std::size_t first, std::size_t last) {
       for (std::size_t position = first; position < last; ++position) {
         double const value = values[indexes[position]];
-        if (std::isinf(value)) continue;
-        minimum = std::min(minimum, value);
-        maximum = std::max(maximum, value);
+        // Seldom true, and so faster than the usual functions, which wait for each other.
+        if (value < minimum && value != -HUGE_VAL) minimum = value;
+        if (value > maximum && value != HUGE_VAL) maximum = value;
       }
     });
     if (minimum < maximum) {
@@ -108,58 +42,122 @@ class KeyScale {
   double perUnit_ = 1.0;  // of half the range
 };
 
+constexpr unsigned int kKeySize = 32;  // in bits
+constexpr unsigned int kMaxDigitSize = 12;
+/// So few cases are sorted by insertion.
+constexpr std::size_t kFewCases = 24;
+
 }  // namespace
 
-std::vector<SortedCase> SortCases(double const* values, std::vector<std::uint32_t> const& indexes,
-                                  Workers& workers) {
-  KeyScale const scale(values, indexes, workers);
-  std::vector<KeyedCase> cases;
-  cases.reserve(indexes.size());
-  ForSlices(indexes.size(), workers, [&](std::size_t first, std::size_t last) {
+bool CaseSorter::Precedes(KeyedCase a, KeyedCase b) const {
+  return a.key != b.key ? a.key < b.key : values_[a.index] < values_[b.index];
+}
+
+// The first pass goes from the values to their buckets at once: nothing but the buckets is written,
+// and keys are cheap enough to be made twice. Most buckets fit the cache, where the rest is done.
+std::vector<SortedCase> CaseSorter::Sort(double const* values,
+                                         std::vector<std::uint32_t> const& indexes) {
+  constexpr unsigned int kNumBitsLeft = kKeySize - kMaxDigitSize;
+  values_ = values;
+  KeyScale const scale(values, indexes, workers_);
+  std::vector<std::uint32_t> ends(std::size_t{1} << kMaxDigitSize);
+  ForSlices(indexes.size(), workers_, [&](std::size_t first, std::size_t last) {
     for (std::size_t position = first; position < last; ++position) {
-      std::uint32_t const index = indexes[position];
-      cases.push_back({scale.KeyOf(values[index]), index});
+      ++ends[scale.KeyOf(values[indexes[position]]) >> kNumBitsLeft];
     }
   });
-  Digits digits = kTwoDigits;
-  DigitCounts counts = CountDigits(cases, digits, workers);
-  if (cases.size() > kManyCases || AreClustered(counts.back(), cases.size())) {
-    digits = kThreeDigits;
-    counts = CountDigits(cases, digits, workers);
-  }
-  SortByDigits(cases, digits, std::move(counts), workers);
-  workers.Poll();
+  std::uint32_t begin = 0;
+  for (std::uint32_t& end : ends) begin += std::exchange(end, begin);
+  KeyedCase* const cases = cases_.Get(indexes.size());
+  ForSlices(indexes.size(), workers_, [&](std::size_t first, std::size_t last) {
+    for (std::size_t position = first; position < last; ++position) {
+      std::uint32_t const index = indexes[position];
+      std::uint32_t const key = scale.KeyOf(values[index]);
+      cases[ends[key >> kNumBitsLeft]++] = {key, index};
+    }
+  });
 
-  // What the digits do not tell apart is sorted by all of the key, and then by value.
-  auto const precedes = [values](KeyedCase const& a, KeyedCase const& b) {
-    return a.key != b.key ? a.key < b.key : values[a.index] < values[b.index];
-  };
-  std::vector<SortedCase> sorted(cases.size());
-  constexpr std::size_t kCasesPerPoll = std::size_t{1} << 20;
+  std::vector<SortedCase> sorted;
+  sorted.reserve(indexes.size());
+  constexpr std::size_t kCasesPerPoll = std::size_t{1} << 18;
   std::size_t nextPoll = kCasesPerPoll;
-  for (std::size_t begin = 0; begin < cases.size();) {
+  begin = 0;
+  for (std::uint32_t const end : ends) {
+    if (begin == end) continue;
     if (begin >= nextPoll) {
-      workers.Poll();
+      workers_.Poll();
       nextPoll = begin + kCasesPerPoll;
     }
-    std::size_t end = begin + 1;
-    bool ascends = true;
-    while (end < cases.size() &&
-           (cases[end].key >> digits.begin) == (cases[begin].key >> digits.begin)) {
-      ascends = ascends && !precedes(cases[end], cases[end - 1]);
-      ++end;
-    }
-    if (!ascends) {
-      std::stable_sort(cases.begin() + static_cast<std::ptrdiff_t>(begin),
-                       cases.begin() + static_cast<std::ptrdiff_t>(end), precedes);
-    }
-    sorted[begin] = {cases[begin].index, true};
+    SortBucket({cases + begin, end - begin}, kNumBitsLeft);
+    sorted.emplace_back(cases[begin].index, true);
     for (std::size_t place = begin + 1; place < end; ++place) {
-      sorted[place] = {cases[place].index, precedes(cases[place - 1], cases[place])};
+      sorted.emplace_back(cases[place].index, Precedes(cases[place - 1], cases[place]));
     }
     begin = end;
   }
   return sorted;
+}
+
+/// Sorts cases whose keys differ only in the lowest `numBits`; stable.
+void CaseSorter::SortBucket(std::span<KeyedCase> bucket, unsigned int numBits) {
+  if (bucket.size() > kFewCases) {
+    if (numBits == 0) return SortByValue(bucket);
+    SortByDigit(bucket, numBits);
+  }
+  Insert(bucket);
+}
+
+/// Takes little time where the cases are nearly in order.
+void CaseSorter::Insert(std::span<KeyedCase> bucket) const {
+  for (std::size_t place = 1; place < bucket.size(); ++place) {
+    KeyedCase const item = bucket[place];
+    if (item.key > bucket[place - 1].key) continue;
+    std::size_t to = place;
+    for (; to > 0 && Precedes(item, bucket[to - 1]); --to) bucket[to] = bucket[to - 1];
+    bucket[to] = item;
+  }
+}
+
+void CaseSorter::SortByValue(std::span<KeyedCase> bucket) const {
+  auto const precedes = [this](KeyedCase a, KeyedCase b) { return Precedes(a, b); };
+  if (std::is_sorted(bucket.begin(), bucket.end(), precedes)) return;
+  std::stable_sort(bucket.begin(), bucket.end(), precedes);
+}
+
+/// Sorts by so many of the bits that few cases are left to be told apart by the others, or sorts
+/// these by the others, too.
+void CaseSorter::SortByDigit(std::span<KeyedCase> bucket, unsigned int numBits) {
+  auto const fitting = static_cast<unsigned int>(std::bit_width(bucket.size()));
+  unsigned int const size = std::min({numBits, fitting, kMaxDigitSize});
+  unsigned int const numBitsLeft = numBits - size;
+  std::uint32_t const mask = (1U << size) - 1U;
+  auto const digitOf = [=](KeyedCase item) { return (item.key >> numBitsLeft) & mask; };
+  std::array<std::uint32_t, std::size_t{1} << kMaxDigitSize> places;
+  std::span<std::uint32_t> const ends(places.data(), std::size_t{1} << size);
+  std::fill(ends.begin(), ends.end(), 0U);
+  ForSlices(bucket.size(), workers_, [&](std::size_t first, std::size_t last) {
+    for (std::size_t place = first; place < last; ++place) ++ends[digitOf(bucket[place])];
+  });
+  std::uint32_t begin = 0;
+  std::uint32_t greatest = 0;
+  for (std::uint32_t& end : ends) {
+    greatest = std::max(greatest, end);
+    begin += std::exchange(end, begin);
+  }
+  KeyedCase* const moved = moved_.Get(bucket.size());
+  ForSlices(bucket.size(), workers_, [&](std::size_t first, std::size_t last) {
+    for (std::size_t place = first; place < last; ++place) {
+      KeyedCase const item = bucket[place];
+      moved[ends[digitOf(item)]++] = item;
+    }
+  });
+  std::copy_n(moved, bucket.size(), bucket.begin());
+  if (greatest <= kFewCases) return;
+  begin = 0;
+  for (std::uint32_t const end : ends) {
+    if (end - begin > kFewCases) SortBucket(bucket.subspan(begin, end - begin), numBitsLeft);
+    begin = end;
+  }
 }
 
 double CutBetween(double lower, double upper) {

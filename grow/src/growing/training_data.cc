@@ -110,11 +110,12 @@ void TrainingData::ShareTarget(TrainingData& other) {
 void TrainingData::PreparePredictors(Workers& workers) {
   if (prepared_) return;
   std::atomic<std::size_t> numDone{0};
+  ToolBox<CaseSorter> sorters([&] { return std::make_unique<CaseSorter>(workers); });
   workers.Run(predictors_.size(), [&](std::size_t position) {
     GrowingPredictor& predictor = predictors_[position];
     if (predictor.used && !predictor.IsCoded()) {
       GrowingPredictor prepared = predictor;  // which has nothing yet, and keeps it if this fails
-      Prepare(prepared, workers);
+      Prepare(prepared, sorters, workers);
       predictor = std::move(prepared);
     }
     workers.Advance(static_cast<double>(++numDone) / static_cast<double>(predictors_.size()));
@@ -151,7 +152,8 @@ std::vector<std::vector<SortedCase>> TrainingData::ReleaseSorted() {
   return lists;
 }
 
-void TrainingData::Prepare(GrowingPredictor& predictor, Workers& workers) const {
+void TrainingData::Prepare(GrowingPredictor& predictor, ToolBox<CaseSorter>& sorters,
+                           Workers& workers) const {
   std::optional<ValueCodes> few;
   if (std::size_t const maxNumCodes = MaxNumCodes(predictor); maxNumCodes > 0) {
     few = CodeFewValues(*predictor.column, takesEachRow_ ? std::span<std::size_t const>() : rows_,
@@ -161,7 +163,7 @@ void TrainingData::Prepare(GrowingPredictor& predictor, Workers& workers) const 
     predictor.codes = std::move(few->codes);
     predictor.values = std::move(few->values);
   } else {
-    PrepareManyValues(predictor, workers);
+    PrepareManyValues(predictor, sorters, workers);
   }
   if (predictor.IsCoded()) {
     predictor.hasMissing = std::find(predictor.codes.begin(), predictor.codes.end(),
@@ -180,7 +182,8 @@ std::size_t TrainingData::MaxNumCodes(GrowingPredictor const& predictor) const {
   return isOrdinal ? GrowingPredictor::kMaxValues : numIntervals_;
 }
 
-void TrainingData::PrepareManyValues(GrowingPredictor& predictor, Workers& workers) const {
+void TrainingData::PrepareManyValues(GrowingPredictor& predictor, ToolBox<CaseSorter>& sorters,
+                                     Workers& workers) const {
   Column const& column = *predictor.column;
   bool const keepsValues = !predictor.IsNominal() && numIntervals_ == 0;
   predictor.isSorted = keepsValues && orderedForm_ != OrderedForm::kInRows;
@@ -203,7 +206,8 @@ void TrainingData::PrepareManyValues(GrowingPredictor& predictor, Workers& worke
     });
     values = copied.data();
   }
-  std::vector<SortedCase> sorted = SortCases(values, indexes, workers);
+  std::vector<SortedCase> sorted;
+  sorters.With([&](CaseSorter& sorter) { sorted = sorter.Sort(values, indexes); });
   if (keepsValues) {
     predictor.hasTies = std::any_of(sorted.begin(), sorted.end(),
                                     [](SortedCase item) { return !item.StartsValue(); });
@@ -211,9 +215,10 @@ void TrainingData::PrepareManyValues(GrowingPredictor& predictor, Workers& worke
     return;
   }
   predictor.hasIntervals = !predictor.IsNominal();
-  ValueCodes coded = predictor.hasIntervals ? CodeIntervals(sorted, values, frequencies_.multiples,
-                                                            rows_.size(), numIntervals_)
-                                            : CodeSortedValues(sorted, values, rows_.size());
+  ValueCodes coded = predictor.hasIntervals
+                         ? CodeIntervals(sorted, values, frequencies_.multiples, rows_.size(),
+                                         numIntervals_, workers)
+                         : CodeSortedValues(sorted, values, rows_.size(), workers);
   predictor.codes = std::move(coded.codes);
   predictor.values = std::move(coded.values);
 }

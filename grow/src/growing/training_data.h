@@ -9,6 +9,7 @@
 #include "growing/case_rows.h"
 #include "growing/fixed_point.h"
 #include "growing/sorted_cases.h"
+#include "growing/tool_box.h"
 #include "growing/value_codes.h"
 #include "growing/workers.h"
 #include "tree/grow/data_set.h"
@@ -123,10 +124,11 @@ class TrainingData {
  private:
   void ReadTarget(PollFunction const& poll);
   void SetRange(double least, double greatest);
-  void Prepare(GrowingPredictor& predictor, Workers& workers) const;
+  void Prepare(GrowingPredictor& predictor, ToolBox<CaseSorter>& sorters, Workers& workers) const;
   void ReadRows(Workers& workers);
   std::size_t MaxNumCodes(GrowingPredictor const& predictor) const;
-  void PrepareManyValues(GrowingPredictor& predictor, Workers& workers) const;
+  void PrepareManyValues(GrowingPredictor& predictor, ToolBox<CaseSorter>& sorters,
+                         Workers& workers) const;
   void CheckCategories(GrowingPredictor& predictor) const;
 
   DataSet const& data_;

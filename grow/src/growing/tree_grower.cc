@@ -291,6 +291,7 @@ GainsIntf* TreeGrower::MakeGains(GainsSettings const& settings) const noexcept {
 /// The tree is another one: what was known of it holds no more.
 void TreeGrower::Changed() {
   statistics_.reset();
+  risksOfPath_.reset();
   risk_.reset();
   complexity_ = 0.0;
 }
@@ -410,13 +411,14 @@ void TreeGrower::FillTestStatistics(NodeImp& root, std::vector<std::uint32_t> co
   workers_.BeginStage("testing", 0.9, 1.0);
   IndexedTree const tree(root);
   RoutedCases const routed(tree, *test_, cases, workers_);
-  double const total =
-      static_cast<double>(SumCases(*test_, AllCases(*test_), [this] { workers_.Poll(); }).weight) *
-      test_->GetWeights().unit;
+  PollFunction const poll = [this] { workers_.Poll(); };
+  double const total = static_cast<double>(SumCases(*test_, AllCases(*test_), poll).weight) *
+                       test_->GetWeights().unit;
   NodeStatistics const statistics(*test_, TestSample, basis_.Classes(), total);
   workers_.Run(tree.GetNumNodes(), [&](std::size_t position) {
     auto const ofNode = routed.CasesOf(position);
-    statistics.Fill(const_cast<NodeImp&>(tree.GetNode(position)), ofNode, SumCases(*test_, ofNode));
+    statistics.Fill(const_cast<NodeImp&>(tree.GetNode(position)), ofNode,
+                    SumCases(*test_, ofNode, poll), poll);
   });
 }
 
@@ -577,6 +579,14 @@ RiskModel TreeGrower::MakeRiskModel() const {
   return {*basis_.classes, algorithm_.priors->GetType() == PriorTypeAlternate};
 }
 
+/// The risk of each subtree of the path, estimated once for the present tree: whoever has seen the
+/// sequence often prunes next.
+std::vector<RiskEstimate> const& TreeGrower::RisksOfPath(IndexedTree const& tree,
+                                                         PruningPath const& path) {
+  if (!risksOfPath_.has_value()) risksOfPath_ = EstimateRisks(tree, path);
+  return *risksOfPath_;
+}
+
 /// The risk of each subtree of the path, as the settings want it measured.
 std::vector<RiskEstimate> TreeGrower::EstimateRisks(IndexedTree const& tree,
                                                     PruningPath const& path) {
@@ -697,7 +707,7 @@ bool TreeGrower::GetPruningSequence(std::vector<PruningStep>* steps) noexcept {
     PrepareToEstimate();
     IndexedTree const tree(*root_);
     PruningPath const path = FindPath(tree);
-    std::vector<RiskEstimate> const risks = EstimateRisks(tree, path);
+    std::vector<RiskEstimate> const& risks = RisksOfPath(tree, path);
     std::vector<PruningStep> found;
     PrunedSubtree subtree(tree, path);
     for (std::size_t step = 0; step < risks.size(); ++step) {
@@ -726,7 +736,7 @@ bool TreeGrower::Prune() noexcept {
     PrepareToEstimate();
     IndexedTree const tree(*root_);
     PruningPath const path = FindPath(tree);
-    std::vector<RiskEstimate> const risks = EstimateRisks(tree, path);
+    std::vector<RiskEstimate> const& risks = RisksOfPath(tree, path);
     // Breiman, Friedman, Olshen and Stone 1984, section 3.4.3: the smallest subtree whose risk is
     // within so many standard errors of the least one.
     auto const least = std::min_element(risks.begin(), risks.end(),
@@ -748,9 +758,10 @@ bool TreeGrower::Prune() noexcept {
       }
     }
     for (NodeImp* const top : tops) top->RemoveChildren(false);
+    RiskEstimate const risk = risks[chosen];
     Changed();
     complexity_ = path.TypicalComplexity(chosen);
-    risk_ = risks[chosen];
+    risk_ = risk;
   });
 }
 

@@ -115,6 +115,7 @@ class TreeGrower final : public Grower {
 
   RiskModel MakeRiskModel() const;
   ValidationType GetValidation() const;
+  std::vector<RiskEstimate> const& RisksOfPath(IndexedTree const& tree, PruningPath const& path);
   std::vector<RiskEstimate> EstimateRisks(IndexedTree const& tree, PruningPath const& path);
   std::vector<RiskEstimate> EstimateOnSample(IndexedTree const& tree, PruningPath const& path,
                                              TrainingData const& sample);
@@ -133,7 +134,9 @@ class TreeGrower final : public Grower {
   std::unique_ptr<NodeImp> root_;
   std::unique_ptr<TreeStatisticsImp> statistics_;
   unsigned int nextId_ = 0;
-  // Of the present tree, as long as it has not changed: what pruning chose it by.
+  // Of the present tree, as long as it has not changed: the risks of its pruned subtrees, and what
+  // pruning chose it by.
+  std::optional<std::vector<RiskEstimate>> risksOfPath_;
   double complexity_ = 0.0;
   std::optional<RiskEstimate> risk_;
   AlgorithmFailure failure_ = FailureNone;

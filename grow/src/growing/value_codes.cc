@@ -68,12 +68,14 @@ ValueCodes Ordered(std::vector<std::uint16_t> numbers, std::vector<double> const
 template <class Visit>
 bool VisitValues(Column const& column, std::span<std::size_t const> rows, std::size_t numCases,
                  Workers& workers, Visit const& visit) {
-  double const* const values = column.values;
-  double const missing = column.description.missingValue;
   auto const visitSlice = [&](std::size_t begin, std::size_t end, auto const& rowOf) {
+    // Copies of its own stay in registers, whatever `visit` writes.
+    double const* const values = column.values;
+    double const missing = column.description.missingValue;
+    Visit const visitOne = visit;
     for (std::size_t index = begin; index < end; ++index) {
       double const value = values[rowOf(index)];
-      if (value != missing && !visit(index, value)) return false;
+      if (value != missing && !visitOne(index, value)) return false;
     }
     return true;
   };
@@ -86,32 +88,64 @@ bool VisitValues(Column const& column, std::span<std::size_t const> rows, std::s
   return goesOn;
 }
 
+/// Small numbers are those below this.
+constexpr int kNumSmall = 1024;
+
+/// Codes small whole numbers as themselves; gives whether there are no others. Without branches:
+/// what comes next cannot be guessed. `valueOf`: by index.
+template <class ValueOf>
+bool CodeSlice(std::size_t begin, std::size_t end, double missing, ValueOf valueOf,
+               std::uint16_t* codes) {
+  bool areSmall = true;
+  for (std::size_t index = begin; index < end; ++index) {
+    double const value = valueOf(index);
+    int const whole =
+        static_cast<int>(std::min(std::max(value, -1.0), static_cast<double>(kNumSmall)));
+    bool const isMissing = value == missing;
+    bool const isSmall = (static_cast<double>(whole) == value) & (whole >= 0) & (whole < kNumSmall);
+    codes[index] = isMissing ? ValueCodes::kMissing : static_cast<std::uint16_t>(whole);
+    areSmall &= isMissing | isSmall;
+  }
+  return areSmall;
+}
+
 /// Small whole numbers, as categories and counts mostly are, stand for themselves until it is known
 /// which of them there are. Nothing where there are other values.
 std::optional<ValueCodes> CodeSmallNumbers(Column const& column, std::span<std::size_t const> rows,
                                            std::size_t numCases, Workers& workers) {
-  constexpr std::uint32_t kNumSmall = 1024;
-  std::array<std::uint8_t, kNumSmall> isThere{};
+  constexpr std::size_t kAtATime = 4096;  // other values mostly show soon
+  std::array<std::uint32_t, kNumSmall> isThere{};
   ValueCodes coded;
-  coded.codes.assign(numCases, ValueCodes::kMissing);
-  bool const areSmall =
-      VisitValues(column, rows, numCases, workers,
-                  [&isThere, codes = coded.codes.data()](std::size_t index, double value) {
-                    if (!(value >= 0.0 && value < static_cast<double>(kNumSmall))) return false;
-                    auto const whole = static_cast<std::uint32_t>(value);
-                    if (static_cast<double>(whole) != value) return false;
-                    isThere[whole] = 1;
-                    codes[index] = static_cast<std::uint16_t>(whole);
-                    return true;
-                  });
+  coded.codes.resize(numCases);
+  std::uint16_t* const codes = coded.codes.data();
+  double const* const values = column.values;
+  double const missing = column.description.missingValue;
+  bool areSmall = true;
+  ForSlices(numCases, workers, [&](std::size_t first, std::size_t last) {
+    for (std::size_t begin = first; begin < last && areSmall; begin += kAtATime) {
+      std::size_t const end = std::min(last, begin + kAtATime);
+      areSmall =
+          rows.empty()
+              ? CodeSlice(
+                    begin, end, missing, [values](std::size_t index) { return values[index]; },
+                    codes)
+              : CodeSlice(
+                    begin, end, missing,
+                    [values, rows](std::size_t index) { return values[rows[index]]; }, codes);
+      if (!areSmall) return;
+      for (std::size_t index = begin; index < end; ++index) {
+        if (codes[index] != ValueCodes::kMissing) isThere[codes[index]] = 1;
+      }
+    }
+  });
   if (!areSmall) return std::nullopt;
   std::array<std::uint16_t, kNumSmall> codeOf{};
   bool stay = true;
-  for (std::uint32_t whole = 0; whole < kNumSmall; ++whole) {
+  for (std::size_t whole = 0; whole < kNumSmall; ++whole) {
     if (isThere[whole] == 0) continue;
     stay = stay && coded.values.size() == whole;
     codeOf[whole] = static_cast<std::uint16_t>(coded.values.size());
-    coded.values.push_back(whole);
+    coded.values.push_back(static_cast<double>(whole));
   }
   if (stay) return coded;
   for (std::uint16_t& code : coded.codes) {
@@ -141,20 +175,22 @@ std::optional<ValueCodes> CodeFewValues(Column const& column, std::span<std::siz
 }
 
 ValueCodes CodeSortedValues(std::vector<SortedCase> const& sorted, double const* values,
-                            std::size_t numCases) {
+                            std::size_t numCases, Workers& workers) {
   ValueCodes coded;
   coded.codes.assign(numCases, ValueCodes::kMissing);
-  for (SortedCase const item : sorted) {
-    if (item.StartsValue()) coded.values.push_back(values[item.Place()]);
-    coded.codes[item.Place()] = static_cast<std::uint16_t>(
-        std::min<std::size_t>(coded.values.size() - 1, ValueCodes::kMissing));
-  }
+  ForSlices(sorted.size(), workers, [&](std::size_t first, std::size_t last) {
+    for (SortedCase const item : std::span(sorted).subspan(first, last - first)) {
+      if (item.StartsValue()) coded.values.push_back(values[item.Place()]);
+      coded.codes[item.Place()] = static_cast<std::uint16_t>(
+          std::min<std::size_t>(coded.values.size() - 1, ValueCodes::kMissing));
+    }
+  });
   return coded;
 }
 
 ValueCodes CodeIntervals(std::vector<SortedCase> const& sorted, double const* values,
                          std::vector<std::int64_t> const& frequencies, std::size_t numCases,
-                         std::size_t numIntervals) {
+                         std::size_t numIntervals, Workers& workers) {
   auto const frequencyOf = [&](SortedCase item) {
     return frequencies.empty() ? 1 : frequencies[item.Place()];
   };
@@ -163,20 +199,27 @@ ValueCodes CodeIntervals(std::vector<SortedCase> const& sorted, double const* va
   auto const parts = static_cast<WideInteger>(numIntervals);
   ValueCodes coded;
   coded.codes.assign(numCases, ValueCodes::kMissing);
-  WideInteger below = 0;  // cases in intervals that have ended
+  // The present interval ends where the cases up to it, times `parts`, reach this: the next
+  // multiple of all cases that those before it have not reached.
+  WideInteger limit = total;
   WideInteger sum = 0;
   std::size_t begin = 0;  // of the present interval, in the list
+  auto const endInterval = [&](std::size_t last) {
+    auto const code = static_cast<std::uint16_t>(coded.values.size());
+    ForSlices(last + 1 - begin, workers, [&](std::size_t first, std::size_t end) {
+      for (std::size_t offset = first; offset < end; ++offset) {
+        coded.codes[sorted[begin + offset].Place()] = code;
+      }
+    });
+    coded.values.push_back(values[sorted[last].Place()]);
+    begin = last + 1;
+    limit = (sum * parts / total + 1) * total;
+  };
   for (std::size_t position = 0; position < sorted.size(); ++position) {
     sum += frequencyOf(sorted[position]);
     bool const isLast = position + 1 == sorted.size();
     if (!isLast && !sorted[position + 1].StartsValue()) continue;
-    // Ends where the share passes a multiple of 1 / parts.
-    if (!isLast && sum * parts / total == below * parts / total) continue;
-    for (; begin <= position; ++begin) {
-      coded.codes[sorted[begin].Place()] = static_cast<std::uint16_t>(coded.values.size());
-    }
-    coded.values.push_back(values[sorted[position].Place()]);
-    below = sum;
+    if (isLast || sum * parts >= limit) endInterval(position);
   }
   return coded;
 }

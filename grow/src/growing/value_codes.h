@@ -32,7 +32,7 @@ std::optional<ValueCodes> CodeFewValues(Column const& column, std::span<std::siz
 /// ones: a predictor with so many cannot be used as a coded one. `values`: by index, as they were
 /// sorted; `numCases`: of all cases, with those that have no value.
 ValueCodes CodeSortedValues(std::vector<SortedCase> const& sorted, double const* values,
-                            std::size_t numCases);
+                            std::size_t numCases, Workers& workers);
 
 /// Codes intervals that hold about equally many cases each, at most `numIntervals` of them. Each
 /// ends with a value of a case, which is what its code stands for: the one where the cases up to it
@@ -40,7 +40,7 @@ ValueCodes CodeSortedValues(std::vector<SortedCase> const& sorted, double const*
 /// value, are left out. `frequencies`: how many cases each stands for; may be empty.
 ValueCodes CodeIntervals(std::vector<SortedCase> const& sorted, double const* values,
                          std::vector<std::int64_t> const& frequencies, std::size_t numCases,
-                         std::size_t numIntervals);
+                         std::size_t numIntervals, Workers& workers);
 
 }  // namespace tree::grow
 

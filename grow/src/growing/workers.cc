@@ -87,6 +87,14 @@ void Workers::Poll() {
   throw Cancelled();
 }
 
+void Workers::Poll(std::size_t work) {
+  thread_local std::size_t sinceLast = 0;
+  sinceLast += work;
+  if (sinceLast < kWorkPerPoll) return;
+  sinceLast = 0;
+  Poll();
+}
+
 void Workers::WorkOn(Batch& batch) {
   try {
     for (std::size_t number = batch.next++; number < batch.count; number = batch.next++) {

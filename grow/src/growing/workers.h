@@ -52,6 +52,9 @@ class Workers {
   /// To be called now and then by tasks that take long, and between tasks: lets the listener know,
   /// if it is time to. Throws `Cancelled` when the operation is to end.
   void Poll();
+  /// Counts what was done, in cases or the like, and polls once it makes up some milliseconds: for
+  /// many small pieces of work, of which each alone would not poll.
+  void Poll(std::size_t work);
 
  private:
   struct Pool;
@@ -72,14 +75,16 @@ class Workers {
   double fraction_ = 0.0;
 };
 
+/// How much is done at a time between two polls.
+inline constexpr std::size_t kWorkPerPoll = std::size_t{1} << 19;
+
 /// Walks through 0 to `size` - 1 in slices, and calls `poll` between them: `visit` is called with
-/// the begin and the end of each slice. A slice takes a few milliseconds.
+/// the begin and the end of each slice. A slice takes some milliseconds.
 template <class Poll, class Visit>
 void ForSlices(std::size_t size, Poll const& poll, Visit const& visit) {
-  constexpr std::size_t kSliceSize = std::size_t{1} << 20;
-  for (std::size_t begin = 0; begin < size; begin += kSliceSize) {
+  for (std::size_t begin = 0; begin < size; begin += kWorkPerPoll) {
     if (begin != 0) poll();
-    visit(begin, std::min(size, begin + kSliceSize));
+    visit(begin, std::min(size, begin + kWorkPerPoll));
   }
 }
 
@@ -97,6 +102,18 @@ void ForEachPolling(std::uint32_t begin, std::uint32_t end, Workers& workers, Vi
       visit(begin + static_cast<std::uint32_t>(offset));
     }
   });
+}
+
+/// The first number from 0 to `size` - 1 for which `isMatch` holds; `size` where there is none.
+template <class IsMatch>
+std::size_t FindPolling(std::size_t size, Workers& workers, IsMatch const& isMatch) {
+  std::size_t found = size;
+  ForSlices(size, workers, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t number = begin; number < end && found == size; ++number) {
+      if (isMatch(number)) found = number;
+    }
+  });
+  return found;
 }
 
 }  // namespace tree::grow

@@ -39,7 +39,7 @@ class Setting {
   /// Goes on from the root to children of it.
   void Divide(ChildOfPlace const& childOf, int numChildren) {
     auto children = lists_.DivideCases(lists_.GetRoot(), childOf, numChildren);
-    std::vector<SortedCase> scratch;
+    WorkMemory<SortedCase> scratch;
     for (std::size_t predictor = 0; predictor < lists_.GetRoot().byPredictor.size(); ++predictor) {
       lists_.DividePredictor(lists_.GetRoot(), predictor, children, scratch);
     }

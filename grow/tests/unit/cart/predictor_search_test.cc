@@ -433,7 +433,7 @@ TEST(PredictorSearch, SearchesOnlyTheCasesOfTheNode) {
     Question const question = Classes({1, 2, 3, 4, 5, 6}, {0, 0, 1, 0, 1, 1});
     PreparedSample sample(question.sample, form);
     CaseLists lists = sample.MakeLists();
-    std::vector<SortedCase> scratch;
+    WorkMemory<SortedCase> scratch;
     auto children = lists.DivideCases(lists.GetRoot(), {0, 1, 0, 1, 1, 0}, 2);
     lists.DividePredictor(lists.GetRoot(), 0, children, scratch);
     ClassTarget const target{lists.GetClasses(), nullptr, question.factors};
@@ -450,7 +450,7 @@ TEST(PredictorSearch, SearchesOnlyTheCasesOfTheNode) {
 }
 
 TEST(PredictorSearch, SearchesMoreCasesThanItTakesAtATime) {
-  constexpr std::size_t kSlice = std::size_t{1} << 20;
+  constexpr std::size_t kSlice = kWorkPerPoll;
   Question question = Classes({}, {1.0});
   question.sample.target.assign(kSlice + 3, 0.0);
   question.sample.predictors.push_back({});

@@ -144,7 +144,7 @@ TEST(SurrogateSearch, SearchesOnlyTheCasesOfTheNode) {
   InBothForms([](Form form) {
     PreparedSample sample(Cases({1, 2, 3, 4, 5, 6}), form);
     CaseLists lists = sample.MakeLists();
-    std::vector<SortedCase> scratch;
+    WorkMemory<SortedCase> scratch;
     auto children = lists.DivideCases(lists.GetRoot(), {0, 1, 1, 1, 0, 1}, 2);
     lists.DividePredictor(lists.GetRoot(), 0, children, scratch);
     ChildOfPlace const childOf = {1, 1, 0, 0, 1, 1};  // cases 0 and 4, then 1, 2, 3 and 5
@@ -158,7 +158,7 @@ TEST(SurrogateSearch, SearchesOnlyTheCasesOfTheNode) {
 }
 
 TEST(SurrogateSearch, SearchesMoreCasesThanItTakesAtATime) {
-  constexpr std::size_t kSlice = std::size_t{1} << 20;
+  constexpr std::size_t kSlice = kWorkPerPoll;
   std::vector<double> sorted(kSlice + 3);
   std::vector<double> coded(kSlice + 3);
   ChildOfPlace childOf(kSlice + 3);

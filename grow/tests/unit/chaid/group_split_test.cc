@@ -93,6 +93,26 @@ TEST(GroupSplit, LeavesTheGroupsThemselvesAsTheyAre) {
   EXPECT_EQ(groups.TestPair(0, 2).value, before);
 }
 
+TEST(GroupSplit, PollsBeforeEachDivisionIsTested) {
+  struct Case {
+    CategoryKind kind;
+    bool floating;
+    int numDivisions;
+  };
+  for (Case const& one : {Case{CategoryKind::kNominal, false, 7},
+                          {CategoryKind::kOrdinal, false, 3},
+                          {CategoryKind::kOrdinal, true, 5}}) {
+    ClassGroups groups = GroupsOf({{9, 1, 3}, {1, 1, 2}, {8, 2, 5}, {2, 9, 1}});
+    GroupSplit<ClassGroups> split;
+    int numPolls = 0;
+
+    split.Find(groups, std::vector<std::size_t>{0, 1, 2, 3}, one.kind, one.floating,
+               [&] { ++numPolls; });
+
+    EXPECT_EQ(numPolls, one.numDivisions);
+  }
+}
+
 /// The greatest statistic of all divisions.
 template <class Groups>
 double TryAllDivisions(Groups& groups, std::size_t count) {

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -401,6 +402,38 @@ TEST(Pruning, RemembersTheRiskOfTheTreeThatItChose) {
     if (step.numTerminalNodes == grower->GetNumNodes(TerminalNodes)) risk = step.risk;
   }
   EXPECT_EQ(grower->GetStatistics()->GetRisk(), risk);
+}
+
+/// Notes whether validation was under way, each time that it is called.
+class ValidationWatch : public ProgressListener {
+ public:
+  bool Report(double, char const* activity) noexcept override {
+    hasSeenFolds_ = hasSeenFolds_ || std::string_view(activity) == "cross-validating";
+    return true;
+  }
+  bool HasSeenFolds() const { return hasSeenFolds_; }
+
+ private:
+  bool hasSeenFolds_ = false;
+};
+
+TEST(Pruning, ValidatesNoSequenceTwice) {
+  SampleData const data = Noisy(20'000, 7);
+  CCartSettingsImp settings = data.ClassSettings();
+  settings.GetValidationSpec()->Set(ValidationCrossValidation);
+  auto const grower = Grown(data, settings);
+  std::vector<PruningStep> steps;
+  ASSERT_TRUE(grower->GetPruningSequence(&steps));
+  ValidationWatch watch;
+  grower->SetProgressListener(&watch);
+
+  std::vector<PruningStep> again;
+  ASSERT_TRUE(grower->GetPruningSequence(&again));
+  ASSERT_TRUE(grower->Prune());
+
+  EXPECT_FALSE(watch.HasSeenFolds());
+  EXPECT_EQ(again.size(), steps.size());
+  grower->SetProgressListener(nullptr);
 }
 
 TEST(Pruning, LeavesCompetitorsAndTakesSurrogates) {

@@ -39,7 +39,8 @@ std::vector<std::uint32_t> CasesOf(CaseLists const& lists, NodeRanges const& nod
 std::vector<NodeRanges> Divide(CaseLists& lists, NodeRanges const& node,
                                ChildOfPlace const& childOf, int numChildren) {
   std::vector<NodeRanges> children = lists.DivideCases(node, childOf, numChildren);
-  std::vector<SortedCase> scratch(3, SortedCase(12345, true));
+  WorkMemory<SortedCase> scratch;
+  std::fill_n(scratch.Get(3), 3, SortedCase(12345, true));
   for (std::size_t predictor = 0; predictor < node.byPredictor.size(); ++predictor) {
     lists.DividePredictor(node, predictor, children, scratch);
   }

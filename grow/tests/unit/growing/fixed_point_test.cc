@@ -10,6 +10,7 @@
 #include <gtest/gtest.h>
 
 #include "grow_testing/random_numbers.h"
+#include "growing/workers.h"
 
 namespace tree::grow {
 namespace {
@@ -194,7 +195,7 @@ TEST(FixNumbers, KeepsSumsOfRandomNumbersWithinBounds) {
 }
 
 TEST(FixedPoint, IsPolledWhileItIsMade) {
-  std::vector<double> values((std::size_t{1} << 20) + 2);  // two slices
+  std::vector<double> values(kWorkPerPoll + 2);  // two slices
   for (std::size_t index = 0; index < values.size(); ++index) {
     values[index] = 0.5 + static_cast<double>(index % 10);
   }

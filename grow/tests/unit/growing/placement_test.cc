@@ -156,7 +156,7 @@ TEST(PlaceByRule, LeavesOtherNodesAlone) {
     SCOPED_TRACE(form == Form::kSorted ? "sorted" : "coded");
     PreparedSample sample(OnePredictor({3.0, 1.0, 4.0, 2.0}), form);
     CaseLists lists = sample.MakeLists();
-    std::vector<SortedCase> scratch;
+    WorkMemory<SortedCase> scratch;
     auto children = lists.DivideCases(lists.GetRoot(), {0, 1, 0, 1}, 2);
     lists.DividePredictor(lists.GetRoot(), 0, children, scratch);
     ChildOfPlace childOf(4, 77);

@@ -8,6 +8,8 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "growing/workers.h"
+
 namespace tree::grow {
 namespace {
 
@@ -85,7 +87,7 @@ TEST(DrawFolds, PutsEveryCaseInEveryFoldAboutAsOften) {
 }
 
 TEST(RandomDraws, ArePolledAndTheSame) {
-  constexpr std::size_t kNumCases = (std::size_t{1} << 21) + 5;  // three slices
+  constexpr std::size_t kNumCases = 2 * kWorkPerPoll + 5;  // three slices
   int numPolls = 0;
   auto const poll = [&numPolls] { ++numPolls; };
 

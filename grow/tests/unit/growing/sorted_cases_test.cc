@@ -28,7 +28,7 @@ void ExpectSorted(std::vector<double> const& values, std::vector<std::uint32_t> 
   std::stable_sort(expected.begin(), expected.end(),
                    [&](std::uint32_t a, std::uint32_t b) { return values[a] < values[b]; });
 
-  std::vector<SortedCase> const sorted = SortCases(values.data(), indexes, workers);
+  std::vector<SortedCase> const sorted = CaseSorter(workers).Sort(values.data(), indexes);
 
   ASSERT_EQ(sorted.size(), expected.size());
   for (std::size_t place = 0; place < sorted.size(); ++place) {
@@ -54,12 +54,12 @@ TEST(SortedCase, KeepsPlaceAndStart) {
   EXPECT_FALSE(first.StartsValue());
 }
 
-TEST(SortCases, SortsByValueAndThenByIndex) {
+TEST(CaseSorter, SortsByValueAndThenByIndex) {
   Workers workers(1);
   workers.Begin();
   std::vector<double> const values = {5.0, 1.0, 5.0, -2.0, 1.0};
 
-  std::vector<SortedCase> const sorted = SortCases(values.data(), {0, 1, 2, 3, 4}, workers);
+  std::vector<SortedCase> const sorted = CaseSorter(workers).Sort(values.data(), {0, 1, 2, 3, 4});
 
   std::vector<std::uint32_t> places;
   std::vector<bool> starts;
@@ -71,13 +71,13 @@ TEST(SortCases, SortsByValueAndThenByIndex) {
   EXPECT_THAT(starts, testing::ElementsAre(true, true, false, true, false));
 }
 
-TEST(SortCases, LeavesOutCasesThatAreNotListed) {
+TEST(CaseSorter, LeavesOutCasesThatAreNotListed) {
   ExpectSorted({5.0, 1.0, 5.0, -2.0, 1.0}, {0, 2, 4});
   ExpectSorted({5.0, 1.0, 5.0, -2.0, 1.0}, {3});
   ExpectSorted({5.0, 1.0, 5.0, -2.0, 1.0}, {});
 }
 
-TEST(SortCases, SortsSpecialValues) {
+TEST(CaseSorter, SortsSpecialValues) {
   struct {
     char const* name;
     std::vector<double> values;
@@ -103,7 +103,7 @@ TEST(SortCases, SortsSpecialValues) {
   }
 }
 
-TEST(SortCases, SortsAsASlowerSortDoes) {
+TEST(CaseSorter, SortsAsASlowerSortDoes) {
   struct {
     char const* name;
     std::function<double(RandomNumbers&)> draw;
@@ -131,6 +131,15 @@ TEST(SortCases, SortsAsASlowerSortDoes) {
          return kind == 0 ? kInfinity : kind == 1 ? -kInfinity : random.Below(100) / 3.0;
        }},
       {"denormals", [](RandomNumbers& random) { return random.Below(300) * kSmallest; }},
+      {"ever more towards zero",
+       [](RandomNumbers& random) {
+         return std::ldexp(1.0 + random.Below(1U << 31) / 2147483648.0,
+                           -static_cast<int>(random.Below(45)));
+       }},
+      {"most in a corner of the range",
+       [](RandomNumbers& random) {
+         return random.Below(500) == 0 ? 1e6 : random.Below(1U << 31) / 1e9;
+       }},
   };
   for (auto const& row : kRows) {
     SCOPED_TRACE(row.name);
@@ -145,6 +154,28 @@ TEST(SortCases, SortsAsASlowerSortDoes) {
       }
       ExpectSorted(values, indexes);
       if (HasFatalFailure()) return;
+    }
+  }
+}
+
+TEST(CaseSorter, SortsOneListAfterTheOther) {
+  Workers workers(1);
+  workers.Begin();
+  CaseSorter sorter(workers);
+  RandomNumbers random(5);
+  for (std::uint32_t const size : {2000U, 10U, 0U, 3000U, 1U}) {
+    std::vector<double> values(size);
+    for (double& value : values) value = random.Below(1000) / 7.0;
+    std::vector<std::uint32_t> indexes(size);
+    std::iota(indexes.begin(), indexes.end(), 0U);
+
+    std::vector<SortedCase> const sorted = sorter.Sort(values.data(), indexes);
+
+    std::stable_sort(indexes.begin(), indexes.end(),
+                     [&](std::uint32_t a, std::uint32_t b) { return values[a] < values[b]; });
+    ASSERT_EQ(sorted.size(), size);
+    for (std::size_t place = 0; place < size; ++place) {
+      ASSERT_EQ(sorted[place].Place(), indexes[place]) << "at place " << place << " of " << size;
     }
   }
 }

@@ -53,8 +53,8 @@ ValueCodes Intervals(std::vector<double> const& values, std::size_t numIntervals
   workers.Begin();
   std::vector<std::uint32_t> indexes(values.size());
   std::iota(indexes.begin(), indexes.end(), 0U);
-  return CodeIntervals(SortCases(values.data(), indexes, workers), values.data(), frequencies,
-                       values.size(), numIntervals);
+  return CodeIntervals(CaseSorter(workers).Sort(values.data(), indexes), values.data(), frequencies,
+                       values.size(), numIntervals, workers);
 }
 
 TEST(CodeFewValues, CodesValuesInTheirOrder) {
@@ -147,8 +147,8 @@ TEST(CodeSortedValues, AgreesWithCodingWithoutSorting) {
   Workers workers(1);
   workers.Begin();
 
-  ValueCodes const sorted =
-      CodeSortedValues(SortCases(values.data(), indexes, workers), values.data(), values.size());
+  ValueCodes const sorted = CodeSortedValues(CaseSorter(workers).Sort(values.data(), indexes),
+                                             values.data(), values.size(), workers);
 
   auto const few = CodeFew(values, 40);
   ASSERT_TRUE(few.has_value());
@@ -181,8 +181,8 @@ TEST(CodeIntervals, GiveNoCodeToCasesThatAreNotSorted) {
   Workers workers(1);
   workers.Begin();
 
-  ValueCodes const coded =
-      CodeIntervals(SortCases(values.data(), {0, 2}, workers), values.data(), {}, 3, 10);
+  ValueCodes const coded = CodeIntervals(CaseSorter(workers).Sort(values.data(), {0, 2}),
+                                         values.data(), {}, 3, 10, workers);
 
   EXPECT_THAT(coded.codes, ElementsAre(0, kNone, 1));
   EXPECT_THAT(coded.values, ElementsAre(1.0, 2.0));

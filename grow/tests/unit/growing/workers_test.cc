@@ -324,9 +324,9 @@ TEST(ForSlices, VisitsEverythingOnceAndInOrder) {
   ForSlices(3, workers, visit);
   EXPECT_THAT(slices, ElementsAre(Pair(0, 3)));
   slices.clear();
-  ForSlices(2097153, workers, visit);
-  EXPECT_THAT(slices,
-              ElementsAre(Pair(0, 1048576), Pair(1048576, 2097152), Pair(2097152, 2097153)));
+  ForSlices(2 * kWorkPerPoll + 1, workers, visit);
+  EXPECT_THAT(slices, ElementsAre(Pair(0, kWorkPerPoll), Pair(kWorkPerPoll, 2 * kWorkPerPoll),
+                                  Pair(2 * kWorkPerPoll, 2 * kWorkPerPoll + 1)));
 }
 
 TEST(ForSlices, PollsBetweenSlices) {
@@ -340,6 +340,64 @@ TEST(ForSlices, PollsBetweenSlices) {
                Cancelled);
 
   EXPECT_EQ(numVisited, 1);
+}
+
+TEST(Workers, PollOnceEnoughHasBeenDoneInSmallPieces) {
+  constexpr std::size_t kPiece = 1000;
+  Workers workers(1);
+  Listener listener(1);
+  workers.SetListener(&listener);
+  workers.Begin();
+  std::size_t numPieces = 0;
+
+  EXPECT_THROW(
+      {
+        while (numPieces * kPiece <= 2 * kWorkPerPoll) {
+          ++numPieces;
+          workers.Poll(kPiece);
+        }
+      },
+      Cancelled);
+
+  EXPECT_LE(numPieces * kPiece, kWorkPerPoll + kPiece);
+  EXPECT_EQ(listener.fractions.size(), 1U);
+}
+
+TEST(FindPolling, GivesTheFirstMatch) {
+  Workers workers(1);
+  workers.Begin();
+  constexpr std::size_t kSize = kWorkPerPoll + 10;
+  for (std::size_t const match : {std::size_t{0}, std::size_t{5}, kWorkPerPoll, kSize - 1}) {
+    std::size_t const found =
+        FindPolling(kSize, workers, [&](std::size_t number) { return number >= match; });
+
+    EXPECT_EQ(found, match);
+  }
+  EXPECT_EQ(FindPolling(kSize, workers, [](std::size_t) { return false; }), kSize);
+  EXPECT_EQ(FindPolling(0, workers, [](std::size_t) { return true; }), 0U);
+}
+
+TEST(FindPolling, AsksNoMoreOnceItHasAMatch) {
+  Workers workers(1);
+  workers.Begin();
+  std::size_t numAsked = 0;
+
+  FindPolling(2 * kWorkPerPoll, workers, [&](std::size_t number) {
+    ++numAsked;
+    return number == 3;
+  });
+
+  EXPECT_EQ(numAsked, 4U);
+}
+
+TEST(FindPolling, PollsOnTheWay) {
+  Workers workers(1);
+  Listener listener(1);
+  workers.SetListener(&listener);
+  workers.Begin();
+
+  EXPECT_THROW(FindPolling(2 * kWorkPerPoll, workers, [](std::size_t) { return false; }),
+               Cancelled);
 }
 
 TEST(Workers, DoAllTasksWithTheThreadsThatMemoryAllows) {
