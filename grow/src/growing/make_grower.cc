@@ -6,6 +6,7 @@
 
 #include "cart/cart_method.h"
 #include "chaid/chaid_method.h"
+#include "data/case_roles.h"
 #include "data/number_text.h"
 #include "growing/tree_grower.h"
 #include "quest/quest_method.h"
@@ -193,7 +194,7 @@ std::unique_ptr<Grower> MakeGrower(DataSet const& data, CaseRoles const& roles,
     throw InputError("the number of intervals has to lie between 2 and 65535, and is " +
                      std::to_string(options.numIntervals));
   }
-  CoreSettingsImp const core = MakeCoreSettings(data, roles);  // refuses roles that do not exist
+  CheckRoles(data, roles);
   CheckSettings(data, roles, settings);
   try {
     return std::make_unique<TreeGrower>(data, roles, MakeAlgorithm(settings, options), options);
