@@ -63,10 +63,11 @@ TEST(ClassTest, FindsRowEffectsToBeAllThereIsInTwoClasses) {
   EXPECT_EQ(statistic.degreesOfFreedom, 2.0);
 }
 
-// The example of Goodman 1979: mental health (well, mild, moderate, impaired) of 1,660 people by
-// the socioeconomic status of their parents, highest first (Srole et al. 1962, Mental Health in the
-// Metropolis). The likelihood ratio of independence is 47.42 with 15 degrees of freedom, of effects
-// of the status 6.83 with 10, and of effects of the health 6.28 with 12; more digits as by R's glm.
+// A table often analysed by the models of Goodman 1979: mental health (well, mild, moderate,
+// impaired) of 1,660 people by the socioeconomic status of their parents, highest first (Srole et
+// al. 1962, Mental Health in the Metropolis). The likelihood ratio of independence is 47.42 with 15
+// degrees of freedom, of effects of the status 6.83 with 10, and of effects of the health 6.28 with
+// 12; more digits as by R's glm.
 TEST(ClassTest, FindsTheRowEffectsOfGoodmansExample) {
   Table const byStatus = {{{64.0, 94.0, 58.0, 46.0},
                            {57.0, 94.0, 54.0, 40.0},
