@@ -4,6 +4,7 @@
 #include <boost/asio/post.hpp>
 #include <boost/asio/thread_pool.hpp>
 #include <condition_variable>
+#include <cstring>
 #include <mutex>
 #include <thread>
 
@@ -62,6 +63,8 @@ void Workers::Begin() {
 }
 
 void Workers::BeginStage(char const* activity, double from, double to) {
+  // However short a stage is, it is heard of.
+  if (std::strcmp(activity, activity_) != 0) lastReport_ = {};
   activity_ = activity;
   stageBegin_ = from;
   stageEnd_ = to;

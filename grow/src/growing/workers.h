@@ -38,7 +38,8 @@ class Workers {
   /// Begins an operation: progress starts from 0, and an earlier cancellation is forgotten.
   void Begin();
   /// Says what is being done, and which part of the whole operation it is: tasks and calls of
-  /// `Advance` move the progress from `from` to `to`. `activity`: a literal.
+  /// `Advance` move the progress from `from` to `to`. `activity`: a literal. What was not being
+  /// done before is reported at once.
   void BeginStage(char const* activity, double from, double to);
   /// Of the present stage, the share that is done; never goes back. In other threads than the
   /// calling one the same as `Poll`.

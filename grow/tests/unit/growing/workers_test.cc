@@ -18,6 +18,7 @@
 namespace tree::grow {
 namespace {
 
+using ::testing::Contains;
 using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::Pair;
@@ -145,6 +146,22 @@ TEST(Workers, ReportWhatIsDoneAtTheBeginningOfAnOperation) {
 
   EXPECT_THAT(listener.fractions, ElementsAre(0.25));
   EXPECT_THAT(listener.activities, ElementsAre("sorting"));
+}
+
+TEST(Workers, ReportEveryNewActivityAtOnce) {
+  Workers workers(1);
+  Listener listener;
+  workers.SetListener(&listener);
+  workers.Begin();
+
+  for (int fold = 0; fold < 100; ++fold) {
+    double const done = fold / 100.0;
+    workers.BeginStage(fold < 50 ? "growing" : "testing", done, done + 0.01);
+  }
+
+  EXPECT_THAT(listener.activities, Contains("growing"));
+  EXPECT_THAT(listener.activities, Contains("testing"));
+  EXPECT_LT(listener.activities.size(), 100U);
 }
 
 TEST(Workers, ReportTheSharesOfTheStage) {
