@@ -6,10 +6,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
-#include <type_traits>
 
 #include "case_values.h"
 #include "flat_tree.h"
+#include "routing.h"
 
 // How eight cases get from a node to the next. What differs from routing.h is only how; the two are
 // tested against each other.
@@ -80,7 +80,7 @@ struct Steps {
 template <class Missing>
 TREE_AVX512_INLINE __mmask8 FindNulls(__m512d values) {
   static_assert(Missing::kHasNulls);
-  if constexpr (std::is_same_v<Missing, MissingOrNan>) {
+  if constexpr (Missing::kNanIsNull) {
     return _mm512_cmp_pd_mask(values, values, _CMP_UNORD_Q);
   } else {
     return _mm512_cmpeq_epi64_mask(_mm512_castpd_si512(values),
@@ -194,10 +194,22 @@ TREE_AVX512 __attribute__((noinline)) Steps TakeGeneralSteps(Slot const* slots,
 /// What nodes may be met.
 enum class NodesMet : std::uint8_t { kPlain, kOfTwoWays, kAny };
 
+/// The missing values of eight predictors.
+template <class Missing>
+TREE_AVX512_INLINE __m512d GetMissingValues(MissingValues<Missing> const& missing,
+                                            __m256i predictors) {
+  if constexpr (Missing::kByPredictor) {
+    return _mm512_mask_i32gather_pd(_mm512_setzero_pd(), kAll, predictors, missing.GetByPredictor(),
+                                    8);
+  } else {
+    return _mm512_set1_pd(missing.GetCommon());
+  }
+}
+
 /// The steps of `lanes` from nodes where they look at these values.
 template <class Missing, NodesMet Met>
 TREE_AVX512_INLINE Steps TakeSteps(Slot const* slots, SlotVector const& nodes, __m512d values,
-                                   double missingValue, __mmask8 lanes) {
+                                   __m512d missingValues, __mmask8 lanes) {
   __m256i const links = nodes.GetLinks();
   __m256i const words = nodes.GetWords();
   auto right = static_cast<unsigned int>(
@@ -205,7 +217,7 @@ TREE_AVX512_INLINE Steps TakeSteps(Slot const* slots, SlotVector const& nodes, _
   unsigned int areSlow = 0;
   constexpr bool kMayBeSlow = Met != NodesMet::kPlain;
   if constexpr (Missing::kMayMiss) {
-    unsigned int areMissing = _mm512_cmp_pd_mask(values, _mm512_set1_pd(missingValue), _CMP_EQ_OQ);
+    unsigned int areMissing = _mm512_cmp_pd_mask(values, missingValues, _CMP_EQ_OQ);
     if constexpr (Missing::kHasNulls) {
       areMissing |= FindNulls<Missing>(values);
       right = (right & ~areMissing) | (areMissing & Test(words, Slot::kMissingRight));

@@ -35,7 +35,7 @@ class VectorScorer {
                                   std::size_t begin)
       : tree_(tree),
         slots_(tree.GetSlots()),
-        missingValue_(tree.GetHeader().missingValue),
+        missing_(tree),
         levels_(tree.GetPlainLevels(Missing::kMayMiss)),
         gather_(gather),
         values_(values),
@@ -92,7 +92,7 @@ class VectorScorer {
   TREE_AVX512_INLINE Steps Take(SlotVector const& nodes, __m256i places, __mmask8 lanes) const {
     __m256i const predictors = _mm256_and_si256(nodes.GetWords(), Broadcast(Slot::kPredictorMask));
     return TakeSteps<Missing, Met>(slots_, nodes, gather_.Get(places, predictors, lanes),
-                                   missingValue_, lanes);
+                                   GetMissingValues(missing_, predictors), lanes);
   }
 
   template <NodesMet Met>
@@ -133,8 +133,8 @@ class VectorScorer {
     unsigned int stillMoving = 0;
     for (; lanes != 0; lanes &= lanes - 1) {
       auto const lane = static_cast<unsigned int>(__builtin_ctz(lanes));
-      std::uint32_t const next = FollowSlowly<Missing>(
-          slots_, slots_[laneNodes[lane]], missingValue_, values_, begin_ + lanePlaces[lane]);
+      std::uint32_t const next = FollowSlowly<Missing>(slots_, slots_[laneNodes[lane]], missing_,
+                                                       values_, begin_ + lanePlaces[lane]);
       laneNodes[lane] = next;
       if (slots_[next].GetKind() != Kind::kEnd) stillMoving |= 1U << lane;
     }
@@ -144,7 +144,7 @@ class VectorScorer {
 
   FlatTree const& tree_;
   Slot const* slots_;
-  double missingValue_;
+  MissingValues<Missing> missing_;
   PlainLevels levels_;
   Gather gather_;
   Values values_;
@@ -191,14 +191,17 @@ ScoreBlock Choose(MissingKind missing) {
   switch (missing) {
     case MissingKind::kNever:
       return &Way::template Score<NeverMissing>;
-    case MissingKind::kOrNan:
-      return &Way::template Score<MissingOrNan>;
     case MissingKind::kByBits:
     case MissingKind::kByValue:
-    case MissingKind::kOrNull:
-      break;
+      return &Way::template Score<MissingByValue>;
+    case MissingKind::kByPredictor:
+      return &Way::template Score<ByPredictor<MissingByValue>>;
+    case MissingKind::kOrNan:
+      return &Way::template Score<MissingOrNan>;
+    case MissingKind::kByPredictorOrNan:
+      return &Way::template Score<ByPredictor<MissingOrNan>>;
   }
-  return &Way::template Score<MissingByValue>;
+  return nullptr;
 }
 
 template <class Value>
@@ -239,7 +242,10 @@ ScoreBlock ChooseAvx512ScoreBlock(FlatTree const& tree, Cases const& cases, bool
     case Layout::kAny:
       break;
   }
-  return fitTiles ? &InTiles<double, AnyCopy>::Score<MissingOrNull> : nullptr;
+  if (!fitTiles) return nullptr;
+  using InAnyTiles = InTiles<double, AnyCopy>;
+  return tree.HasOwnMissingValues() ? &InAnyTiles::Score<ByPredictor<MissingOrNull>>
+                                    : &InAnyTiles::Score<MissingOrNull>;
 }
 
 }  // namespace tree::score

@@ -29,7 +29,7 @@ class BlockScorer {
  public:
   BlockScorer(FlatTree const& tree, Values const& values, Rows const& rows)
       : slots_(tree.GetSlots()),
-        missingValue_(tree.GetHeader().missingValue),
+        missing_(tree),
         levels_(tree.GetPlainLevels(Missing::kMayMiss)),
         values_(values),
         rows_(rows) {}
@@ -48,8 +48,13 @@ class BlockScorer {
   }
 
  private:
-  double GetValue(std::uint32_t place, std::uint32_t node) const {
-    return values_.Get(rows_.GetRow(place), slots_[node].GetPredictor());
+  // Without a branch.
+  template <bool Plain>
+  Step TakeStepOf(std::uint32_t place, std::uint32_t position) const {
+    Slot const& node = slots_[position];
+    std::uint32_t const predictor = node.GetPredictor();
+    double const value = values_.Get(rows_.GetRow(place), predictor);
+    return TakeStep<Missing, Plain>(node, value, missing_.Get(predictor));
   }
 
   void PassPlainLevels(std::uint32_t size, std::uint32_t* nodes) const {
@@ -59,20 +64,18 @@ class BlockScorer {
       std::uint32_t lanes[kLanes] = {};
       for (std::uint32_t level = 0; level < count; ++level) {
         for (std::uint32_t lane = 0; lane < kLanes; ++lane) {
-          lanes[lane] = TakePlainStep(lanes[lane], place + lane);
+          lanes[lane] = TakeStepOf<true>(place + lane, lanes[lane]).next;
         }
       }
       std::copy_n(lanes, kLanes, nodes + place);
     }
     for (; place < size; ++place) {
       std::uint32_t node = 0;
-      for (std::uint32_t level = 0; level < count; ++level) node = TakePlainStep(node, place);
+      for (std::uint32_t level = 0; level < count; ++level) {
+        node = TakeStepOf<true>(place, node).next;
+      }
       nodes[place] = node;
     }
-  }
-
-  std::uint32_t TakePlainStep(std::uint32_t node, std::uint32_t place) const {
-    return TakeStep<Missing, true>(slots_[node], GetValue(place, node), missingValue_).next;
   }
 
   // Takes those that are on their way down by one level, and gives the number of those that still
@@ -84,8 +87,7 @@ class BlockScorer {
     for (std::uint32_t index = 0; index < size; ++index) {
       std::uint32_t const node = nodes_[index];
       std::uint32_t const place = places_[index];
-      Step const step =
-          TakeStep<Missing, Plain>(slots_[node], GetValue(place, node), missingValue_);
+      Step const step = TakeStepOf<Plain>(place, node);
       positions[place] = step.next;
       if constexpr (!Plain) {
         slowNodes_[numSlow] = node;
@@ -98,8 +100,8 @@ class BlockScorer {
     }
     for (std::uint32_t index = 0; index < numSlow; ++index) {
       std::uint32_t const place = slowPlaces_[index];
-      std::uint32_t const next = FollowSlowly<Missing>(slots_, slots_[slowNodes_[index]],
-                                                       missingValue_, values_, rows_.GetRow(place));
+      std::uint32_t const next = FollowSlowly<Missing>(slots_, slots_[slowNodes_[index]], missing_,
+                                                       values_, rows_.GetRow(place));
       positions[place] = next;
       nodes_[numLeft] = next;
       places_[numLeft] = place;
@@ -109,7 +111,7 @@ class BlockScorer {
   }
 
   Slot const* slots_;
-  double missingValue_;
+  MissingValues<Missing> missing_;
   PlainLevels levels_;
   Values values_;
   Rows rows_;
@@ -145,13 +147,16 @@ ScoreBlock Choose(MissingKind missing, bool hasSelection) {
       return Choose<NeverMissing, Values>(hasSelection);
     case MissingKind::kByBits:
       return Choose<MissingByBits, Values>(hasSelection);
+    case MissingKind::kByValue:
+      return Choose<MissingByValue, Values>(hasSelection);
+    case MissingKind::kByPredictor:
+      return Choose<ByPredictor<MissingByValue>, Values>(hasSelection);
     case MissingKind::kOrNan:
       return Choose<MissingOrNan, Values>(hasSelection);
-    case MissingKind::kByValue:
-    case MissingKind::kOrNull:
-      break;
+    case MissingKind::kByPredictorOrNan:
+      return Choose<ByPredictor<MissingOrNan>, Values>(hasSelection);
   }
-  return Choose<MissingByValue, Values>(hasSelection);
+  return nullptr;
 }
 
 bool AreAll(Column const* columns, std::uint32_t count, ValueType type) {
@@ -174,8 +179,11 @@ Layout FindLayout(FlatTree const& tree, Cases const& cases) {
 }
 
 MissingKind FindMissingKind(FlatTree const& tree, Cases const& cases, Layout layout) {
-  if (layout == Layout::kAny) return MissingKind::kOrNull;
-  if (cases.GetNanMeaning() == NanMeaning::kMissing) return MissingKind::kOrNan;
+  bool const byPredictor = tree.HasOwnMissingValues();
+  if (cases.GetNanMeaning() == NanMeaning::kMissing) {
+    return byPredictor ? MissingKind::kByPredictorOrNan : MissingKind::kOrNan;
+  }
+  if (byPredictor) return MissingKind::kByPredictor;
   double const missing = tree.GetHeader().missingValue;
   bool const isFloat = layout == Layout::kFloatRows || layout == Layout::kFloatColumns;
   // What no value can be equal to need not be looked for.
@@ -199,7 +207,9 @@ ScoreBlock ChoosePortableScoreBlock(FlatTree const& tree, Cases const& cases, bo
     case Layout::kAny:
       break;
   }
-  return Choose<MissingOrNull, AnyColumnValues>(hasSelection);
+  return tree.HasOwnMissingValues()
+             ? Choose<ByPredictor<MissingOrNull>, AnyColumnValues>(hasSelection)
+             : Choose<MissingOrNull, AnyColumnValues>(hasSelection);
 }
 
 ScoreBlock ChooseScoreBlock(FlatTree const& tree, Cases const& cases, bool hasSelection) {

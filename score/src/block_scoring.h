@@ -27,8 +27,15 @@ ScoreBlock ChoosePortableScoreBlock(FlatTree const& tree, Cases const& cases, bo
 /// One for processors with AVX-512; null when this is none, or none of these cases.
 ScoreBlock ChooseAvx512ScoreBlock(FlatTree const& tree, Cases const& cases, bool hasSelection);
 
-/// What the values of cases can be missing by.
-enum class MissingKind : std::uint8_t { kNever, kByBits, kByValue, kOrNan, kOrNull };
+/// What values can be missing by, when bitmaps are not among it.
+enum class MissingKind : std::uint8_t {
+  kNever,
+  kByBits,
+  kByValue,
+  kByPredictor,
+  kOrNan,
+  kByPredictorOrNan,
+};
 
 /// How the cases lie in memory.
 enum class Layout : std::uint8_t { kDoubleRows, kFloatRows, kDoubleColumns, kFloatColumns, kAny };
@@ -36,7 +43,7 @@ enum class Layout : std::uint8_t { kDoubleRows, kFloatRows, kDoubleColumns, kFlo
 /// The layout of the cases, as far as the tree asks for them.
 Layout FindLayout(FlatTree const& tree, Cases const& cases);
 
-/// What binary nodes have to look for in cases of this layout.
+/// What binary nodes have to look for in cases of this layout; of any layout but `kAny`.
 MissingKind FindMissingKind(FlatTree const& tree, Cases const& cases, Layout layout);
 
 }  // namespace tree::score

@@ -88,13 +88,14 @@ class AnyColumnValues {
   bool nanIsNull_;
 };
 
-// How values say that they are missing. `IsMissing` is about the missing value of all binary nodes,
+// How values say that they are missing. `IsMissing` is about the missing value of a binary node,
 // and `IsNull` about no value at all, which is missing to every rule.
 
 /// Nothing is missing to a binary node.
 struct NeverMissing {
   static constexpr bool kMayMiss = false;
   static constexpr bool kHasNulls = false;
+  static constexpr bool kByPredictor = false;
   static bool IsMissing(double, double) { return false; }
   static bool IsNullValue(double) { return false; }
 };
@@ -103,16 +104,18 @@ struct NeverMissing {
 struct MissingByBits {
   static constexpr bool kMayMiss = true;
   static constexpr bool kHasNulls = false;
+  static constexpr bool kByPredictor = false;
   static bool IsMissing(double value, double missing) {
     return std::bit_cast<std::uint64_t>(value) == std::bit_cast<std::uint64_t>(missing);
   }
   static bool IsNullValue(double) { return false; }
 };
 
-/// The missing value, if it is zero: of either sign.
+/// The missing value; if it is zero, of either sign.
 struct MissingByValue {
   static constexpr bool kMayMiss = true;
   static constexpr bool kHasNulls = false;
+  static constexpr bool kByPredictor = false;
   static bool IsMissing(double value, double missing) { return value == missing; }
   static bool IsNullValue(double) { return false; }
 };
@@ -121,6 +124,8 @@ struct MissingByValue {
 struct MissingOrNan {
   static constexpr bool kMayMiss = true;
   static constexpr bool kHasNulls = true;
+  static constexpr bool kNanIsNull = true;
+  static constexpr bool kByPredictor = false;
   static bool IsMissing(double value, double missing) {
     return static_cast<int>(value == missing) + static_cast<int>(value != value) != 0;
   }
@@ -131,10 +136,18 @@ struct MissingOrNan {
 struct MissingOrNull {
   static constexpr bool kMayMiss = true;
   static constexpr bool kHasNulls = true;
+  static constexpr bool kNanIsNull = false;
+  static constexpr bool kByPredictor = false;
   static bool IsMissing(double value, double missing) {
     return static_cast<int>(value == missing) + static_cast<int>(IsNull(value)) != 0;
   }
   static bool IsNullValue(double value) { return IsNull(value); }
+};
+
+/// The same, where predictors differ in their missing values.
+template <class Missing>
+struct ByPredictor : Missing {
+  static constexpr bool kByPredictor = true;
 };
 
 }  // namespace tree::score

@@ -32,7 +32,8 @@ std::uint64_t ComputeSize(BlockHeader const& header) {
   std::uint64_t const slotBytes = std::uint64_t{header.numSlots} * sizeof(Slot);
   std::uint64_t const numProbabilities = std::uint64_t{header.numEnds} * header.numClasses;
   if (numProbabilities > kTooLarge / 32) return kTooLarge;
-  return sizeof(BlockHeader) + slotBytes + numProbabilities * sizeof(double);
+  return sizeof(BlockHeader) + slotBytes + numProbabilities * sizeof(double) +
+         header.numOwnMissingValues * sizeof(OwnMissingValue);
 }
 
 void CheckHeader(BlockHeader const& header, std::size_t size) {
@@ -51,7 +52,7 @@ void CheckHeader(BlockHeader const& header, std::size_t size) {
   if (header.checksum != ComputeChecksum(&header, size)) Refuse("its checksum is wrong");
   if (header.numSlots == 0) Refuse("it has no root");
   if (header.numPredictors > Slot::kPredictorMask + 1) Refuse("it has too many predictors");
-  if (header.hasPredictions > 1 || header.reserved != 0) Refuse("its header is damaged");
+  if (header.hasPredictions > 1) Refuse("its header is damaged");
 }
 
 float ToFloat(double value) {
@@ -60,6 +61,22 @@ float ToFloat(double value) {
     return static_cast<float>(value);
   }
   return std::numeric_limits<float>::quiet_NaN();
+}
+
+// The missing values of all predictors, if some have their own.
+std::vector<double> ReadMissingValues(BlockHeader const& header, OwnMissingValue const* own) {
+  if (header.numOwnMissingValues == 0) return {};
+  std::vector<double> values(header.numPredictors, header.missingValue);
+  std::uint64_t first = 0;
+  for (std::uint32_t index = 0; index < header.numOwnMissingValues; ++index) {
+    std::uint32_t const predictor = own[index].predictor;
+    if (predictor < first || predictor >= header.numPredictors || own[index].reserved != 0) {
+      Refuse("its missing values are damaged");
+    }
+    values[predictor] = own[index].value;
+    first = std::uint64_t{predictor} + 1;
+  }
+  return values;
 }
 
 /// Goes once through the slots, from the root on. A slot may refer to later ones alone, and each is
@@ -282,6 +299,9 @@ FlatTree::FlatTree(void const* block, std::size_t size)
   missingFloat_ = ToFloat(header_->missingValue);
   slots_ = reinterpret_cast<Slot const*>(bytes + sizeof(BlockHeader));
   probabilities_ = reinterpret_cast<double const*>(slots_ + header_->numSlots);
+  std::uint64_t const numProbabilities = std::uint64_t{header_->numEnds} * header_->numClasses;
+  missingValues_ = ReadMissingValues(
+      *header_, reinterpret_cast<OwnMissingValue const*>(probabilities_ + numProbabilities));
   SlotCheck check(*header_, slots_);
   check.Run();
   tests_ = check.GetTests();

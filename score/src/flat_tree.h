@@ -10,13 +10,13 @@
 
 namespace tree::score {
 
-/// What stands at the beginning of a block. After it come the slots, and then the class
-/// probabilities: `numClasses` doubles for each of the `numEnds` ends. Numbers are in the byte
-/// order of the machine that made the block.
+/// What stands at the beginning of a block. After it come the slots, then the class probabilities,
+/// `numClasses` doubles for each of the `numEnds` ends, and then the missing values of predictors
+/// that have their own. Numbers are in the byte order of the machine that made the block.
 struct BlockHeader {
   static constexpr char kMagic[8] = {'T', 'R', 'E', 'E', 'F', 'L', 'A', 'T'};
   static constexpr std::uint32_t kByteOrder = 0x01020304;
-  static constexpr std::uint32_t kVersion = 1;
+  static constexpr std::uint32_t kVersion = 2;
 
   char magic[8];
   std::uint32_t byteOrder;
@@ -30,12 +30,20 @@ struct BlockHeader {
   std::uint32_t numClasses;      // with probabilities; 0 without
   std::uint32_t depth;           // levels below the root
   std::uint32_t hasPredictions;  // 0 or 1
-  std::uint32_t reserved;        // 0
-  double missingValue;           // of all binary nodes
+  std::uint32_t numOwnMissingValues;
+  double missingValue;  // to binary nodes, of all predictors but those with their own
   // Two children that lie side by side lie in one line of the cache, when the block begins one.
   std::uint8_t padding[40];
 };
 static_assert(sizeof(BlockHeader) == 112);
+
+/// The missing value of a predictor, to binary nodes, when it is not that of most others.
+struct OwnMissingValue {
+  double value;
+  std::uint32_t predictor;  // above that of the one before
+  std::uint32_t reserved;   // 0
+};
+static_assert(sizeof(OwnMissingValue) == 16);
 
 /// How far down nothing but plain binary nodes stand, at which cases just go one way or the other.
 struct PlainLevels {
@@ -79,7 +87,11 @@ class FlatTree {
   double const* GetProbabilities(std::uint32_t place) const {
     return probabilities_ + std::size_t{place} * header_->numClasses;
   }
-  /// The missing value of binary nodes as a float; NaN when no float is equal to it.
+  /// Whether predictors differ in their missing values.
+  bool HasOwnMissingValues() const { return !missingValues_.empty(); }
+  /// The missing values to binary nodes, by predictor. Requires that they differ.
+  double const* GetMissingValues() const { return missingValues_.data(); }
+  /// The missing value of the header as a float; NaN when no float is equal to it.
   float GetMissingFloat() const { return missingFloat_; }
   /// Whether a rule tests the predictor. Requires an index below the number of predictors.
   bool Tests(std::uint32_t predictor) const { return tests_[predictor]; }
@@ -92,7 +104,8 @@ class FlatTree {
   Slot const* slots_;
   double const* probabilities_;
   float missingFloat_;
-  std::vector<bool> tests_;  // by predictor
+  std::vector<double> missingValues_;  // by predictor; empty when there is but one
+  std::vector<bool> tests_;            // by predictor
   PlainLevels missing_;
   PlainLevels complete_;
 };

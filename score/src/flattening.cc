@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+#include <map>
 #include <string>
 #include <typeinfo>
 #include <vector>
@@ -18,6 +19,11 @@ constexpr std::size_t kMaxSlots = std::numeric_limits<std::uint32_t>::max() - 1;
 constexpr std::size_t kCodesInNode = 64;
 
 std::uint32_t FlagIf(bool holds, std::uint32_t flag) { return holds ? flag : 0; }
+
+// Of NaN there is but one kind: nothing is equal to it.
+bool IsSame(double missingValue, double other) {
+  return missingValue == other || (std::isnan(missingValue) && std::isnan(other));
+}
 
 std::uint32_t ToLink(int child) { return child < 0 ? kNoChild : static_cast<std::uint32_t>(child); }
 
@@ -73,6 +79,7 @@ class Flattener {
   void PlaceChildren(Place const& place, std::uint32_t first, bool areReversed);
   void WriteEnds();
   void WriteClasses();
+  std::vector<OwnMissingValue> ListOwnMissingValues() const;
   BlockMemory MakeBlock() const;
 
   std::vector<Slot> slots_;
@@ -83,8 +90,8 @@ class Flattener {
   std::uint32_t numClasses_ = 0;
   bool hasPredictions_ = true;
   std::vector<double> probabilities_;
-  bool hasMissingValue_ = false;  // whether a binary node has chosen it
-  double missingValue_ = std::numeric_limits<double>::quiet_NaN();
+  std::map<int, double> missingValues_;                             // to binary nodes, by predictor
+  double missingValue_ = std::numeric_limits<double>::quiet_NaN();  // of the first of them
   // Of the node being written:
   RuleTable primary_;
   std::vector<RuleTable> surrogates_;
@@ -146,17 +153,14 @@ void Flattener::ReadOneRule(SplitRuleImp const* rule, int numChildren, RuleTable
 }
 
 // Whether the rule sends values up to a cut point to one of two children and those above it to the
-// other one, with the missing value of all such rules.
+// other one, with the missing value of all such rules of its predictor.
 bool Flattener::IsPlainCut(RuleTable const& rule) {
   if (!rule.ordered || rule.cuts.size() != 1) return false;
   int const below = rule.cuts.front().child;
   if (below < 0 || rule.upperChild < 0 || below + rule.upperChild != 1) return false;
-  if (!hasMissingValue_) {
-    hasMissingValue_ = true;
-    missingValue_ = rule.missingValue;
-  }
-  return missingValue_ == rule.missingValue ||
-         (std::isnan(missingValue_) && std::isnan(rule.missingValue));
+  if (missingValues_.empty()) missingValue_ = rule.missingValue;
+  auto const known = missingValues_.emplace(rule.predictor, rule.missingValue).first;
+  return IsSame(known->second, rule.missingValue);
 }
 
 bool Flattener::WriteTwoWays(Place const& place) {
@@ -189,8 +193,9 @@ bool Flattener::WriteTwoWays(Place const& place) {
               FlagIf(anyStay, Slot::kStays);
   if (isCut) {
     double const cutPoint = primary_.cuts.front().cutPoint;
-    bool const cutSendsRight = !(missingValue_ <= cutPoint);
-    bool const isDetour = !isSlow && !std::isnan(missingValue_) && cutSendsRight != missingRight;
+    double const missing = primary_.missingValue;
+    bool const cutSendsRight = !(missing <= cutPoint);
+    bool const isDetour = !isSlow && !std::isnan(missing) && cutSendsRight != missingRight;
     node.payload = std::bit_cast<std::uint64_t>(cutPoint);
     node.word |= KindBits(Kind::kBinary) | FlagIf(isDetour, Slot::kDetour);
   } else {
@@ -320,10 +325,22 @@ void Flattener::WriteClasses() {
   }
 }
 
+std::vector<OwnMissingValue> Flattener::ListOwnMissingValues() const {
+  std::vector<OwnMissingValue> own;
+  for (auto const& [predictor, value] : missingValues_) {
+    auto const index = static_cast<std::uint32_t>(predictor);
+    // A rule that was written otherwise in the end may have been the only one to ask for it.
+    if (!IsSame(value, missingValue_) && index < numPredictors_) own.push_back({value, index, 0});
+  }
+  return own;
+}
+
 BlockMemory Flattener::MakeBlock() const {
+  std::vector<OwnMissingValue> const own = ListOwnMissingValues();
   std::size_t const slotBytes = slots_.size() * sizeof(Slot);
   std::size_t const probabilityBytes = probabilities_.size() * sizeof(double);
-  BlockMemory block(sizeof(BlockHeader) + slotBytes + probabilityBytes);
+  std::size_t const ownBytes = own.size() * sizeof(OwnMissingValue);
+  BlockMemory block(sizeof(BlockHeader) + slotBytes + probabilityBytes + ownBytes);
 
   BlockHeader header{};
   std::memcpy(header.magic, BlockHeader::kMagic, sizeof(header.magic));
@@ -337,14 +354,19 @@ BlockMemory Flattener::MakeBlock() const {
   header.numClasses = numClasses_;
   header.depth = depth_;
   header.hasPredictions = hasPredictions_ ? 1 : 0;
+  header.numOwnMissingValues = static_cast<std::uint32_t>(own.size());
   header.missingValue = missingValue_;
 
-  std::byte* to = block.GetData();
+  std::byte* const to = block.GetData();
+  std::byte* next = to + sizeof(header);
+  auto const append = [&next](void const* from, std::size_t size) {
+    if (size > 0) std::memcpy(next, from, size);
+    next += size;
+  };
+  append(slots_.data(), slotBytes);
+  append(probabilities_.data(), probabilityBytes);
+  append(own.data(), ownBytes);
   std::memcpy(to, &header, sizeof(header));
-  std::memcpy(to + sizeof(header), slots_.data(), slotBytes);
-  if (probabilityBytes > 0) {
-    std::memcpy(to + sizeof(header) + slotBytes, probabilities_.data(), probabilityBytes);
-  }
   header.checksum = ComputeChecksum(to, block.GetSize());
   std::memcpy(to, &header, sizeof(header));
   return block;

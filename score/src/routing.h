@@ -47,6 +47,28 @@ inline std::uint32_t FindInterval(Slot const* cuts, std::uint32_t numCuts, std::
   return begin < numCuts ? cuts[begin].link : above;
 }
 
+/// The missing values to binary nodes.
+template <class Missing>
+class MissingValues {
+ public:
+  explicit MissingValues(FlatTree const& tree)
+      : common_(tree.GetHeader().missingValue), byPredictor_(tree.GetMissingValues()) {}
+
+  double Get([[maybe_unused]] std::uint32_t predictor) const {
+    if constexpr (Missing::kByPredictor) {
+      return byPredictor_[predictor];
+    } else {
+      return common_;
+    }
+  }
+  double GetCommon() const { return common_; }
+  double const* GetByPredictor() const { return byPredictor_; }
+
+ private:
+  double common_;
+  double const* byPredictor_;
+};
+
 /// The slot of the child of a general node.
 template <class Missing, class Values>
 std::uint32_t FollowGeneral(Slot const* slots, Slot const& node, Values const& values,
@@ -75,16 +97,18 @@ std::uint32_t FollowGeneral(Slot const* slots, Slot const& node, Values const& v
 /// The slot of the child of a node with two children for a case whose value of the node's rule is
 /// missing.
 template <class Missing, class Values>
-std::uint32_t FollowSurrogates(Slot const* slots, Slot const& node, double missingValue,
-                               Values const& values, std::size_t row) {
+std::uint32_t FollowSurrogates(Slot const* slots, Slot const& node,
+                               MissingValues<Missing> const& missing, Values const& values,
+                               std::size_t row) {
   std::uint32_t const stays = node.Has(Slot::kStays) ? 1 : 0;
   if (node.Has(Slot::kHasSurrogates)) {
     for (Slot const* surrogate = slots + node.link + 2 + stays;; ++surrogate) {
-      double const value = values.Get(row, surrogate->GetPredictor());
+      std::uint32_t const predictor = surrogate->GetPredictor();
+      double const value = values.Get(row, predictor);
       if (surrogate->GetKind() == Kind::kCodes) {
         std::uint32_t const child = FindInHalves(surrogate->payload, value);
         if (child != kNoChild) return node.link + child;
-      } else if (!Missing::IsMissing(value, missingValue)) {
+      } else if (!Missing::IsMissing(value, missing.Get(predictor))) {
         bool const isAbove = !(value <= surrogate->GetCut());
         return node.link + static_cast<std::uint32_t>(isAbove != surrogate->Has(Slot::kReversed));
       }
@@ -100,17 +124,18 @@ std::uint32_t FollowSurrogates(Slot const* slots, Slot const& node, double missi
 
 /// The slot of the child of a node that is not plain, or whose value is missing.
 template <class Missing, class Values>
-std::uint32_t FollowSlowly(Slot const* slots, Slot const& node, double missingValue,
-                           Values const& values, std::size_t row) {
+std::uint32_t FollowSlowly(Slot const* slots, Slot const& node,
+                           MissingValues<Missing> const& missing, Values const& values,
+                           std::size_t row) {
   if (node.GetKind() == Kind::kGeneral) return FollowGeneral<Missing>(slots, node, values, row);
   if (node.GetKind() == Kind::kBinary) {
-    return FollowSurrogates<Missing>(slots, node, missingValue, values, row);
+    return FollowSurrogates<Missing>(slots, node, missing, values, row);
   }
   double const value = values.Get(row, node.GetPredictor());
   if (node.Has(Slot::kSlow)) {
     std::uint32_t const child = FindInHalves(node.payload, value);
     if (child != kNoChild) return node.link + child;
-    return FollowSurrogates<Missing>(slots, node, missingValue, values, row);
+    return FollowSurrogates<Missing>(slots, node, missing, values, row);
   }
   std::uint32_t code = 0;
   bool const isCode = FindCode(value, 64, code);
@@ -146,61 +171,70 @@ inline Step TakeStep(Slot const& node, double value, double missingValue) {
 }
 
 /// A step of one case from any node. Apart from the likely steps, so that those stay short.
-template <class Value>
+template <class Missing, class Value>
 [[gnu::noinline, gnu::cold]] std::uint32_t FollowAny(FlatTree const& tree, std::uint32_t position,
                                                      Value const* values) {
   Slot const* const slots = tree.GetSlots();
   Slot const& node = slots[position];
-  double const missingValue = tree.GetHeader().missingValue;
+  MissingValues<Missing> const missing(tree);
   RowValues<Value> const row(values, 0);
-  double const value = row.Get(0, node.GetPredictor());
-  Step const step = TakeStep<MissingByValue, false>(node, value, missingValue);
+  std::uint32_t const predictor = node.GetPredictor();
+  double const value = row.Get(0, predictor);
+  Step const step = TakeStep<Missing, false>(node, value, missing.Get(predictor));
   if (step.isSlow == 0) return step.next;
-  return FollowSlowly<MissingByValue>(slots, node, missingValue, row, 0);
+  return FollowSlowly<Missing>(slots, node, missing, row, 0);
 }
 
-/// The first position from `position` on that is no plain node, or whose value is `suspect`, bit by
-/// bit. What is unlikely leaves the loop, so that a step is one taken branch.
-template <class Value>
+/// The first position from `position` on that is no plain node, or whose value may be missing
+/// (`isSuspect`, of a value and its predictor). What is unlikely leaves the loop, so that a step is
+/// one taken branch.
+template <class Value, class IsSuspect>
 inline std::uint32_t SkipPlain(Slot const* slots, std::uint32_t position, Value const* values,
-                               Value suspect) {
-  using Bits = std::conditional_t<sizeof(Value) == 8, std::uint64_t, std::uint32_t>;
-  auto const suspectBits = std::bit_cast<Bits>(suspect);
+                               IsSuspect const& isSuspect) {
   for (;;) {
     Slot const& node = slots[position];
     if ((node.word & Slot::kKindMask) != 0) [[unlikely]]
       return position;
-    Value const value = values[node.word & Slot::kPredictorMask];
-    if (std::bit_cast<Bits>(value) == suspectBits) [[unlikely]]
+    std::uint32_t const predictor = node.GetPredictor();
+    Value const value = values[predictor];
+    if (isSuspect(value, predictor)) [[unlikely]]
       return position;
     position =
         node.link + static_cast<std::uint32_t>(!(static_cast<double>(value) <= node.GetCut()));
   }
 }
 
-/// The position at which one case ends. Nothing can be done for other cases
-/// while the way of this one is found out, so what is unlikely is left to branches: only a value
-/// that is `suspect` may be missing.
-template <class Value>
-std::uint32_t FollowOne(FlatTree const& tree, Value const* values, Value suspect) {
+/// The position at which one case ends. Nothing can be done for other cases while the way of this
+/// one is found out, so what is unlikely is left to branches.
+template <class Missing, class Value, class IsSuspect>
+std::uint32_t FollowOne(FlatTree const& tree, Value const* values, IsSuspect const& isSuspect) {
   Slot const* const slots = tree.GetSlots();
-  std::uint32_t position = SkipPlain(slots, 0, values, suspect);
+  std::uint32_t position = SkipPlain(slots, 0, values, isSuspect);
   while (slots[position].GetKind() != Kind::kEnd) {
-    position = SkipPlain(slots, FollowAny(tree, position, values), values, suspect);
+    position = SkipPlain(slots, FollowAny<Missing>(tree, position, values), values, isSuspect);
   }
   return position;
 }
 
-/// The position at which one case ends.
+/// The position at which one case ends. `missing`: the missing value of the header, as a `Value`.
 template <class Value>
-std::uint32_t FindEnd(FlatTree const& tree, Value const* values, Value missingValue) {
-  if (missingValue != Value{0}) return FollowOne(tree, values, missingValue);
-  // Zero is missing whatever its sign, so that its bits do not tell.
-  std::uint32_t position = 0;
-  while (tree.GetSlots()[position].GetKind() != Kind::kEnd) {
-    position = FollowAny(tree, position, values);
+std::uint32_t FindEnd(FlatTree const& tree, Value const* values, Value missing) {
+  if (tree.HasOwnMissingValues()) {
+    return FollowOne<ByPredictor<MissingByValue>>(
+        tree, values, [all = tree.GetMissingValues()](Value value, std::uint32_t predictor) {
+          return static_cast<double>(value) == all[predictor];
+        });
   }
-  return position;
+  // Zero is missing whatever its sign, so that its bits do not tell.
+  if (missing == Value{0}) {
+    return FollowOne<MissingByValue>(tree, values,
+                                     [](Value value, std::uint32_t) { return value == Value{0}; });
+  }
+  using Bits = std::conditional_t<sizeof(Value) == 8, std::uint64_t, std::uint32_t>;
+  return FollowOne<MissingByValue>(
+      tree, values, [bits = std::bit_cast<Bits>(missing)](Value value, std::uint32_t) {
+        return std::bit_cast<Bits>(value) == bits;
+      });
 }
 
 }  // namespace tree::score

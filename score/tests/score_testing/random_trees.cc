@@ -92,18 +92,31 @@ std::unique_ptr<SplitRuleImp> MakeNominal(int numChildren, int predictor, Draw c
   return rule;
 }
 
-std::unique_ptr<SplitRuleImp> MakeBinary(int predictor, double cut, Draw const& draw) {
-  auto rule = std::make_unique<OSplitRule>(systemMissingValue(), predictor);
+std::unique_ptr<SplitRuleImp> MakeBinary(int predictor, double missingValue, double cut,
+                                         Draw const& draw) {
+  auto rule = std::make_unique<OSplitRule>(missingValue, predictor);
   rule->SetCutPoint(cut);
   if (draw(4) == 0) rule->AddMissingValueMapping(false);
   if (draw(2) == 0) rule->SetReverse();
   return rule;
 }
 
-std::unique_ptr<SplitRuleImp> MakeRule(TreeShape const& shape, int numChildren, double missingValue,
-                                       Draw const& draw) {
+// Of all predictors the same one, or each its own.
+std::vector<double> DrawMissingValues(TreeShape const& shape, Draw const& draw) {
+  bool const areOwn = draw(2) == 0;
+  double const common = shape.binaryOnly ? systemMissingValue() : DrawMissingValue(draw);
+  std::vector<double> values(shape.numPredictors, common);
+  if (areOwn) {
+    for (double& value : values) value = DrawMissingValue(draw);
+  }
+  return values;
+}
+
+std::unique_ptr<SplitRuleImp> MakeRule(TreeShape const& shape, int numChildren,
+                                       std::vector<double> const& missingValues, Draw const& draw) {
   auto const predictor = static_cast<int>(draw(shape.numPredictors));
-  if (shape.binaryOnly) return MakeBinary(predictor, DrawCut(draw), draw);
+  double const missingValue = missingValues[static_cast<std::size_t>(predictor)];
+  if (shape.binaryOnly) return MakeBinary(predictor, missingValue, DrawCut(draw), draw);
   if (draw(3) == 0) return MakeNominal(numChildren, predictor, draw);
   return MakeOrdinal(numChildren, predictor, draw(8) == 0 ? DrawMissingValue(draw) : missingValue,
                      draw);
@@ -138,7 +151,7 @@ std::unique_ptr<NodeImp> MakeTree(TreeShape const& shape, Draw const& draw) {
   std::vector<NodeImp*> nodes = {root.get()};
   std::vector<std::uint32_t> levels = {0};
   bool const classes = draw(2) == 0;
-  double const missingValue = shape.binaryOnly ? systemMissingValue() : DrawMissingValue(draw);
+  std::vector<double> const missingValues = DrawMissingValues(shape, draw);
   for (std::size_t next = 0; next < nodes.size(); ++next) {
     NodeImp& node = *nodes[next];
     node.SetId(static_cast<unsigned int>(next) + 1);
@@ -154,7 +167,7 @@ std::unique_ptr<NodeImp> MakeTree(TreeShape const& shape, Draw const& draw) {
     }
     auto const count = static_cast<int>(numChildren);
     node.SetNumCompetitors(1 + draw(2));  // a competitor that is not there changes nothing
-    node.SetCompetitor(0, MakeRule(shape, count, missingValue, draw).release());
+    node.SetCompetitor(0, MakeRule(shape, count, missingValues, draw).release());
     if (shape.placesAll || draw(4) != 0) {
       node.GetCompetitorImp(0)->SetDumbRule(DrawChild(draw, count, false), 1.0);
     } else if (draw(4) == 0) {
@@ -163,7 +176,7 @@ std::unique_ptr<NodeImp> MakeTree(TreeShape const& shape, Draw const& draw) {
     std::uint32_t const numSurrogates = !shape.placesAll && draw(3) == 0 ? draw(4) : 0;
     node.SetNumSurrogates(numSurrogates);
     for (std::uint32_t position = 0; position < numSurrogates; ++position) {
-      node.SetSurrogate(position, MakeRule(shape, count, missingValue, draw).release());
+      node.SetSurrogate(position, MakeRule(shape, count, missingValues, draw).release());
     }
   }
   return root;

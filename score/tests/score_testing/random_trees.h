@@ -21,13 +21,14 @@ Draw DrawFrom(std::uint8_t const* bytes, std::size_t size);
 struct TreeShape {
   std::uint32_t maxNumNodes = 40;
   std::uint32_t numPredictors = 6;
-  bool binaryOnly = false;  ///< binary ordinal rules with one missing value, as growers make them
-  bool placesAll = false;   ///< dumb rules at all nodes, and no surrogates
+  bool binaryOnly = false;          ///< binary ordinal rules, a predictor's with one missing value
+  bool placesAll = false;           ///< dumb rules at all nodes, and no surrogates
   std::uint32_t numFullLevels = 0;  ///< from the root on, without a terminal node
 };
 
 /// A tree of any kind that can be scored: ordinal and nominal rules of all sorts, several children,
-/// surrogates, missing values of their own, dumb rules or none. Identifiers count the nodes from 1.
+/// surrogates, missing values of rules and of predictors, dumb rules or none. Identifiers count the
+/// nodes from 1.
 std::unique_ptr<NodeImp> MakeTree(TreeShape const& shape, Draw const& draw);
 
 /// A value of the kind that makes a difference to such a tree: at cut points and next to them,

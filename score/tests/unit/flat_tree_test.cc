@@ -57,6 +57,11 @@ class DamagedBlock {
     return reinterpret_cast<Slot*>(bytes_.data() + sizeof(BlockHeader))[index];
   }
   std::vector<std::byte>& GetBytes() { return bytes_; }
+  /// The last of the missing values is at 0.
+  OwnMissingValue& GetMissingValue(std::size_t fromBehind) {
+    return *reinterpret_cast<OwnMissingValue*>(bytes_.data() + bytes_.size() -
+                                               (fromBehind + 1) * sizeof(OwnMissingValue));
+  }
   void Sign() { GetHeader().checksum = ComputeChecksum(bytes_.data(), bytes_.size()); }
 
   std::string Read() const {
@@ -95,6 +100,24 @@ DamagedBlock MakeBlockOfCodes() {
   return DamagedBlock(*root);
 }
 
+/// Its slots: 0 a node with a surrogate, over the ends 1 and 2; 3 the surrogate. The missing values
+/// of predictors 2 and 3 differ from that of 0.
+DamagedBlock MakeBlockOfMissingValues() {
+  auto const cutAt = [](int predictor, double missingValue) {
+    auto rule = std::make_unique<OSplitRule>(missingValue, predictor);
+    rule->SetCutPoint(1.0);
+    return rule;
+  };
+  auto const root =
+      ANode(1)
+          .SplitBy(cutAt(0, 2.0), ANode(2).Classes({1.0, 2.0}), ANode(3).Classes({1.0, 2.0}))
+          .Surrogate(cutAt(2, 3.0))
+          .Surrogate(cutAt(3, 4.0))
+          .Dumb(0)
+          .Build();
+  return DamagedBlock(*root);
+}
+
 struct Damage {
   char const* name;
   std::function<void(DamagedBlock&)> work;
@@ -108,7 +131,7 @@ TEST(FlatTree, RefusesADamagedHeader) {
       {"magic", [](DamagedBlock& b) { b.GetHeader().magic[0] = 'X'; }, "does not begin like one"},
       {"byte order", [](DamagedBlock& b) { b.GetHeader().byteOrder = 0x04030201; },
        "another byte order"},
-      {"version", [](DamagedBlock& b) { b.GetHeader().version = 2; }, "version 2, not 1"},
+      {"version", [](DamagedBlock& b) { b.GetHeader().version = 1; }, "version 1, not 2"},
       {"size", [](DamagedBlock& b) { b.GetHeader().size += 8; }, "bytes, not"},
       {"shortened", [](DamagedBlock& b) { b.GetBytes().pop_back(); }, "bytes, not"},
       {"slots", [](DamagedBlock& b) { b.GetHeader().numSlots += 1; }, "contradict"},
@@ -230,6 +253,44 @@ TEST(FlatTree, RefusesANodeWithCodesThatCannotBeFollowed) {
   }
 }
 
+TEST(FlatTree, RefusesMissingValuesOfNoPredictors) {
+  std::vector<Damage> const damages = {
+      {"beyond the last predictor", [](DamagedBlock& b) { b.GetMissingValue(0).predictor = 4; },
+       "missing values are damaged"},
+      {"twice", [](DamagedBlock& b) { b.GetMissingValue(0).predictor = 2; },
+       "missing values are damaged"},
+      {"out of order",
+       [](DamagedBlock& b) { std::swap(b.GetMissingValue(0), b.GetMissingValue(1)); },
+       "missing values are damaged"},
+      {"with more to them", [](DamagedBlock& b) { b.GetMissingValue(1).reserved = 1; },
+       "missing values are damaged"},
+      {"more of them", [](DamagedBlock& b) { b.GetHeader().numOwnMissingValues += 1; },
+       "contradict"},
+      {"many of them", [](DamagedBlock& b) { b.GetHeader().numOwnMissingValues = ~0U; },
+       "contradict"},
+  };
+  ASSERT_EQ(MakeBlockOfMissingValues().Read(), "accepted");
+  for (Damage const& each : damages) {
+    SCOPED_TRACE(each.name);
+    DamagedBlock block = MakeBlockOfMissingValues();
+    each.work(block);
+    block.Sign();
+
+    EXPECT_THAT(block.Read(), HasSubstr(each.reason));
+  }
+}
+
+TEST(FlatTree, KnowsTheMissingValuesOfPredictors) {
+  DamagedBlock block = MakeBlockOfMissingValues();
+  FlatTree const tree(block.GetBytes().data(), block.GetBytes().size());
+
+  ASSERT_TRUE(tree.HasOwnMissingValues());
+  EXPECT_EQ(std::vector<double>(tree.GetMissingValues(), tree.GetMissingValues() + 4),
+            (std::vector<double>{2.0, 2.0, 3.0, 4.0}));
+  DamagedBlock other;
+  EXPECT_FALSE(FlatTree(other.GetBytes().data(), other.GetBytes().size()).HasOwnMissingValues());
+}
+
 TEST(FlatTree, RefusesABlockWithoutARoot) {
   DamagedBlock block;
   block.GetHeader().numSlots = 0;
@@ -269,7 +330,9 @@ TEST(FlatTree, IsSafeToScoreWithWheneverItIsAccepted) {
   std::mt19937 engine(1);
   int numAccepted = 0;
   for (int round = 0; round < 20000; ++round) {
-    DamagedBlock block = round % 2 == 0 ? DamagedBlock() : MakeBlockOfCodes();
+    DamagedBlock block = round % 3 == 0   ? DamagedBlock()
+                         : round % 3 == 1 ? MakeBlockOfCodes()
+                                          : MakeBlockOfMissingValues();
     auto const numChanges = 1 + engine() % 3;
     for (unsigned int change = 0; change < numChanges; ++change) {
       std::size_t const place = 16 + engine() % (block.GetBytes().size() - 16);

@@ -77,34 +77,43 @@ TEST(Flattening, TakesSixteenBytesMoreForANodeWhereCasesCanEnd) {
   }
 }
 
-// A table of one cut point takes three slots.
-TEST(Flattening, TakesFortyEightBytesMoreForANodeWithAMissingValueOfItsOwn) {
+std::size_t SizeOfThreeNodes(std::unique_ptr<SplitRuleImp> upper,
+                             std::unique_ptr<SplitRuleImp> lower) {
+  auto const root = ANode(1)
+                        .SplitBy(std::move(upper), ANode(2).Regression(1.0, 1.0),
+                                 ANode(3)
+                                     .SplitBy(std::move(lower), ANode(4).Regression(1.0, 2.0),
+                                              ANode(5).Regression(1.0, 3.0))
+                                     .Dumb(1))
+                        .Dumb(0)
+                        .Build();
+  return Flatten(*root).GetSize();
+}
+
+TEST(Flattening, TakesSixteenBytesMoreForAPredictorWithAMissingValueOfItsOwn) {
   struct Case {
     char const* name;
-    double missingValue;
-    bool hasDumbRule;
-    std::size_t numSlots;
+    double upper;
+    double lower;
+    std::size_t numOwn;
   };
+  double const nan = std::numeric_limits<double>::quiet_NaN();
   Case const cases[] = {
-      {"that of the root", -9.0, true, 5},
-      {"another one", -8.0, true, 5 + 3},
-      {"another one, where cases can end", -8.0, false, 5 + 3 + 1},
+      {"one", -9.0, -9.0, 0}, {"two", -9.0, -8.0, 1},         {"zeros", 0.0, -0.0, 0},
+      {"none", nan, nan, 0},  {"one and none", -9.0, nan, 1}, {"none and one", nan, -9.0, 1},
   };
   for (Case const& each : cases) {
     SCOPED_TRACE(each.name);
-    auto rule = CutAt(1, 2.0, each.missingValue);
-    if (each.hasDumbRule) rule->SetDumbRule(1, 1.0);
-    auto const root = ANode(1)
-                          .SplitBy(CutAt(0, 1.0, -9.0), ANode(2).Regression(1.0, 1.0),
-                                   ANode(3)
-                                       .SplitBy(std::move(rule), ANode(4).Regression(1.0, 2.0),
-                                                ANode(5).Regression(1.0, 3.0))
-                                       .Regression(2.0, 2.5))
-                          .Dumb(0)
-                          .Build();
 
-    EXPECT_EQ(Flatten(*root).GetSize(), sizeof(BlockHeader) + each.numSlots * 16);
+    EXPECT_EQ(SizeOfThreeNodes(CutAt(0, 1.0, each.upper), CutAt(1, 2.0, each.lower)),
+              sizeof(BlockHeader) + 5 * sizeof(Slot) + each.numOwn * 16);
   }
+}
+
+// A table of one cut point takes three slots.
+TEST(Flattening, TakesFortyEightBytesMoreForANodeWithAMissingValueOfItsOwn) {
+  EXPECT_EQ(SizeOfThreeNodes(CutAt(0, 1.0, -9.0), CutAt(0, 0.0, -8.0)),
+            sizeof(BlockHeader) + 5 * 16 + 48);
 }
 
 TEST(Flattening, TakesSixteenBytesASurrogate) {
