@@ -13,12 +13,12 @@ namespace {
 // memory, and few enough for its registers.
 constexpr std::uint32_t kLanes = 8;
 
-struct Sequence {
+struct InSequence {
   std::size_t begin;
   std::size_t GetRow(std::uint32_t place) const { return begin + place; }
 };
 
-struct Selection {
+struct Picked {
   std::size_t const* rows;
   std::size_t GetRow(std::uint32_t place) const { return rows[place]; }
 };
@@ -125,13 +125,13 @@ class BlockScorer {
 template <class Missing, class Values>
 void ScoreSequence(FlatTree const& tree, Cases const& cases, std::size_t const* /*selection*/,
                    std::size_t begin, std::uint32_t size, std::uint32_t* positions) {
-  BlockScorer<Missing, Values, Sequence>(tree, Values(cases), {begin}).Run(size, positions);
+  BlockScorer<Missing, Values, InSequence>(tree, Values(cases), {begin}).Run(size, positions);
 }
 
 template <class Missing, class Values>
 void ScoreSelection(FlatTree const& tree, Cases const& cases, std::size_t const* selection,
                     std::size_t begin, std::uint32_t size, std::uint32_t* positions) {
-  BlockScorer<Missing, Values, Selection>(tree, Values(cases), {selection + begin})
+  BlockScorer<Missing, Values, Picked>(tree, Values(cases), {selection + begin})
       .Run(size, positions);
 }
 

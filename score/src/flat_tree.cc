@@ -299,11 +299,11 @@ FlatTree::FlatTree(void const* block, std::size_t size)
   missingFloat_ = ToFloat(header_->missingValue);
   slots_ = reinterpret_cast<Slot const*>(bytes + sizeof(BlockHeader));
   probabilities_ = reinterpret_cast<double const*>(slots_ + header_->numSlots);
+  SlotCheck check(*header_, slots_);
+  check.Run();
   std::uint64_t const numProbabilities = std::uint64_t{header_->numEnds} * header_->numClasses;
   missingValues_ = ReadMissingValues(
       *header_, reinterpret_cast<OwnMissingValue const*>(probabilities_ + numProbabilities));
-  SlotCheck check(*header_, slots_);
-  check.Run();
   tests_ = check.GetTests();
   missing_ = check.GetPlainLevels(true);
   complete_ = check.GetPlainLevels(false);

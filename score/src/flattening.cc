@@ -32,6 +32,15 @@ bool FitsHalves(RuleTable const& rule) {
   return !rule.ordered && rule.codes.size() <= kCodesInHalf;
 }
 
+// Whether a case gets past the rule: it says of every value, and of missing ones, where they go.
+bool PlacesAll(RuleTable const& rule) {
+  // What a nominal rule does not map is missing to it.
+  if (rule.missingChild < 0 || !rule.ordered) return rule.missingChild >= 0;
+  return rule.upperChild >= 0 &&
+         std::all_of(rule.cuts.begin(), rule.cuts.end(),
+                     [](RuleTable::Cut const& cut) { return cut.child >= 0; });
+}
+
 std::uint64_t MakeHalves(RuleTable const& rule, int leftChild) {
   std::uint64_t halves = 0;
   for (std::size_t code = 0; code < rule.codes.size(); ++code) {
@@ -68,6 +77,7 @@ class Flattener {
 
   void WriteNode(Place const& place);
   void ReadRules(NodeImp const& node);
+  void DropRulesThatAreNeverAsked();
   void ReadOneRule(SplitRuleImp const* rule, int numChildren, RuleTable& table);
   bool IsPlainCut(RuleTable const& rule);
   bool WriteTwoWays(Place const& place);
@@ -94,8 +104,9 @@ class Flattener {
   double missingValue_ = std::numeric_limits<double>::quiet_NaN();  // of the first of them
   // Of the node being written:
   RuleTable primary_;
-  std::vector<RuleTable> surrogates_;
+  std::vector<RuleTable> surrogates_;  // those that a case may get to
   int dumbChild_ = -1;
+  bool anyStay_ = false;  // whether cases can end at it
 };
 
 BlockMemory Flattener::Run(NodeImp const& root) {
@@ -139,6 +150,20 @@ void Flattener::ReadRules(NodeImp const& node) {
     ReadOneRule(node.GetSurrogateImp(static_cast<unsigned int>(position)), numChildren,
                 surrogates_[position]);
   }
+  DropRulesThatAreNeverAsked();
+}
+
+void Flattener::DropRulesThatAreNeverAsked() {
+  anyStay_ = dumbChild_ < 0;
+  if (PlacesAll(primary_)) {
+    surrogates_.clear();
+    anyStay_ = false;
+    return;
+  }
+  auto const last = std::find_if(surrogates_.begin(), surrogates_.end(), PlacesAll);
+  if (last == surrogates_.end()) return;
+  surrogates_.erase(last + 1, surrogates_.end());
+  anyStay_ = false;
 }
 
 void Flattener::ReadOneRule(SplitRuleImp const* rule, int numChildren, RuleTable& table) {
@@ -167,30 +192,23 @@ bool Flattener::WriteTwoWays(Place const& place) {
   if (place.node->GetNumChildren() != 2) return false;
   bool const isCut = IsPlainCut(primary_);
   if (!isCut && (primary_.ordered || primary_.codes.size() > kCodesInNode)) return false;
-  bool const mapsMissing = primary_.missingChild >= 0;
-  // Where the rule places every case, nothing else is asked.
-  if (mapsMissing) surrogates_.clear();
   if (!std::all_of(surrogates_.begin(), surrogates_.end(), [this](RuleTable const& rule) {
         return FitsHalves(rule) || IsPlainCut(rule);
       })) {
     return false;
   }
-  auto const placesAll = std::find_if(surrogates_.begin(), surrogates_.end(),
-                                      [](RuleTable const& rule) { return rule.missingChild >= 0; });
-  bool const anyStay = !mapsMissing && placesAll == surrogates_.end() && dumbChild_ < 0;
-  if (placesAll != surrogates_.end()) surrogates_.erase(placesAll + 1, surrogates_.end());
-  bool const isSlow = anyStay || !surrogates_.empty();
+  bool const isSlow = anyStay_ || !surrogates_.empty();
   if (isSlow && !isCut && !FitsHalves(primary_)) return false;
 
   int const leftChild = isCut ? primary_.cuts.front().child : 0;
-  int const missingChild = mapsMissing ? primary_.missingChild : dumbChild_;
+  int const missingChild = primary_.missingChild >= 0 ? primary_.missingChild : dumbChild_;
   bool const missingRight = missingChild >= 0 && missingChild != leftChild;
-  std::uint32_t const group = AddSlots(2U + (anyStay ? 1U : 0U) + surrogates_.size());
+  std::uint32_t const group = AddSlots(2U + (anyStay_ ? 1U : 0U) + surrogates_.size());
   Slot& node = slots_[place.slot];
   node.link = group;
   node.word = NotePredictor(primary_) | FlagIf(missingRight, Slot::kMissingRight) |
               FlagIf(isSlow, Slot::kSlow) | FlagIf(!surrogates_.empty(), Slot::kHasSurrogates) |
-              FlagIf(anyStay, Slot::kStays);
+              FlagIf(anyStay_, Slot::kStays);
   if (isCut) {
     double const cutPoint = primary_.cuts.front().cutPoint;
     double const missing = primary_.missingValue;
@@ -204,7 +222,7 @@ bool Flattener::WriteTwoWays(Place const& place) {
   }
   PlaceChildren(place, group, leftChild == 1);
   std::uint32_t next = group + 2;
-  if (anyStay) ends_.push_back({place.node, next++, place.level, true});
+  if (anyStay_) ends_.push_back({place.node, next++, place.level, true});
   for (RuleTable const& rule : surrogates_) {
     slots_[next++] = MakeSurrogate(rule, leftChild, &rule == &surrogates_.back());
   }
@@ -225,14 +243,15 @@ Slot Flattener::MakeSurrogate(RuleTable const& rule, int leftChild, bool isLast)
 
 void Flattener::WriteGeneral(Place const& place) {
   auto const numChildren = static_cast<std::uint32_t>(place.node->GetNumChildren());
-  bool const anyStay = dumbChild_ < 0;
-  std::uint32_t const numPlaces = numChildren + (anyStay ? 1 : 0);
+  std::uint32_t const numPlaces = numChildren + (anyStay_ ? 1 : 0);
+  // Nothing is left over where the rules place all.
+  std::uint32_t const leftOver =
+      anyStay_ ? numChildren : static_cast<std::uint32_t>(std::max(dumbChild_, 0));
   std::uint32_t const group = AddSlots(numPlaces);
-  slots_[place.slot] = {
-      Pack(numPlaces, anyStay ? numChildren : static_cast<std::uint32_t>(dumbChild_)), group,
-      NotePredictor(primary_) | KindBits(Kind::kGeneral)};
+  slots_[place.slot] = {Pack(numPlaces, leftOver), group,
+                        NotePredictor(primary_) | KindBits(Kind::kGeneral)};
   PlaceChildren(place, group, false);
-  if (anyStay) ends_.push_back({place.node, group + numChildren, place.level, true});
+  if (anyStay_) ends_.push_back({place.node, group + numChildren, place.level, true});
   WriteRule(primary_, surrogates_.empty());
   for (RuleTable const& rule : surrogates_) WriteRule(rule, &rule == &surrogates_.back());
 }

@@ -80,11 +80,13 @@ void CheckCases(FlatTree const& tree, Cases const& cases) {
 
 void CheckOptions(Cases const& cases, ScoreOptions const& options) {
   if (options.numThreads < 0) throw InputError("the number of threads is negative");
-  if (options.selection == nullptr) return;
-  std::size_t const* const end = options.selection + options.selectionSize;
+  if (!options.selection.has_value() || options.selection->size == 0) return;
+  std::size_t const* const begin = options.selection->numbers;
+  if (begin == nullptr) throw InputError("the selection has no numbers");
+  std::size_t const* const end = begin + options.selection->size;
   std::size_t const numCases = cases.GetNumCases();
-  std::size_t const* const bad = std::find_if(
-      options.selection, end, [numCases](std::size_t number) { return number >= numCases; });
+  std::size_t const* const bad =
+      std::find_if(begin, end, [numCases](std::size_t number) { return number >= numCases; });
   if (bad != end) {
     throw InputError("case " + std::to_string(*bad) + " is selected, and there are " +
                      std::to_string(numCases));
@@ -110,9 +112,9 @@ class Call {
         writer_(writer),
         cases_(cases),
         positions_(positions),
-        selection_(options.selection),
-        numCases_(selection_ == nullptr ? cases.GetNumCases() : options.selectionSize),
-        scoreBlock_(ChooseScoreBlock(tree, cases, selection_ != nullptr)) {}
+        selection_(options.selection.value_or(Selection()).numbers),
+        numCases_(options.selection.has_value() ? options.selection->size : cases.GetNumCases()),
+        scoreBlock_(ChooseScoreBlock(tree, cases, options.selection.has_value())) {}
 
   void Run(int numThreads) {
     std::size_t const wanted =

@@ -2,6 +2,7 @@
 
 #include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <stdexcept>
 #include <string>
@@ -9,6 +10,7 @@
 #include "block_scoring.h"
 #include "flat_tree.h"
 #include "flattening.h"
+#include "score_testing/guarded_memory.h"
 #include "tree/score/scorer.h"
 
 namespace tree::score::testing {
@@ -29,6 +31,10 @@ struct Table {
     return {begin, begin + static_cast<std::ptrdiff_t>(numPredictors)};
   }
 };
+
+bool HaveSameBits(double a, double b) {
+  return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
+}
 
 void Fail(std::string const& what, std::size_t row) {
   throw std::logic_error(what + ": case " + std::to_string(row) + " ends elsewhere");
@@ -100,8 +106,7 @@ class Agreement {
       std::size_t const count = isSelected ? selection_.size() : table_.numCases;
       std::vector<std::uint32_t> positions(count);
       ScoreOptions options;
-      options.selection = selection;
-      options.selectionSize = selection_.size();
+      if (isSelected) options.selection = Selection{selection, count};
       options.numThreads = 1;
       Answers answers;
       answers.positions = positions.data();
@@ -130,8 +135,8 @@ class Agreement {
   }
 
   template <class Value>
-  std::vector<Value> MakeRows(std::size_t stride) const {
-    std::vector<Value> rows(table_.numCases * stride);
+  GuardedVector<Value> MakeRows(std::size_t stride) const {
+    GuardedVector<Value> rows(table_.numCases * stride);
     for (std::size_t row = 0; row < table_.numCases; ++row) {
       for (std::size_t predictor = 0; predictor < table_.numPredictors; ++predictor) {
         rows[row * stride + predictor] = Convert<Value>(table_.GetRow(row)[predictor]);
@@ -141,8 +146,8 @@ class Agreement {
   }
 
   template <class Value>
-  std::vector<std::vector<Value>> MakeColumns(std::size_t stride) const {
-    std::vector<std::vector<Value>> columns(table_.numPredictors);
+  std::vector<GuardedVector<Value>> MakeColumns(std::size_t stride) const {
+    std::vector<GuardedVector<Value>> columns(table_.numPredictors);
     for (std::size_t predictor = 0; predictor < table_.numPredictors; ++predictor) {
       columns[predictor].resize(table_.numCases * stride);
       for (std::size_t row = 0; row < table_.numCases; ++row) {
@@ -156,7 +161,7 @@ class Agreement {
   void CheckRows(char const* what) const {
     for (std::size_t const padding : {0U, 3U}) {
       std::size_t const stride = table_.numPredictors + padding;
-      std::vector<Value> const rows = MakeRows<Value>(stride);
+      GuardedVector<Value> const rows = MakeRows<Value>(stride);
       Check(what, Cases::OfRows(rows.data(), table_.numCases, table_.numPredictors, stride));
     }
   }
@@ -164,7 +169,7 @@ class Agreement {
   template <class Value>
   void CheckColumns(char const* what) const {
     for (std::size_t const stride : {1U, 2U}) {
-      std::vector<std::vector<Value>> const data = MakeColumns<Value>(stride);
+      std::vector<GuardedVector<Value>> const data = MakeColumns<Value>(stride);
       std::vector<Column> columns;
       columns.reserve(data.size());
       for (auto const& values : data) {
@@ -176,7 +181,7 @@ class Agreement {
 
   template <class Value>
   void CheckOneByOne() const {
-    std::vector<Value> const rows = MakeRows<Value>(table_.numPredictors);
+    GuardedVector<Value> const rows = MakeRows<Value>(table_.numPredictors);
     for (std::size_t row = 0; row < table_.numCases; ++row) {
       std::uint32_t const position = scorer_.FindPosition(rows.data() + row * table_.numPredictors);
       if (scorer_.GetId(position) != expected_[row]) Fail("one by one", row);
@@ -184,7 +189,7 @@ class Agreement {
   }
 
   void CheckAnswers() const {
-    std::vector<double> const rows = MakeRows<double>(table_.numPredictors);
+    GuardedVector<double> const rows = MakeRows<double>(table_.numPredictors);
     std::size_t const numClasses = scorer_.GetNumClasses();
     std::vector<std::uint32_t> ids(table_.numCases);
     std::vector<double> predictions(table_.numCases);
@@ -198,11 +203,13 @@ class Agreement {
     for (std::size_t row = 0; row < table_.numCases; ++row) {
       NodeImp const& node = *nodes_[expected_[row] - 1];
       if (ids[row] != expected_[row]) Fail("identifiers", row);
-      if (predictions[row] != node.GetAssignment()) Fail("predictions", row);
+      if (!HaveSameBits(predictions[row], node.GetAssignment())) Fail("predictions", row);
       for (std::size_t index = 0; index < numClasses; ++index) {
         double const probability =
             node.GetClsInfo(TrainingSample)->GetClassProbability(static_cast<int>(index));
-        if (probabilities[row * numClasses + index] != probability) Fail("probabilities", row);
+        if (!HaveSameBits(probabilities[row * numClasses + index], probability)) {
+          Fail("probabilities", row);
+        }
       }
     }
   }
@@ -215,10 +222,10 @@ class Agreement {
       table_.isNull[index] = std::isnan(table_.values[index]);
     }
     FindNodes();
-    std::vector<Value> const rows = MakeRows<Value>(table_.numPredictors);
+    GuardedVector<Value> const rows = MakeRows<Value>(table_.numPredictors);
     Check(what, Cases::OfRows(rows.data(), table_.numCases, table_.numPredictors)
                     .WithNan(NanMeaning::kMissing));
-    std::vector<std::vector<Value>> const data = MakeColumns<Value>(1);
+    std::vector<GuardedVector<Value>> const data = MakeColumns<Value>(1);
     std::vector<Column> columns;
     columns.reserve(data.size());
     for (auto const& values : data) columns.emplace_back(values.data());
@@ -235,7 +242,7 @@ class Agreement {
       DrawNulls(draw);
       std::size_t const offset = draw(20);
       auto const bitmaps = MakeBitmaps(offset);
-      std::vector<std::vector<Value>> const data = MakeColumns<Value>(1);
+      std::vector<GuardedVector<Value>> const data = MakeColumns<Value>(1);
       std::vector<Column> columns;
       for (std::size_t predictor = 0; predictor < table_.numPredictors; ++predictor) {
         columns.push_back(
@@ -278,10 +285,10 @@ class Agreement {
   }
 
   // Of just as many bytes as are needed.
-  std::vector<std::vector<std::uint8_t>> MakeBitmaps(std::size_t offset) const {
+  std::vector<GuardedVector<std::uint8_t>> MakeBitmaps(std::size_t offset) const {
     std::size_t const numBytes = (offset + table_.numCases + 7) / 8;
-    std::vector<std::vector<std::uint8_t>> bitmaps(table_.numPredictors,
-                                                   std::vector<std::uint8_t>(numBytes));
+    std::vector<GuardedVector<std::uint8_t>> bitmaps(table_.numPredictors,
+                                                     GuardedVector<std::uint8_t>(numBytes));
     for (std::size_t index = 0; index < table_.values.size(); ++index) {
       if (table_.isNull[index]) continue;
       std::size_t const bit = offset + index / table_.numPredictors;

@@ -122,18 +122,31 @@ std::unique_ptr<SplitRuleImp> MakeRule(TreeShape const& shape, int numChildren,
                      draw);
 }
 
+double DrawMean(Draw const& draw) {
+  double const odd[] = {-0.0, kNan, kInfinity};
+  if (draw(16) == 0) return odd[draw(static_cast<std::uint32_t>(std::size(odd)))];
+  return static_cast<double>(draw(1000)) / 8.0;
+}
+
+// Whether the primary rule or the dumb rule has a child for every case.
+bool PlacesAll(NodeImp const& node) {
+  SplitRuleImp const& rule = *node.GetCompetitorImp(0);
+  bool const isNominal = dynamic_cast<NSplitRule const*>(&rule) != nullptr;
+  return rule.GetDumbChildPos() >= 0 || (isNominal && rule.GetMissingValueMapping() >= 0);
+}
+
 void FillStatistics(NodeImp& node, bool classes, Draw const& draw) {
   if (classes) {
     auto info = std::make_unique<ClsInfoImp>();
     info->SetNumClasses(3);
-    info->SetPrediction(static_cast<int>(draw(3)));
+    info->SetPrediction(static_cast<int>(draw(4)) - 1);
     for (int index = 0; index < 3; ++index) {
       info->SetClassProbability(index, static_cast<double>(draw(100)) / 100.0);
     }
     node.SetClsInfo(info.release(), TrainingSample);
   } else {
     auto info = std::make_unique<RegInfoImp>();
-    info->SetMean(static_cast<double>(draw(1000)) / 8.0);
+    info->SetMean(DrawMean(draw));
     node.SetRegInfo(info.release(), TrainingSample);
   }
 }
@@ -155,9 +168,11 @@ std::unique_ptr<NodeImp> MakeTree(TreeShape const& shape, Draw const& draw) {
   for (std::size_t next = 0; next < nodes.size(); ++next) {
     NodeImp& node = *nodes[next];
     node.SetId(static_cast<unsigned int>(next) + 1);
-    FillStatistics(node, classes, draw);
     bool const isInFullLevel = levels[next] < shape.numFullLevels;
-    if (!isInFullLevel && (nodes.size() >= shape.maxNumNodes || draw(4) == 0)) continue;
+    if (!isInFullLevel && (nodes.size() >= shape.maxNumNodes || draw(4) == 0)) {
+      FillStatistics(node, classes, draw);
+      continue;
+    }
     std::uint32_t const numChildren = shape.binaryOnly || draw(2) == 0 ? 2 : 1 + draw(4);
     node.SetNumChildren(static_cast<int>(numChildren));
     for (std::uint32_t child = 0; child < numChildren; ++child) {
@@ -173,6 +188,8 @@ std::unique_ptr<NodeImp> MakeTree(TreeShape const& shape, Draw const& draw) {
     } else if (draw(4) == 0) {
       node.GetCompetitorImp(0)->SetDumbRule(-7, 0.0);
     }
+    // Where no case ends, nothing has to be told.
+    if (!PlacesAll(node) || draw(2) == 0) FillStatistics(node, classes, draw);
     std::uint32_t const numSurrogates = !shape.placesAll && draw(3) == 0 ? draw(4) : 0;
     node.SetNumSurrogates(numSurrogates);
     for (std::uint32_t position = 0; position < numSurrogates; ++position) {

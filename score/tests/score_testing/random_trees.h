@@ -26,9 +26,9 @@ struct TreeShape {
   std::uint32_t numFullLevels = 0;  ///< from the root on, without a terminal node
 };
 
-/// A tree of any kind that can be scored: ordinal and nominal rules of all sorts, several children,
-/// surrogates, missing values of rules and of predictors, dumb rules or none. Identifiers count the
-/// nodes from 1.
+/// A tree of any kind that can be scored, with statistics wherever cases can end: ordinal and
+/// nominal rules of all sorts, several children, surrogates, missing values of rules and of
+/// predictors, dumb rules or none. Identifiers count the nodes from 1.
 std::unique_ptr<NodeImp> MakeTree(TreeShape const& shape, Draw const& draw);
 
 /// A value of the kind that makes a difference to such a tree: at cut points and next to them,

@@ -4,13 +4,18 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <filesystem>
+#include <fstream>
 #include <functional>
+#include <iterator>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "flattening.h"
+#include "score_testing/guarded_memory.h"
 #include "score_testing/random_trees.h"
+#include "score_testing/score_every_way.h"
 #include "testing/tree_builder.h"
 #include "tree/score/input_error.h"
 #include "tree/score/scorer.h"
@@ -57,6 +62,7 @@ class DamagedBlock {
     return reinterpret_cast<Slot*>(bytes_.data() + sizeof(BlockHeader))[index];
   }
   std::vector<std::byte>& GetBytes() { return bytes_; }
+  std::vector<std::byte> const& GetBytes() const { return bytes_; }
   /// The last of the missing values is at 0.
   OwnMissingValue& GetMissingValue(std::size_t fromBehind) {
     return *reinterpret_cast<OwnMissingValue*>(bytes_.data() + bytes_.size() -
@@ -324,10 +330,13 @@ TEST(FlatTree, RefusesABlockAtAnOddPlace) {
   }
 }
 
-// Whatever the damage, a block is refused, or can be scored with: under the sanitizers this shows
-// that nothing outside is read.
+// Whatever the damage, a block is refused, or can be scored with: under the sanitizers, and beside
+// a page that nobody may touch, this shows that nothing outside is read.
 TEST(FlatTree, IsSafeToScoreWithWheneverItIsAccepted) {
   std::mt19937 engine(1);
+  testing::Draw const draw = [&engine](std::uint32_t below) {
+    return static_cast<std::uint32_t>(engine() % below);
+  };
   int numAccepted = 0;
   for (int round = 0; round < 20000; ++round) {
     DamagedBlock block = round % 3 == 0   ? DamagedBlock()
@@ -341,16 +350,40 @@ TEST(FlatTree, IsSafeToScoreWithWheneverItIsAccepted) {
     block.Sign();
     if (block.Read() != "accepted") continue;
     ++numAccepted;
-    auto const scorer = Scorer::OverBlock(block.GetBytes().data(), block.GetBytes().size());
-    std::vector<double> rows(std::size_t{16} * scorer.GetNumPredictors());
-    for (double& value : rows) value = static_cast<double>(engine() % 5);
-    std::uint32_t positions[16];
-    Answers answers;
-    answers.positions = positions;
-    scorer.Score(Cases::OfRows(rows.data(), 16, scorer.GetNumPredictors()), answers);
-    for (std::uint32_t const position : positions) ASSERT_LT(position, scorer.GetNumPositions());
+    testing::GuardedVector<std::byte> const guarded(block.GetBytes().begin(),
+                                                    block.GetBytes().end());
+    ASSERT_NO_THROW(testing::ScoreEveryWay(guarded.data(), guarded.size(), draw)) << round;
   }
   EXPECT_GT(numAccepted, 100);
+}
+
+// A fuzzer that begins with nothing that is accepted hardly gets beyond the header.
+TEST(FlatTree, AcceptsTheSeedsOfItsFuzzer) {
+  std::mt19937 engine(1);
+  int numSeeds = 0;
+  for (auto const& entry : std::filesystem::directory_iterator(TREE_BLOCK_SEEDS)) {
+    SCOPED_TRACE(entry.path().filename().string());
+    ++numSeeds;
+    std::ifstream file(entry.path(), std::ios::binary);
+    std::string const bytes(std::istreambuf_iterator<char>(file), {});
+    testing::GuardedVector<char> const block(bytes.begin(), bytes.end());
+
+    EXPECT_NO_THROW(testing::ScoreEveryWay(
+        block.data(), block.size(),
+        [&engine](std::uint32_t below) { return static_cast<std::uint32_t>(engine() % below); }));
+  }
+  EXPECT_GT(numSeeds, 0);
+}
+
+TEST(FlatTree, RefusesEveryBlockWithAChangedBit) {
+  for (DamagedBlock const& whole : {DamagedBlock(), MakeBlockOfMissingValues()}) {
+    for (std::size_t bit = 0; bit < 8 * whole.GetBytes().size(); ++bit) {
+      DamagedBlock block = whole;
+      block.GetBytes()[bit / 8] ^= static_cast<std::byte>(1U << bit % 8);
+
+      ASSERT_NE(block.Read(), "accepted") << bit;
+    }
+  }
 }
 
 TEST(FlatTree, KnowsHowFarDownAllNodesArePlain) {

@@ -10,6 +10,7 @@
 
 #include "testing/probe_rule.h"
 #include "testing/small_stack.h"
+#include "testing/rule_builder.h"
 #include "testing/tree_builder.h"
 #include "tree/score/scorer.h"
 
@@ -126,6 +127,69 @@ TEST(Flattening, TakesSixteenBytesASurrogate) {
           .Build();
 
   EXPECT_EQ(Flatten(*root).GetSize(), sizeof(BlockHeader) + 5 * 16);
+}
+
+std::unique_ptr<SplitRuleImp> ByCodes(int numCodes, int numChildren) {
+  auto rule = std::make_unique<NSplitRule>(0, numCodes);
+  for (int code = 0; code < numCodes; ++code) rule->SetCatMapping(code, code % numChildren);
+  return rule;
+}
+
+std::unique_ptr<SplitRuleImp> ByThreeIntervals() {
+  return std::make_unique<OSplitRule>(tree::testing::ThreeWayRule());
+}
+
+// The root and three children, of which only those that cases end in have statistics.
+std::unique_ptr<NodeImp> ThreeWays(std::unique_ptr<SplitRuleImp> rule, bool mapsMissing) {
+  if (mapsMissing) rule->AddMissingValueMapping(false);
+  return ANode(1)
+      .SplitBy(std::move(rule), ANode(2).Regression(1.0, 1.0), ANode(3).Regression(1.0, 2.0),
+               ANode(4).Regression(1.0, 3.0))
+      .Build();
+}
+
+TEST(Flattening, HasNoEndAtANodeWhoseRulesPlaceEveryCase) {
+  struct Case {
+    char const* name;
+    std::unique_ptr<SplitRuleImp> (*makeRule)();
+    bool mapsMissing;
+    std::uint32_t numEnds;
+  };
+  constexpr Case kCases[] = {
+      {"codes", [] { return ByCodes(3, 3); }, true, 3},
+      {"codes, missing values left over", [] { return ByCodes(3, 3); }, false, 4},
+      {"many codes", [] { return ByCodes(100, 3); }, true, 3},
+      {"cut points", &ByThreeIntervals, true, 3},
+      {"cut points, missing values left over", &ByThreeIntervals, false, 4},
+      {"cut points, all above them left over",
+       [] {
+         auto rule = ByThreeIntervals();
+         rule->ReorderMappings({0, 1, -1});
+         return rule;
+       },
+       true, 4},
+  };
+  for (Case const& each : kCases) {
+    SCOPED_TRACE(each.name);
+    auto const root = ThreeWays(each.makeRule(), each.mapsMissing);
+
+    BlockHeader const header = FlatTree(Flatten(*root)).GetHeader();
+
+    EXPECT_EQ(header.numEnds, each.numEnds);
+    EXPECT_EQ(header.hasPredictions, each.numEnds == 3 ? 1U : 0U);
+  }
+}
+
+TEST(Flattening, HasNoEndAtANodeWhoseSurrogatesPlaceEveryCase) {
+  auto surrogate = ByCodes(3, 3);
+  surrogate->AddMissingValueMapping(false);
+  auto const root = ANode(1)
+                        .SplitBy(ByThreeIntervals(), ANode(2).Regression(1.0, 1.0),
+                                 ANode(3).Regression(1.0, 2.0), ANode(4).Regression(1.0, 3.0))
+                        .Surrogate(std::move(surrogate))
+                        .Build();
+
+  EXPECT_EQ(FlatTree(Flatten(*root)).GetHeader().numEnds, 3U);
 }
 
 TEST(Flattening, LeavesOutSurrogatesThatAreNeverAsked) {

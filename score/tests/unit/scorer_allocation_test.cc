@@ -175,8 +175,7 @@ TEST(Scorer, AllocatesNothingToScoreInOneThread) {
                                  probabilities.data()};
         ScoreOptions options;
         options.numThreads = 1;
-        options.selection = selection;
-        options.selectionSize = kNumCases;
+        if (selection != nullptr) options.selection = Selection{selection, kNumCases};
         long const before = tree::testing::CountAllocations();
 
         scorer.Score(cases, answers, options);

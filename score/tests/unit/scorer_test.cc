@@ -235,12 +235,25 @@ TEST(Scorer, AnswersForASelection) {
   Answers answers;
   answers.ids = ids;
   ScoreOptions options;
-  options.selection = selection;
-  options.selectionSize = 4;
+  options.selection = Selection{selection, 4};
 
   scorer.Score(Cases::OfRows(kRows, 3, 2), answers, options);
 
   EXPECT_THAT(ids, ElementsAre(5, 2, 5, 4));
+}
+
+TEST(Scorer, AnswersForNoneWithAnEmptySelection) {
+  auto const root = MakeTree();
+  Scorer const scorer = Scorer::FromTree(*root);
+  std::uint32_t ids[] = {77, 77, 77};
+  Answers answers;
+  answers.ids = ids;
+  ScoreOptions options;
+  options.selection = Selection{std::vector<std::size_t>().data(), 0};
+
+  scorer.Score(Cases::OfRows(kRows, 3, 2), answers, options);
+
+  EXPECT_THAT(ids, ElementsAre(77, 77, 77));
 }
 
 TEST(Scorer, DoesNotNeedColumnsThatTheTreeDoesNotAskFor) {
@@ -358,8 +371,7 @@ TEST(Scorer, RefusesWhatItCannotScore) {
   Column const columns[] = {Column(kRows), Column()};
   std::size_t const selection[] = {1, 3};
   ScoreOptions beyond;
-  beyond.selection = selection;
-  beyond.selectionSize = 2;
+  beyond.selection = Selection{selection, 2};
   ScoreOptions negative;
   negative.numThreads = -1;
   Cases const rows = Cases::OfRows(kRows, 3, 2);

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "score_testing/random_trees.h"
+#include "testing/failing_allocator.h"
 #include "tree/score/scorer.h"
 
 namespace tree::score {
@@ -85,8 +87,7 @@ class ScorerThreads : public ::testing::Test {
                    std::vector<double>(count * scorer.GetNumClasses(), filler)};
     ScoreOptions options;
     options.numThreads = numThreads;
-    options.selection = isSelected ? selection_.data() : nullptr;
-    options.selectionSize = selection_.size();
+    if (isSelected) options.selection = Selection{selection_.data(), selection_.size()};
     Answers answers = {all.positions.data(), all.ids.data(), all.predictions.data(),
                        all.probabilities.data()};
     if (!together) {
@@ -156,6 +157,25 @@ TEST_F(ScorerThreads, AnswerTheSameWhateverTheirNumber) {
       }
     }
   }
+}
+
+// The memory of a thread that is started counts for the one that starts it.
+TEST_F(ScorerThreads, AreStartedAsAskedFor) {
+  Scorer const scorer = Scorer::FromTree(*root_);
+  std::vector<std::uint32_t> positions(kNumCases);
+  auto const countAllocations = [&](int numThreads) {
+    ScoreOptions options;
+    options.numThreads = numThreads;
+    long const before = tree::testing::CountAllocations();
+    scorer.Score(Rows(), {positions.data(), nullptr, nullptr, nullptr}, options);
+    return tree::testing::CountAllocations() - before;
+  };
+
+  EXPECT_EQ(countAllocations(1), 0);
+  EXPECT_GT(countAllocations(2), 0);
+  EXPECT_GT(countAllocations(3), countAllocations(2));
+  EXPECT_EQ(countAllocations(0),
+            countAllocations(static_cast<int>(std::min(5U, std::thread::hardware_concurrency()))));
 }
 
 // Answers can be the same for every number of threads and wrong.

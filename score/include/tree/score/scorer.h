@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "tree/export.h"
 #include "tree/nodes.h"
@@ -39,13 +40,18 @@ struct Answers {
   double* probabilities = nullptr;
 };
 
+/// Some of the cases, by number from 0, in any order and any number of times.
+struct Selection {
+  /// **Borrowed**. Not looked at when `size` is 0.
+  std::size_t const* numbers = nullptr;
+  std::size_t size = 0;
+};
+
 /// How a call does its work.
 struct ScoreOptions {
-  /// The cases to answer for, by number, in any order and any number of times; null for all.
-  /// **Borrowed**.
-  std::size_t const* selection = nullptr;
-  /// Length of the selection; not looked at without one.
-  std::size_t selectionSize = 0;
+  /// The cases to answer for, in the order of the answers; all of them without a selection, none
+  /// with an empty one.
+  std::optional<Selection> selection;
   /// Number of threads, the calling one included; 0 for as many as the machine can run at a time.
   /// Answers are the same for every number. Small calls use fewer.
   int numThreads = 0;
@@ -80,8 +86,8 @@ class TREE_API Scorer {
   /// Scores cases: fills the arrays of `answers`. With one thread, nothing is allocated.
   /// Refuses, by `InputError` and before anything is written: cases with fewer predictors than
   /// `GetNumPredictors`; rows or a column without values that the tree asks for; a selected case
-  /// that is not there; a negative number of threads; and predictions or probabilities of a tree
-  /// without (`HasPredictions`, `GetNumClasses`).
+  /// that is not there, or a selection without numbers; a negative number of threads; and
+  /// predictions or probabilities of a tree without (`HasPredictions`, `GetNumClasses`).
   void Score(Cases const& cases, Answers const& answers, ScoreOptions const& options = {}) const;
 
   /// The position at which one case ends. `values`: `GetNumPredictors` values, by predictor index.
