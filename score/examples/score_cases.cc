@@ -1,5 +1,9 @@
 // Scores cases by a small tree in each way that there is.
 
+#include <fcntl.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
 #include <cstdint>
 #include <fstream>
 #include <iostream>
@@ -109,6 +113,17 @@ void ScoreAgain(tree::score::Scorer const& scorer, std::string const& path) {
   auto const same = tree::score::Scorer::FromBlock(block.data(), block.size());
   // [block]
   std::cout << same.GetNumNodes() << " nodes in " << same.GetSize() << " bytes\n";
+
+  double const person[] = {35.0, 0.0};
+  // [mapped]
+  int const opened = ::open(path.c_str(), O_RDONLY);
+  void* const mapped = ::mmap(nullptr, block.size(), PROT_READ, MAP_SHARED, opened, 0);
+  ::close(opened);
+  if (mapped == MAP_FAILED) return;
+  auto const inPlace = tree::score::Scorer::OverBlock(mapped, block.size());
+  std::cout << "mapped: node " << inPlace.GetId(inPlace.FindPosition(person)) << '\n';
+  // [mapped]
+  ::munmap(mapped, block.size());
 }
 
 }  // namespace
