@@ -8,6 +8,7 @@
 
 #include "chaid/category_tables.h"
 #include "chaid/class_groups.h"
+#include "chaid/counted_cases.h"
 #include "chaid/number_groups.h"
 #include "growing/fixed_point.h"
 #include "tree/grow/split_statistics.h"
@@ -113,33 +114,11 @@ void MapMissing(SplitRuleImp& rule, int child) {
   if (!isLast) rule.ReorderMappings(swapped);
 }
 
-/// So many predictors are counted in one pass over the cases: where each case adds is then read
-/// less often, and what one predictor adds need not wait for what it added just before.
+/// So many predictors are counted in one pass over the cases.
 constexpr std::size_t kCountedTogether = 2;
 
-/// A predictor whose tables of all nodes are being filled.
-template <class Entry>
-struct CountedPredictor {
-  Entry* table;  // [category][entry of a node]
-  std::uint16_t const* codes;
-  std::uint16_t missingRow;  // the category of missing values
-};
-
-/// Adds the cases from `begin` to `end` to the tables of `Number` predictors. `entries`: where in a
-/// row each case adds; `stride`: the size of a row.
-template <std::size_t Number, class Entry, class Add>
-void CountCases(CountedPredictor<Entry> const* predictors, std::span<std::uint32_t const> entries,
-                std::size_t stride, std::size_t begin, std::size_t end, Add const& add) {
-  // Copies that no sum can be taken for, so that they stay in registers.
-  std::array<CountedPredictor<Entry>, Number> counted;
-  std::copy_n(predictors, Number, counted.begin());
-  std::uint32_t const* const entryInRow = entries.data();
-  for (std::size_t index = begin; index < end; ++index) {
-    for (CountedPredictor<Entry> const& each : counted) {
-      std::size_t const row = std::min(each.codes[index], each.missingRow);
-      add(each.table + row * stride + entryInRow[index], index);
-    }
-  }
+CategoryCodes CodesOf(GrowingPredictor const& predictor) {
+  return {predictor.codes.data(), static_cast<std::uint16_t>(predictor.values.size())};
 }
 
 }  // namespace
@@ -171,11 +150,10 @@ ChaidMethod::ChaidMethod(TrainingData const& data, ChaidSettings const& settings
 
 /// Where each case adds to a row of entries for all nodes, and for the cases of no node behind
 /// them: the entries of its node begin at its position among `nodes` times the size of a row.
-/// `entryOf`: where in them the case adds.
-template <class EntryOf>
+template <class Cases>
 std::vector<std::uint32_t> ChaidMethod::EntriesOfCases(CaseLists const& lists,
                                                        std::span<GrowingNode const> nodes,
-                                                       EntryOf const& entryOf,
+                                                       Cases const& counted,
                                                        Workers& workers) const {
   std::vector<std::uint32_t> entries(data_.GetNumCases(),
                                      static_cast<std::uint32_t>(nodes.size() * rowSize_));
@@ -183,24 +161,25 @@ std::vector<std::uint32_t> ChaidMethod::EntriesOfCases(CaseLists const& lists,
     std::span<std::uint32_t const> const cases = lists.Cases(nodes[node].ranges);
     ForSlices(cases.size(), workers, [&](std::size_t begin, std::size_t end) {
       for (std::uint32_t const index : cases.subspan(begin, end - begin)) {
-        entries[index] = static_cast<std::uint32_t>(node * rowSize_ + entryOf(index));
+        entries[index] = static_cast<std::uint32_t>(node * rowSize_ + counted.EntryOf(index));
       }
     });
   });
   return entries;
 }
 
-/// Sums up the cases of each node by the categories of each predictor, and merges these. `entryOf`:
-/// where in a row a case adds; `add`: adds it to the entry there; `improve`: what groups of the
-/// categories of a table improve.
+/// Sums up the cases of each node by the categories of each predictor, and merges these. `improve`:
+/// what groups of the categories of a table improve.
 ///
 /// Where the nodes have most of the cases, all are read in their order, once for some predictors
 /// together, and each case finds the entry of its node. Otherwise the cases of one node are read
 /// after those of another.
-template <class Groups, class EntryOf, class Add, class Improve>
-std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
-    CaseLists const& lists, std::span<GrowingNode const> nodes, Groups const& groups,
-    EntryOf const& entryOf, Add const& add, Improve const& improve, Workers& workers) const {
+template <class Groups, class Cases, class Improve>
+std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(CaseLists const& lists,
+                                                        std::span<GrowingNode const> nodes,
+                                                        Groups const& groups, Cases const& counted,
+                                                        Improve const& improve,
+                                                        Workers& workers) const {
   using Entry = typename Groups::Entry;
   MergeSettings const settings{settings_.GetAlphaOfMerge(),
                                settings_.GetAlphaOfMergeSplit(),
@@ -235,27 +214,23 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
   }
   std::vector<std::uint32_t> const entries = together.empty()
                                                  ? std::vector<std::uint32_t>()
-                                                 : EntriesOfCases(lists, nodes, entryOf, workers);
+                                                 : EntriesOfCases(lists, nodes, counted, workers);
   std::size_t const numTasks = (together.size() + kCountedTogether - 1) / kCountedTogether;
   workers.Run(numTasks, [&](std::size_t task) {
     std::size_t const begin = task * kCountedTogether;
     std::size_t const end = std::min(together.size(), begin + kCountedTogether);
     std::vector<CategoryTables<Entry>> tables;  // by predictor; behind the nodes, of no node
-    std::vector<CountedPredictor<Entry>> counted;
+    std::vector<CategoryCodes> codes;
     for (std::size_t position = begin; position < end; ++position) {
-      GrowingPredictor const& predictor = predictors[together[position]];
       tables.emplace_back(numRows_[together[position]], nodes.size() + 1, rowSize_);
-      counted.push_back({tables.back().Row(0), predictor.codes.data(),
-                         static_cast<std::uint16_t>(predictor.values.size())});
+      codes.push_back(CodesOf(predictors[together[position]]));
     }
-    std::size_t const stride = tables.front().GetStride();
     ForSlices(data_.GetNumCases(), workers, [&](std::size_t first, std::size_t last) {
-      if (counted.size() == kCountedTogether) {
-        CountCases<kCountedTogether>(counted.data(), entries, stride, first, last, add);
+      if (tables.size() == kCountedTogether) {
+        CategoryTables<Entry>::template Add<kCountedTogether>(tables, codes, entries, first, last,
+                                                              counted);
       } else {
-        for (CountedPredictor<Entry> const& each : counted) {
-          CountCases<1>(&each, entries, stride, first, last, add);
-        }
+        CategoryTables<Entry>::template Add<1>(tables, codes, entries, first, last, counted);
       }
     });
     CategoryMerger<Groups> merger(groups, settings, &workers);
@@ -268,8 +243,7 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
     }
   });
   workers.Run(alone.size(), [&](std::size_t task) {
-    GrowingPredictor const& predictor = predictors[alone[task]];
-    auto const missingRow = static_cast<std::uint16_t>(predictor.values.size());
+    CategoryCodes const codes = CodesOf(predictors[alone[task]]);
     CategoryMerger<Groups> merger(groups, settings, &workers);
     CategoryTables<Entry> tables(numRows_[alone[task]], 1, rowSize_);
     std::vector<Entry> table;
@@ -277,10 +251,7 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindGroups(
       tables.Clear();
       std::span<std::uint32_t const> const cases = lists.Cases(nodes[node].ranges);
       ForSlices(cases.size(), workers, [&](std::size_t begin, std::size_t end) {
-        for (std::uint32_t const index : cases.subspan(begin, end - begin)) {
-          std::size_t const row = std::min(predictor.codes[index], missingRow);
-          add(tables.Row(row) + entryOf(index), index);
-        }
+        tables.Add(cases.subspan(begin, end - begin), codes, counted);
       });
       tables.CopyTable(0, table);
       merge(node, alone[task], merger, table);
@@ -302,21 +273,12 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindClassGroups(CaseLists const& li
   auto const improve = [&](MergedCategories const& merged, std::span<std::int64_t const> table) {
     return GiniOf(merged, table, rowSize_, weighted_ ? numClasses : 0, factors);
   };
-  auto const entryOf = [classes](std::size_t index) { return std::size_t{classes[index]}; };
-  auto const find = [&](auto const& add) {
-    return FindGroups(lists, nodes, groups, entryOf, add, improve, workers);
+  auto const find = [&](auto const& counted) {
+    return FindGroups(lists, nodes, groups, counted, improve, workers);
   };
-  if (weighted_) {
-    return find([&](std::int64_t* entry, std::size_t index) {
-      entry[0] += frequencies.Of(static_cast<std::uint32_t>(index));
-      entry[numClasses] += weights.Of(static_cast<std::uint32_t>(index));
-    });
-  }
-  if (!frequencies.multiples.empty()) {
-    return find(
-        [&](std::int64_t* entry, std::size_t index) { *entry += frequencies.multiples[index]; });
-  }
-  return find([](std::int64_t* entry, std::size_t) { ++*entry; });
+  if (weighted_) return find(WeightedCases(classes, numClasses, frequencies, weights));
+  if (frequencies.multiples.empty()) return find(SingleCases(classes));
+  return find(RepeatedCases(classes, frequencies.multiples.data()));
 }
 
 std::vector<ChaidMethod::Found> ChaidMethod::FindNumberGroups(CaseLists const& lists,
@@ -324,16 +286,12 @@ std::vector<ChaidMethod::Found> ChaidMethod::FindNumberGroups(CaseLists const& l
                                                               Workers& workers) const {
   FixedWeights const& frequencies = data_.GetFrequencies();
   FixedWeights const& weights = data_.GetWeights();
-  auto const add = [&](NumberSums* entry, std::size_t index) {
-    auto const number = static_cast<std::uint32_t>(index);
-    entry->AddCase(frequencies.Of(number), weights.Of(number), numbers_.multiples[index]);
-  };
   double const scale = numbers_.unit * numbers_.unit * weights.unit / totalWeight_;
   auto const improve = [&](MergedCategories const& merged, std::span<NumberSums const> table) {
     return SquaresBetween(merged, table) * scale;
   };
-  auto const entryOf = [](std::size_t) { return std::size_t{0}; };
-  return FindGroups(lists, nodes, NumberGroups(frequencies.unit), entryOf, add, improve, workers);
+  return FindGroups(lists, nodes, NumberGroups(frequencies.unit),
+                    NumberCases(numbers_, frequencies, weights), improve, workers);
 }
 
 std::vector<RuleList> ChaidMethod::FindSplits(CaseLists const& lists,

@@ -41,14 +41,14 @@ class ChaidMethod : public SplitMethod {
     MergedCategories merged;
     double improvement = 0.0;
   };
-  template <class EntryOf>
+  template <class Cases>
   std::vector<std::uint32_t> EntriesOfCases(CaseLists const& lists,
                                             std::span<GrowingNode const> nodes,
-                                            EntryOf const& entryOf, Workers& workers) const;
-  template <class Groups, class EntryOf, class Add, class Improve>
+                                            Cases const& counted, Workers& workers) const;
+  template <class Groups, class Cases, class Improve>
   std::vector<Found> FindGroups(CaseLists const& lists, std::span<GrowingNode const> nodes,
-                                Groups const& groups, EntryOf const& entryOf, Add const& add,
-                                Improve const& improve, Workers& workers) const;
+                                Groups const& groups, Cases const& counted, Improve const& improve,
+                                Workers& workers) const;
   std::vector<Found> FindClassGroups(CaseLists const& lists, std::span<GrowingNode const> nodes,
                                      Workers& workers) const;
   std::vector<Found> FindNumberGroups(CaseLists const& lists, std::span<GrowingNode const> nodes,

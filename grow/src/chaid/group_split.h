@@ -16,8 +16,8 @@ namespace tree::grow {
 
 /// Finds the most significant division of a group of categories into two groups that could have
 /// been merged. `Groups`: as for `CategoryMerger`, whose two spare groups it uses. All divisions
-/// are tried, save those of more nominal categories than `kMaxExhaustive` by more than two classes:
-/// of these the cuts in the order of `Groups::SortForCuts`.
+/// are tried, save those of more nominal categories than `kMaxExhaustive`: of these the cuts in the
+/// order of `Groups::SortForCuts`, one of which is the best of all where `Groups::AreCutsBest`.
 template <class Groups>
 class GroupSplit {
  public:
