@@ -19,10 +19,8 @@ namespace tree::score {
 /// Eight slots.
 struct SlotVector {
   __m512i payloads;
-  __m512i rests;  // the links, and above them the words
-
-  TREE_AVX512_INLINE __m256i GetLinks() const { return GetLow(rests); }
-  TREE_AVX512_INLINE __m256i GetWords() const { return GetHigh(rests); }
+  __m256i links;
+  __m256i words;
 };
 
 /// Nothing is read for lanes that are not asked for.
@@ -30,8 +28,10 @@ TREE_AVX512_INLINE SlotVector GatherSlots(Slot const* slots, __m256i positions,
                                           __mmask8 lanes = kAll) {
   __m512i const zeros = _mm512_setzero_si512();
   __m256i const index = _mm256_add_epi32(positions, positions);
-  return {_mm512_mask_i32gather_epi64(zeros, lanes, index, slots, 8),
-          _mm512_mask_i32gather_epi64(zeros, lanes, index, &slots->link, 8)};
+  // The links, and above them the words.
+  __m512i const rests = _mm512_mask_i32gather_epi64(zeros, lanes, index, &slots->link, 8);
+  return {_mm512_mask_i32gather_epi64(zeros, lanes, index, slots, 8), GetLow(rests),
+          GetHigh(rests)};
 }
 
 /// The slots at the front of a tree, in registers.
@@ -49,23 +49,36 @@ class Front {
     }
     __m512i const even = _mm512_setr_epi64(0, 2, 4, 6, 8, 10, 12, 14);
     __m512i const odd = _mm512_setr_epi64(1, 3, 5, 7, 9, 11, 13, 15);
+    __m512i rests[2];
     for (std::size_t half = 0; half < 2; ++half) {
       __m512i const low = parts[2 * half];
       __m512i const high = parts[2 * half + 1];
-      halves_[half] = {_mm512_permutex2var_epi64(low, even, high),
-                       _mm512_permutex2var_epi64(low, odd, high)};
+      payloads_[half] = _mm512_permutex2var_epi64(low, even, high);
+      rests[half] = _mm512_permutex2var_epi64(low, odd, high);
     }
+    links_ = Join(GetLow(rests[0]), GetLow(rests[1]));
+    words_ = Join(GetHigh(rests[0]), GetHigh(rests[1]));
   }
 
   /// Requires positions at the front.
   TREE_AVX512_INLINE SlotVector Get(__m256i positions) const {
-    __m512i const index = _mm512_cvtepu32_epi64(positions);
-    return {_mm512_permutex2var_epi64(halves_[0].payloads, index, halves_[1].payloads),
-            _mm512_permutex2var_epi64(halves_[0].rests, index, halves_[1].rests)};
+    return {_mm512_permutex2var_epi64(payloads_[0], _mm512_cvtepu32_epi64(positions), payloads_[1]),
+            Pick(positions, links_), Pick(positions, words_)};
   }
 
  private:
-  SlotVector halves_[2];
+  TREE_AVX512_INLINE static __m512i Join(__m256i low, __m256i high) {
+    return _mm512_inserti64x4(_mm512_castsi256_si512(low), high, 1);
+  }
+
+  TREE_AVX512_INLINE static __m256i Pick(__m256i positions, __m512i words) {
+    return _mm512_castsi512_si256(
+        _mm512_permutexvar_epi32(_mm512_castsi256_si512(positions), words));
+  }
+
+  __m512i payloads_[2];
+  __m512i links_;
+  __m512i words_;
 };
 
 /// What a step of eight cases comes to.
@@ -111,7 +124,7 @@ struct Sides {
 TREE_AVX512_INLINE Sides FindSidesByCode(__m512d values, SlotVector const& nodes) {
   Codes const found = FindCodes(values, Broadcast(64));
   unsigned int const areCodes = found.areCodes;
-  __m256i const words = nodes.GetWords();
+  __m256i const words = nodes.words;
   __m512i const sets = _mm512_srlv_epi64(nodes.payloads, _mm512_cvtepu32_epi64(found.codes));
   unsigned int const bySet = _mm512_test_epi64_mask(sets, _mm512_set1_epi64(1));
   // Of codes that are not in halves, nothing but zeros is shifted here.
@@ -151,10 +164,10 @@ TREE_AVX512 __attribute__((noinline)) Steps TakeGeneralSteps(Slot const* slots,
                                                              SlotVector const& nodes,
                                                              __m512d values, __mmask8 lanes) {
   __m256i const none = Broadcast(kNoChild);
-  __m256i const groups = nodes.GetLinks();
+  __m256i const groups = nodes.links;
   __m256i const positions = _mm256_add_epi32(groups, GetLow(nodes.payloads));
   SlotVector const rules = GatherSlots(slots, positions, lanes);
-  __m256i const words = rules.GetWords();
+  __m256i const words = rules.words;
   __m256i const sizes = GetLow(rules.payloads);
   __m256i const tables = _mm256_add_epi32(positions, Broadcast(2));
   __mmask8 const areOrdered = Test(words, GeneralRule::kOrdered) & lanes;
@@ -177,7 +190,7 @@ TREE_AVX512 __attribute__((noinline)) Steps TakeGeneralSteps(Slot const* slots,
     if constexpr (Missing::kHasNulls) areMissingHere |= FindNulls<Missing>(values);
     areMissing = (areMissing & ~unsigned{areOrdered}) | (areMissingHere & areOrdered);
   }
-  children = _mm256_mask_mov_epi32(children, MaskOfBits(areMissing), rules.GetLinks());
+  children = _mm256_mask_mov_epi32(children, MaskOfBits(areMissing), rules.links);
   unsigned int const arePlaced = _mm256_cmpneq_epi32_mask(children, none);
   unsigned int const areLast = Test(words, Slot::kLast);
   children =
@@ -210,8 +223,8 @@ TREE_AVX512_INLINE __m512d GetMissingValues(MissingValues<Missing> const& missin
 template <class Missing, NodesMet Met>
 TREE_AVX512_INLINE Steps TakeSteps(Slot const* slots, SlotVector const& nodes, __m512d values,
                                    __m512d missingValues, __mmask8 lanes) {
-  __m256i const links = nodes.GetLinks();
-  __m256i const words = nodes.GetWords();
+  __m256i const links = nodes.links;
+  __m256i const words = nodes.words;
   auto right = static_cast<unsigned int>(
       _mm512_cmp_pd_mask(values, _mm512_castsi512_pd(nodes.payloads), _CMP_NLE_UQ));
   unsigned int areSlow = 0;

@@ -17,11 +17,14 @@ namespace tree::score {
 namespace {
 
 constexpr std::uint32_t kVectors = 4;  // on their way at a time, while memory is waited for
+constexpr std::uint32_t kGroupSize = kVectors * kLanes;
 
 /// Cases on their way, by the lanes of a few vectors.
 struct Group {
   __m256i nodes[kVectors];
   __m256i places[kVectors];  // of the cases in the block
+  std::uint32_t first;       // place of the first one in the block
+  std::uint32_t called;      // place up to which values have been called for ahead
   __mmask8 areMoving[kVectors];
 };
 
@@ -37,16 +40,18 @@ class VectorScorer {
         slots_(tree.GetSlots()),
         missing_(tree),
         levels_(tree.GetPlainLevels(Missing::kMayMiss)),
+        callsPerStep_(levels_.count == 0 ? kGroupSize
+                                         : (kLanes + levels_.count - 1) / levels_.count),
         gather_(gather),
         values_(values),
         begin_(begin) {}
 
   TREE_AVX512_INLINE void Run(std::uint32_t size, std::uint32_t* positions) const {
-    constexpr std::uint32_t kStep = kVectors * kLanes;
     Front const front(tree_);
-    for (std::uint32_t place = 0; place < size; place += kStep) {
-      gather_.Prefetch(place, kStep);
+    for (std::uint32_t place = 0; place < size; place += kGroupSize) {
       Group group;
+      group.first = place;
+      group.called = place;
       for (std::uint32_t vector = 0; vector < kVectors; ++vector) {
         std::uint32_t const first = place + vector * kLanes;
         group.nodes[vector] = _mm256_setzero_si256();
@@ -56,9 +61,11 @@ class VectorScorer {
             _mm256_add_epi32(_mm256_setr_epi32(0, 1, 2, 3, 4, 5, 6, 7), Broadcast(first)),
             Broadcast(size - 1));
       }
+      if (levels_.count == 0) CallAhead(group);
       for (std::uint32_t level = 0; level < levels_.numAtFront; ++level) {
 #pragma GCC unroll 8
         for (std::uint32_t vector = 0; vector < kVectors; ++vector) {
+          CallAhead(group);
           SlotVector const nodes = front.Get(group.nodes[vector]);
           group.nodes[vector] = Take<NodesMet::kPlain>(nodes, group.places[vector], kAll).next;
         }
@@ -66,6 +73,7 @@ class VectorScorer {
       for (std::uint32_t level = levels_.numAtFront; level < levels_.count; ++level) {
 #pragma GCC unroll 8
         for (std::uint32_t vector = 0; vector < kVectors; ++vector) {
+          CallAhead(group);
           SlotVector const nodes = GatherSlots(slots_, group.nodes[vector]);
           group.nodes[vector] = Take<NodesMet::kPlain>(nodes, group.places[vector], kAll).next;
         }
@@ -88,9 +96,17 @@ class VectorScorer {
   }
 
  private:
+  // Calls for the values of later cases, a part at each step down the plain levels: all at once,
+  // they would hold up those that are needed now.
+  TREE_AVX512_INLINE void CallAhead(Group& group) const {
+    std::uint32_t const count = std::min(callsPerStep_, group.first + kGroupSize - group.called);
+    gather_.Prefetch(group.called, count);
+    group.called += count;
+  }
+
   template <NodesMet Met>
   TREE_AVX512_INLINE Steps Take(SlotVector const& nodes, __m256i places, __mmask8 lanes) const {
-    __m256i const predictors = _mm256_and_si256(nodes.GetWords(), Broadcast(Slot::kPredictorMask));
+    __m256i const predictors = _mm256_and_si256(nodes.words, Broadcast(Slot::kPredictorMask));
     return TakeSteps<Missing, Met>(slots_, nodes, gather_.Get(places, predictors, lanes),
                                    GetMissingValues(missing_, predictors), lanes);
   }
@@ -146,6 +162,7 @@ class VectorScorer {
   Slot const* slots_;
   MissingValues<Missing> missing_;
   PlainLevels levels_;
+  std::uint32_t callsPerStep_;  // cases
   Gather gather_;
   Values values_;
   std::size_t begin_;

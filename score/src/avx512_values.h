@@ -34,16 +34,17 @@ class RowGather {
         rowBytes_(cases.GetStride() * sizeof(Value)),
         stride_(Broadcast(static_cast<std::uint32_t>(cases.GetStride()))) {}
 
-  /// Has values fetched that will be looked at soon, when it is the turn of the `count` cases from
-  /// `place` on: those of as many cases after them at once, and, into a cache that has more room,
-  /// those of as many cases farther ahead. Asked for at once, they would come later.
+  /// When it is the turn of the `count` cases from `place` on, has values fetched of as many cases
+  /// that come soon after them, and, into a cache that has more room, of as many that come later.
   TREE_AVX512_INLINE void Prefetch(std::uint32_t place, std::uint32_t count) const {
     if (rowBytes_ > kMaxRowBytes) return;
-    std::size_t const bytes = count * rowBytes_;
-    char const* const next = reinterpret_cast<char const*>(first_) + place * rowBytes_ + bytes;
-    for (std::size_t byte = 0; byte < bytes; byte += 64) {
-      _mm_prefetch(next + byte, _MM_HINT_T0);
-      _mm_prefetch(next + kGroupsAhead * bytes + byte, _MM_HINT_T1);
+    std::size_t const begin = place * rowBytes_;
+    std::size_t const end = begin + count * rowBytes_;
+    char const* const soon = reinterpret_cast<char const*>(first_) + kCasesUntilSoon * rowBytes_;
+    char const* const later = reinterpret_cast<char const*>(first_) + kCasesUntilLater * rowBytes_;
+    for (std::size_t byte = (begin + 63) / 64 * 64; byte < end; byte += 64) {
+      _mm_prefetch(soon + byte, _MM_HINT_T0);
+      _mm_prefetch(later + byte, _MM_HINT_T1);
     }
   }
 
@@ -56,7 +57,8 @@ class RowGather {
  private:
   // Of longer rows too little is asked for.
   static constexpr std::size_t kMaxRowBytes = 512;
-  static constexpr std::size_t kGroupsAhead = 7;
+  static constexpr std::size_t kCasesUntilSoon = 32;
+  static constexpr std::size_t kCasesUntilLater = 256;
 
   Value const* first_;
   std::size_t rowBytes_;
