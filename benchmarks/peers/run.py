@@ -96,13 +96,14 @@ def count_for_chaid(program, cases):
     """CHAID beside a program that only counts and merges: the smallest of three runs of each."""
     done = subprocess.run([program, cases], capture_output=True, text=True, check=True)
     seconds = {}
+    leaves = {}
     for line in done.stdout.splitlines():
-        name, taken, _ = line.split()
+        name, taken, leaves[name] = line.split()
         seconds[name] = min(float(taken), seconds.get(name, float("inf")))
-    print_head(f"CHAID, {cases} cases x 20 predictors of 10 categories, 3 levels", "", "seconds",
-               "times the bare program")
+    print_head(f"CHAID, {cases} cases x 20 predictors of 10 categories, 3 levels", "",
+               "terminal nodes", "seconds", "times the bare program")
     for name, taken in seconds.items():
-        print(f"| {name} | {taken:.3f} | {taken / seconds['bare']:.1f}x |")
+        print(f"| {name} | {leaves[name]} | {taken:.3f} | {taken / seconds['bare']:.1f}x |")
 
 
 def lines_of(command):
@@ -116,52 +117,86 @@ def lines_of(command):
     return {name: float(text) for name, text in map(str.split, done.stdout.splitlines())}
 
 
+def peers_of(program, path, cases, depth, leaf, missing, surrogates):
+    """What peers take. Packages of Python get our tree; rpart grows its own, with its surrogates."""
+    found = {}
+    if not surrogates:
+        subprocess.run([program, "tree", path, cases, str(depth), str(leaf)], check=True)
+        for package in ("sklearn", "xgboost"):
+            own = lines_of([PYTHON, HERE / "score_python_peer.py", package, path, cases, depth])
+            found.update({f"{package}:{name}": taken for name, taken in own.items()})
+        for suffix in (".tree", ".ids"):
+            pathlib.Path(f"{path}{suffix}").unlink()
+    if surrogates or not missing:
+        rpart_cases = 20000  # of which it takes as long as others of all
+        own = lines_of(["Rscript", HERE / "score_rpart_peer.R", path, cases, depth, leaf,
+                        surrogates, rpart_cases])
+        found.update({f"rpart:{name}": taken for name, taken in own.items()})
+    return found
+
+
 def score_cases(program, cases, folder):
-    """Scoring by a tree of each depth, with what peers take for trees of the same depth."""
+    """Scoring by a tree of each depth, beside a bare loop and beside peers."""
     leaf = 10
-    rpart_cases = 20000  # of which it takes as long as others of all
-    print_head(f"Scoring {cases} cases of 20 predictors, nanoseconds a case",
-               "depth, missing, surrogates", "nodes", "from node to node", "bare loop, floats",
-               "rows, floats", "columns, floats", "bare loop, doubles", "rows, doubles",
-               "columns, doubles", "rows, floats, 2 threads", "bare, one row a call",
-               "one row a call", "sklearn apply", "sklearn, one row", "xgboost predict",
-               "xgboost inplace", "rpart predict")
+    rows = []
     for missing, surrogates in ((0, 0), (10, 0), (5, 5)):
         path = folder / "scored.bin"
         subprocess.run([program, "data", path, cases, str(missing)], check=True)
         for depth in (5, 10, 20):
             own = lines_of([program, "score", path, cases, depth, leaf, surrogates])
-            peers = {}
-            if not surrogates:
-                for package in ("sklearn", "xgboost"):
-                    found = lines_of([PYTHON, HERE / "score_python_peer.py", package, path, cases,
-                                      depth, leaf])
-                    peers.update({f"{package}:{name}": taken for name, taken in found.items()})
-            if surrogates or not missing:
-                found = lines_of(["Rscript", HERE / "score_rpart_peer.R", path, cases, depth, leaf,
-                                  surrogates, rpart_cases])
-                peers.update({f"rpart:{name}": taken for name, taken in found.items()})
-
-            def own_of(name):
-                return f"{own[name]:.1f}" if name in own else "-"
-
-            def peer_of(name, ours):
-                if name not in peers:
-                    return "-"
-                return f"{peers[name]:.0f}, {peers[name] / own[ours]:.1f}x"
-
-            cells = [f"{depth}, {missing} %, {surrogates}", f"{own['nodes']:.0f}"]
-            cells += [own_of(name) for name in
-                      ("walk", "bare_float", "rows_float", "columns_float", "bare_double",
-                       "rows_double", "columns_double", "rows_float_2threads", "bare_one_float",
-                       "one_float")]
-            cells += [peer_of("sklearn:apply_float", "rows_float"),
-                      peer_of("sklearn:one_float", "one_float"),
-                      peer_of("xgboost:predict_float", "rows_float"),
-                      peer_of("xgboost:inplace_float", "rows_float"),
-                      peer_of("rpart:predict_double", "rows_double")]
-            print("| " + " | ".join(cells) + " |", flush=True)
+            peers = peers_of(program, path, cases, depth, leaf, missing, surrogates)
+            rows.append((f"{depth}, {missing} %, {surrogates}", own, peers))
         path.unlink()
+
+    def cell(own, name, bound=None):
+        """Nanoseconds, and how many times the bound they are."""
+        if name not in own:
+            return "-"
+        times = f", {own[name] / own[bound]:.2f}x" if bound in own else ""
+        return f"{own[name]:.1f}{times}"
+
+    print_head(f"Scoring {cases} cases of 20 predictors, nanoseconds a case, times the bare loop",
+               "depth, missing, surrogates", "nodes", "bytes a node, without classes",
+               "from node to node", "bare loop, floats", "rows, floats", "columns, floats",
+               "bare loop, doubles", "rows, doubles", "columns, doubles", "picked rows, floats",
+               "bare, one row a call", "one row a call", "two threads: rows, columns of floats",
+               "of doubles")
+    for name, own, _ in rows:
+        # A header of 112 bytes, and 8 bytes for each class of an end.
+        num_ends = (own["nodes"] + 1) / 2
+        size = (own["bytes"] - 112 - 8 * own["classes"] * num_ends) / own["nodes"]
+        cells = [name, f"{own['nodes']:.0f}", f"{size:.1f}"]
+        cells += [cell(own, "walk"), cell(own, "bare_float"),
+                  cell(own, "rows_float", "bare_float"),
+                  cell(own, "columns_float", "bare_float"), cell(own, "bare_double"),
+                  cell(own, "rows_double", "bare_double"),
+                  cell(own, "columns_double", "bare_double"), cell(own, "picked_float"),
+                  cell(own, "bare_one_float"), cell(own, "one_float", "bare_one_float")]
+        for kind in ("float", "double"):
+            faster = [own[f"{way}_{kind}"] / own[f"{way}_{kind}_2threads"]
+                      for way in ("rows", "columns")]
+            cells.append(", ".join(f"{times:.2f}x faster" for times in faster))
+        print("| " + " | ".join(cells) + " |", flush=True)
+
+    def peer(own, peers, name, ours):
+        """Nanoseconds, and how many times ours they are."""
+        if name not in peers:
+            return "-"
+        return f"{peers[name]:.0f}, {peers[name] / own[ours]:.1f}x"
+
+    print_head(f"Scoring {cases} cases by peers, nanoseconds a case, times ours",
+               "depth, missing, surrogates", "floats: sklearn apply", "xgboost predict",
+               "xgboost inplace", "doubles: sklearn apply", "xgboost inplace", "rpart predict",
+               "one row: sklearn apply")
+    for name, own, peers in rows:
+        cells = [name]
+        cells += [peer(own, peers, f"{package}:{way}_float", "rows_float")
+                  for package, way in (("sklearn", "apply"), ("xgboost", "predict"),
+                                       ("xgboost", "inplace"))]
+        cells += [peer(own, peers, f"{package}_double", "rows_double")
+                  for package in ("sklearn:apply", "xgboost:inplace", "rpart:predict")]
+        cells.append(peer(own, peers, "sklearn:one_float", "one_float"))
+        print("| " + " | ".join(cells) + " |", flush=True)
 
 
 def read_files(program, cases, folder):

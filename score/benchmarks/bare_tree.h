@@ -21,15 +21,19 @@ class BareTree {
   /// Whether any node has a surrogate.
   bool HasSurrogates() const { return !surrogates_.empty(); }
 
+  /// When rows in flight have ended: when none moves any more, or after as many steps as the tree
+  /// has levels, which is less work where most rows get to the last one.
+  enum class Until { kNoneMoves, kLastLevel };
+
   /// Where each of the rows ends, by identifier. `stride`: from row to row.
   ///@{
   /// Without missing values.
   template <class Value>
-  void FindComplete(Value const* rows, std::size_t numRows, std::size_t stride,
+  void FindComplete(Value const* rows, std::size_t numRows, std::size_t stride, Until until,
                     std::uint32_t* ids) const;
   /// With missing values that go one way.
   template <class Value>
-  void FindIncomplete(Value const* rows, std::size_t numRows, std::size_t stride,
+  void FindIncomplete(Value const* rows, std::size_t numRows, std::size_t stride, Until until,
                       std::uint32_t* ids) const;
   /// With missing values that go to surrogates.
   template <class Value>
@@ -54,7 +58,12 @@ class BareTree {
     std::uint32_t isReversed;
   };
 
+  template <class Value, class Move>
+  void FindInFlight(Value const* rows, std::size_t numRows, std::size_t stride, Until until,
+                    Move const& move, std::uint32_t* ids) const;
+
   std::vector<Entry> entries_;
+  int depth_ = 0;
   std::vector<std::uint32_t> ids_;
   std::vector<std::uint32_t> firstSurrogate_;  // by entry, and one more
   std::vector<Surrogate> surrogates_;
