@@ -6,11 +6,13 @@ program_test.py PROGRAM DATA_FOLDER
 
 import contextlib
 import fcntl
+import html
 import os
 import pathlib
 import pty
 import re
 import select
+import shlex
 import signal
 import struct
 import subprocess
@@ -20,10 +22,12 @@ import termios
 import threading
 import time
 import unittest
+import xml.etree.ElementTree
 
 PROGRAM = str(pathlib.Path(sys.argv[1]).resolve())
 DATA = pathlib.Path(sys.argv[2]).resolve()
-FOLDER = pathlib.Path(__file__).parent
+FOLDER = pathlib.Path(__file__).resolve().parent
+PROJECT = FOLDER.parent.parent
 PATIENCE = 60  # seconds, after which something is wrong
 
 
@@ -50,6 +54,64 @@ class Feeder(threading.Thread):
                 time.sleep(0.02)
 
 
+def demo_trees():
+    """Name of the data, method and options of each tree that ./dev demo grows."""
+    script = (PROJECT / "dev").read_text().replace("\\\n", " ")
+    demo = re.search(r"^demo\(\) \{$(.*?)^\}$", script, re.M | re.S)[1]
+    grades = shlex.split(re.search(r"\bgrades=\((.*?)\)$", demo, re.M | re.S)[1])
+    for line in re.findall(r"^  grow (.*)$", demo, re.M):
+        name, method, *options = shlex.split(line)
+        place = options.index("${grades[@]}") if "${grades[@]}" in options else None
+        if place is not None:
+            options[place : place + 1] = grades
+        yield name, method, options
+
+
+def without_spaces(text):
+    return re.sub(r"\s", "", text)
+
+
+def parts_of_drawing(drawing):
+    """What is written at each node and edge, and the bar there, as colours and widths."""
+    parts = {}
+    for title, label in re.findall(r"^  (\w+(?: -> \w+)?) \[label=<(.*)>\];$", drawing, re.M):
+        bar = re.findall(r'width="(\d+)" height="9" bgcolor="(#\w+)"', label)
+        text = html.unescape(re.sub(r"<[^>]*>", "", label))
+        parts[without_spaces(title)] = without_spaces(text), [(c, int(width)) for width, c in bar]
+    return parts
+
+
+def parts_of_picture(picture):
+    """The same of what Graphviz has made of a drawing."""
+    parts = {}
+    for group in xml.etree.ElementTree.fromstring(picture).iterfind(".//{*}g"):
+        if group.get("class") not in ("node", "edge"):
+            continue
+        bar = []
+        for polygon in group.iterfind(".//{*}polygon"):
+            points = [pair.split(",") for pair in polygon.get("points").split()]
+            xs, ys = ([float(number) for number in numbers] for numbers in zip(*points))
+            if max(ys) - min(ys) == 9 and group.get("class") == "node":
+                bar.append((polygon.get("fill"), round(max(xs) - min(xs))))
+        text = "".join(each.text for each in group.iterfind(".//{*}text"))
+        parts[group.find("{*}title").text] = without_spaces(text), bar
+    return parts
+
+
+def sizes_in_drawing(drawing):
+    """Of each node, how many cases it has, and whether it is a terminal one."""
+    return {
+        number: (re.search(r"<td>(\S+) cases, ", label)[1], "<hr/>" not in label)
+        for number, label in re.findall(r"^  n(\d+) \[label=<(.*)>\];$", drawing, re.M)
+    }
+
+
+def sizes_in_print(printed):
+    """The same of a printed tree."""
+    lines = re.findall(r"^ *(\d+)\) \S.*?  (\d+)  .*?(\*?)$", printed, re.M)
+    return {number: (size, star == "*") for number, size, star in lines}
+
+
 class Program(unittest.TestCase):
     def test_help_is_as_it_stands_in_the_file(self):
         done = run("--help")
@@ -67,6 +129,21 @@ class Program(unittest.TestCase):
         block = re.search(r"```\n(0\) root .*?)```", (FOLDER.parent / "README.md").read_text(), re.S)
         done = run("--target", "species", "--max-depth", "2", DATA / "penguins.csv")
         self.assertIn(block[1], done.stdout)
+
+    def test_grows_the_trees_of_the_demo_that_the_pictures_show(self):
+        pictures = PROJECT / "docs" / "pictures" / "trees"
+        shown = set()
+        for name, method, options in demo_trees():
+            with self.subTest(data=name, method=method), tempfile.TemporaryDirectory() as folder:
+                dot = pathlib.Path(folder) / "tree.dot"
+                picture = pictures / f"{name}-{method}.svg"
+                shown.add(picture)
+                done = run("--method", method, *options, "--dot", dot, DATA / f"{name}.csv")
+                self.assertEqual(done.returncode, 0, done.stderr)
+                drawing = dot.read_text()
+                self.assertEqual(parts_of_drawing(drawing), parts_of_picture(picture.read_bytes()))
+                self.assertEqual(sizes_in_print(done.stdout), sizes_in_drawing(drawing))
+        self.assertEqual(shown, set(pictures.iterdir()))
 
     def test_writes_predictions_that_standard_output_can_be_sent_to(self):
         done = run("--quiet", "--target", "body_mass_g", "--predictions", "-", DATA / "penguins.csv")

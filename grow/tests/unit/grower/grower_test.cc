@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
 #include <numeric>
 #include <string>
 #include <thread>
@@ -12,6 +13,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "grow_testing/growing_listener.h"
 #include "grow_testing/sample_data.h"
 #include "tree/grow/gains_columns.h"
 #include "tree/grow/split_statistics.h"
@@ -659,22 +661,76 @@ TEST(Progress, IsReportedInTheCallingThread) {
   }
 }
 
+template <class Settings>
+std::unique_ptr<Grower> MakeBy(SampleData const& data, int numThreads) {
+  return data.Make(data.LooseSettings<Settings>(), {numThreads});
+}
+
+struct Algorithm {
+  char const* name;
+  std::unique_ptr<Grower> (*make)(SampleData const& data, int numThreads);
+  bool isOfNumbers;
+};
+
+constexpr Algorithm kAlgorithms[] = {{"CART", MakeBy<CCartSettingsImp>, false},
+                                     {"CART of numbers", MakeBy<RCartSettingsImp>, true},
+                                     {"CHAID", MakeBy<CChaidSettingsImp>, false},
+                                     {"CHAID of numbers", MakeBy<RChaidSettingsImp>, true},
+                                     {"QUEST", MakeBy<QuestSettingsImp>, false}};
+
+/// The same for 60 cases, which are enough for tests.
+SampleData LongSteps(bool ofNumbers) {
+  std::vector<double> target;
+  std::vector<double> values;
+  std::vector<double> categories;
+  for (int i = 0; i < 60; ++i) {
+    target.push_back(i / 20);
+    values.push_back(i);
+    categories.push_back(i / 12);
+  }
+  SampleData data(60);
+  ofNumbers ? data.Numbers(target) : data.Classes(target);
+  data.Ordered(values).Nominal(categories);
+  return data;
+}
+
 TEST(Progress, CancelledGrowingLeavesTheOldTree) {
-  SampleData const data = Steps();
-  for (int const numThreads : {1, 3}) {
-    auto const grower = data.Make(data.ClassSettings(), {numThreads});
-    ASSERT_TRUE(grower->Grow());
-    std::string const before = Describe(*grower->GetRootNode());
-    Listener listener(1);
+  for (Algorithm const& algorithm : kAlgorithms) {
+    SCOPED_TRACE(algorithm.name);
+    SampleData const data = LongSteps(algorithm.isOfNumbers);
+    for (auto const& [numThreads, patience] : {std::pair(1, 1), std::pair(1, 7), std::pair(3, 4)}) {
+      auto const grower = algorithm.make(data, numThreads);
+      ASSERT_TRUE(grower->Grow());
+      ASSERT_GE(grower->GetNumNodes(AllNodes), 4);
+      std::string const before = Describe(*grower->GetRootNode());
+      GrowingListener listener(patience);
+      grower->SetProgressListener(&listener);
+
+      EXPECT_FALSE(grower->Grow());
+      EXPECT_EQ(grower->GetFailure(), FailureCancelled);
+      EXPECT_EQ(listener.GetNumReports(), patience);
+      EXPECT_EQ(Describe(*grower->GetRootNode()), before);
+
+      grower->SetProgressListener(nullptr);
+      EXPECT_TRUE(grower->Grow());
+      EXPECT_EQ(Describe(*grower->GetRootNode()), before);
+    }
+  }
+}
+
+TEST(Progress, CancelledGrowingOfTheFirstTreeLeavesNone) {
+  for (Algorithm const& algorithm : kAlgorithms) {
+    SCOPED_TRACE(algorithm.name);
+    SampleData const data = LongSteps(algorithm.isOfNumbers);
+    auto const grower = algorithm.make(data, 1);
+    GrowingListener listener(5);
     grower->SetProgressListener(&listener);
 
     EXPECT_FALSE(grower->Grow());
-    EXPECT_EQ(grower->GetFailure(), FailureCancelled);
-    EXPECT_EQ(listener.GetNumReports(), 1);
-    EXPECT_EQ(Describe(*grower->GetRootNode()), before);
 
-    grower->SetProgressListener(nullptr);
-    EXPECT_TRUE(grower->Grow());
+    EXPECT_EQ(grower->GetFailure(), FailureCancelled);
+    EXPECT_EQ(grower->GetRootNode(), nullptr);
+    EXPECT_EQ(grower->GetNumNodes(AllNodes), 0);
   }
 }
 

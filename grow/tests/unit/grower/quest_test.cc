@@ -136,6 +136,61 @@ TEST(QuestGrower, ChoosesBySpreadWhereMeansDoNotDiffer) {
   EXPECT_TRUE(RootOf(*byMeans).GetNumChildren() == 0 || RuleOf(*byMeans).GetPredictorIndex() == 0);
 }
 
+/// Of 100 cases of class 0, then 100 of class 1: 1 for the first so many of each class, 0 for the
+/// others; or the other way round.
+std::vector<double> OnesOf(std::size_t inClass0, std::size_t inClass1, bool areZeros = false) {
+  std::vector<double> values(200, areZeros ? 1.0 : 0.0);
+  std::fill_n(values.begin(), inClass0, 1.0 - values.front());
+  std::fill_n(values.begin() + 100, inClass1, 1.0 - values.back());
+  return values;
+}
+
+TEST(QuestGrower, LetsTheNextPredictorSplitWhereTheChosenOneLeavesAChildTooSmall) {
+  // With two categories, chi-square is 200 times the square of the correlation with the class:
+  // 10.53 for 0 and 10 ones, 2.88 for 44 and 56, 8 for 40 and 60; F is 198 r^2 / (1 - r^2).
+  std::vector<double> classes(200);
+  std::fill(classes.begin() + 100, classes.end(), 1.0);
+  struct {
+    char const* name;
+    bool isNominal;
+    bool isSmallBelow;
+  } const kRows[] = {{"a category", true, false},
+                     {"the greater values", false, false},
+                     {"the lower values", false, true}};
+  for (auto const& row : kRows) {
+    SCOPED_TRACE(row.name);
+    SampleData data(200);
+    data.Classes(classes);
+    for (auto const& values : {OnesOf(0, 10, row.isSmallBelow), OnesOf(44, 56), OnesOf(40, 60)}) {
+      row.isNominal ? data.Nominal(values) : data.Ordered(values);
+    }
+    QuestSettingsImp settings = SettingsOf(data);
+    settings.GetStopRule()->SetMaxTreeDepth(1);
+    auto const statisticFor = [&](double squaredCorrelation) {
+      return row.isNominal ? 200.0 * squaredCorrelation
+                           : 198.0 * squaredCorrelation / (1.0 - squaredCorrelation);
+    };
+
+    settings.GetStopRule()->SetMinChildSize(10);
+    auto const chosen = Grown(data, settings);
+    settings.GetStopRule()->SetMinChildSize(11);
+    auto const next = Grown(data, settings);
+
+    ASSERT_EQ(RootOf(*chosen).GetNumCompetitors(), 3);
+    EXPECT_EQ(RuleOf(*chosen).GetPredictorIndex(), 0);
+    EXPECT_NEAR(RuleOf(*chosen).GetStatistic(SplitTestStatistic), statisticFor(1.0 / 19.0), 1e-6);
+    ASSERT_EQ(RootOf(*next).GetNumCompetitors(), 2);
+    EXPECT_EQ(RuleOf(*next).GetPredictorIndex(), 2);
+    EXPECT_NEAR(RuleOf(*next).GetStatistic(SplitTestStatistic), statisticFor(0.04), 1e-6);
+    EXPECT_EQ(RootOf(*next).GetCompetitorImp(1)->GetPredictorIndex(), 1);
+    EXPECT_EQ(RootOf(*next).GetChild(0)->GetNodeSize(TrainingSample), 100.0);
+    // All predictors were tested: 3 p, where p = erfc(sqrt(8 / 2)).
+    if (row.isNominal) {
+      EXPECT_NEAR(RuleOf(*next).GetStatistic(SplitLogPValue), std::log(3.0 * std::erfc(2.0)), 1e-9);
+    }
+  }
+}
+
 TEST(QuestGrower, TakesInfiniteValuesForTheGreatestOnes) {
   std::vector<double> values = ShiftedValues();
   values[1] = HUGE_VAL;

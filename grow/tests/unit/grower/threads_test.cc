@@ -1,17 +1,21 @@
 // What several threads do at the same time, for the thread sanitizer to look at.
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
 #include <gtest/gtest.h>
 
+#include "grow_testing/growing_listener.h"
 #include "grow_testing/sample_data.h"
 
 namespace tree::grow {
 namespace {
 
+enum class Target { kClasses, kNumbers };
+
 /// Sorted, coded and nominal predictors, some values missing.
-SampleData Mixed() {
+SampleData Mixed(Target target = Target::kClasses) {
   RandomNumbers random(1);
   std::size_t const numCases = 3000;
   auto const draw = [&](std::uint32_t numValues, bool missing) {
@@ -24,11 +28,14 @@ SampleData Mixed() {
   };
   std::vector<double> const signal = draw(2000, false);
   std::vector<double> classes;
+  std::vector<double> numbers;
   for (double const value : signal) {
     classes.push_back((value < 1000.0) != (random.Below(4) == 0) ? 0.0 : 1.0);
+    numbers.push_back(value + 3000.0 * classes.back());
   }
   SampleData data(numCases);
-  data.Classes(classes).Ordered(signal).Ordered(draw(2000, true)).Ordered(draw(5, true));
+  target == Target::kClasses ? data.Classes(classes) : data.Numbers(numbers);
+  data.Ordered(signal).Ordered(draw(2000, true)).Ordered(draw(5, true));
   data.Nominal(draw(6, true)).Nominal(draw(4, false));
   return data;
 }
@@ -92,24 +99,63 @@ TEST(Threads, ShareTheWorkOnNodesOfQuest) {
   EXPECT_EQ(GrowByQuest(data, 4), GrowByQuest(data, 1));
 }
 
-class Impatient : public ProgressListener {
- public:
-  bool Report(double, char const*) noexcept override { return ++numReports_ < 2; }
+/// Whether 1, 2 and 4 threads grow the same tree, of which the upper levels have most of the cases
+/// and the lower ones few, by CHAID: it reads all cases for two predictors at once in the former,
+/// and predictor by predictor in the latter.
+template <class Settings>
+void ExpectSameTreeByChaid(SampleData const& data) {
+  auto settings = data.LooseSettings<Settings>();
+  settings.GetStopRule()->SetMaxTreeDepth(10);
+  settings.GetStopRule()->SetMinNodeSize(200);
+  settings.SetAlphaOfSplitNode(0.5);
+  settings.SetUseBonferroniAdj(false);
+  settings.SetAllowSplitMerge(true);
+  auto const grow = [&](int numThreads) {
+    auto const grower = data.Make(settings, {numThreads});
+    EXPECT_TRUE(grower->Grow()) << grower->GetFailureMessage();
+    return Describe(*grower->GetRootNode());
+  };
+  std::string const tree = grow(1);
+  EXPECT_GT(std::count(tree.begin(), tree.end(), '\n'), 20) << "nodes";
 
- private:
-  int numReports_ = 0;
-};
+  EXPECT_EQ(grow(2), tree);
+  EXPECT_EQ(grow(4), tree);
+}
 
-TEST(Threads, EndTogetherWhenCancelled) {
-  SampleData const data = Mixed();
-  auto const grower = data.Make(data.ClassSettings(), {4});
-  Impatient listener;
-  grower->SetProgressListener(&listener);
+TEST(Threads, GrowTheSameTreeOfClassesByChaid) {
+  ExpectSameTreeByChaid<CChaidSettingsImp>(Mixed());
+}
 
-  for (int attempt = 0; attempt < 5; ++attempt) {
-    if (grower->Grow()) continue;  // done before anybody was asked twice
+TEST(Threads, GrowTheSameTreeOfNumbersByChaid) {
+  ExpectSameTreeByChaid<RChaidSettingsImp>(Mixed(Target::kNumbers));
+}
+
+/// At steps of the first level that are about to be shared, and at those before them.
+template <class Settings>
+void ExpectToEndTogether(SampleData const& data, std::vector<int> const& steps) {
+  auto const grower = data.Make(data.LooseSettings<Settings>(), {4});
+  for (int const step : steps) {
+    SCOPED_TRACE(step);
+    GrowingListener listener(step);
+    grower->SetProgressListener(&listener);
+
+    EXPECT_FALSE(grower->Grow());
     EXPECT_EQ(grower->GetFailure(), FailureCancelled);
+    EXPECT_EQ(listener.GetNumReports(), step);
   }
+}
+
+TEST(Threads, EndCartTogetherWhenCancelled) {
+  ExpectToEndTogether<CCartSettingsImp>(Mixed(), {3, 4, 5, 6});
+}
+
+TEST(Threads, EndChaidTogetherWhenCancelled) {
+  ExpectToEndTogether<CChaidSettingsImp>(Mixed(), {3, 4, 5, 6});
+  ExpectToEndTogether<RChaidSettingsImp>(Mixed(Target::kNumbers), {3, 4, 5, 6});
+}
+
+TEST(Threads, EndQuestTogetherWhenCancelled) {
+  ExpectToEndTogether<QuestSettingsImp>(Wide(), {5, 6});
 }
 
 }  // namespace
