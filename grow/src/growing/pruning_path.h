@@ -33,7 +33,7 @@ class PruningPath {
               PollFunction const& poll = NoPoll);
 
   std::vector<Step> const& GetSteps() const { return steps_; }
-  /// The last subtree whose complexity is not greater.
+  /// The last subtree whose complexity is not greater; the whole tree if there is none.
   std::size_t FindStep(double complexity) const;
   /// The complexity that stands for a step in a validation: the geometric mean of its own and that
   /// of the next one; infinite for the root alone. Source: Breiman et al. 1984, section 3.4.2.

@@ -64,6 +64,10 @@ Cases Repeat(Cases const& cases, double const* caseWeights, PollFunction const& 
 /// of categories; the costs with its square.
 constexpr std::size_t kManyClasses = 1000;
 
+/// Below the complexity of every pruned subtree: trees stay grown out, with leaves that do not
+/// lower the risk, too.
+constexpr double kGrownOut = -1.0;
+
 /// Children removed and replaced one by one would leave rules without them: nodes are swapped
 /// whole.
 std::size_t PositionInParent(NodeImp const& node) {
@@ -293,7 +297,6 @@ void TreeGrower::Changed() {
   statistics_.reset();
   risksOfPath_.reset();
   risk_.reset();
-  complexity_ = 0.0;
 }
 
 /// Refuses a node that lacks what pruning and validation read of every node.
@@ -595,7 +598,8 @@ std::vector<RiskEstimate> TreeGrower::EstimateRisks(IndexedTree const& tree,
     case ValidationCrossValidation: {
       std::vector<double> complexities;
       for (std::size_t step = 0; step < path.GetSteps().size(); ++step) {
-        complexities.push_back(path.TypicalComplexity(step));
+        // The whole tree stands for growing without pruning.
+        complexities.push_back(step == 0 ? kGrownOut : path.TypicalComplexity(step));
       }
       return CrossValidate(complexities);
     }
@@ -760,7 +764,6 @@ bool TreeGrower::Prune() noexcept {
     for (NodeImp* const top : tops) top->RemoveChildren(false);
     RiskEstimate const risk = risks[chosen];
     Changed();
-    complexity_ = path.TypicalComplexity(chosen);
     risk_ = risk;
   });
 }
@@ -772,7 +775,7 @@ bool TreeGrower::Validate() noexcept {
       PrepareToEstimate();
       IndexedTree const tree(*root_);
       PruningPath const path = FindPath(tree);
-      risk_ = GetValidation() == ValidationCrossValidation ? CrossValidate({complexity_}).front()
+      risk_ = GetValidation() == ValidationCrossValidation ? CrossValidate({kGrownOut}).front()
                                                            : EstimateRisks(tree, path).front();
     }
     statistics_ =

@@ -134,10 +134,9 @@ class TreeGrower final : public Grower {
   std::unique_ptr<NodeImp> root_;
   std::unique_ptr<TreeStatisticsImp> statistics_;
   unsigned int nextId_ = 0;
-  // Of the present tree, as long as it has not changed: the risks of its pruned subtrees, and what
-  // pruning chose it by.
+  // Of the present tree, as long as it has not changed: the risks of its pruned subtrees, and its
+  // own, which is known once it was validated or pruned.
   std::optional<std::vector<RiskEstimate>> risksOfPath_;
-  double complexity_ = 0.0;
   std::optional<RiskEstimate> risk_;
   AlgorithmFailure failure_ = FailureNone;
   std::string message_;

@@ -36,6 +36,13 @@ MergedCategories MergeOf(Table const& table, CategoryKind kind, MergeSettings co
   return merger.Merge(Flat(table), kind, floating);
 }
 
+/// The rows have the weights of the classes behind the sizes.
+MergedCategories MergeWeighted(Table const& table, CategoryKind kind, MergeSettings const& settings,
+                               bool floating = false, ClassTestSettings const& test = {}) {
+  CategoryMerger<ClassGroups> merger(ClassGroups(test, table[0].size() / 2, true, 1.0), settings);
+  return merger.Merge(Flat(table), kind, floating);
+}
+
 /// A category of 100 cases, of which so many are of the second class.
 std::vector<std::int64_t> Percent(std::int64_t second) { return {100 - second, second}; }
 
@@ -353,8 +360,28 @@ TEST(CategoryMerger, SeparatesConstantsCompletely) {
 
 using Rows = std::vector<std::vector<double>>;
 
-Rows RowsOf(Table const& table, NaiveChaid::Groups const& groups) {
-  Rows rows;
+/// Groups of cases by class: how many there are, and what they weigh.
+struct Groups {
+  Rows sizes;
+  Rows weights;  // empty where all weigh 1
+};
+
+double SumOf(std::vector<double> const& row) {
+  return std::accumulate(row.begin(), row.end(), 0.0);
+}
+
+std::vector<double> ColumnSums(Rows const& rows) {
+  std::vector<double> sums(rows[0].size(), 0.0);
+  for (auto const& row : rows) {
+    for (std::size_t j = 0; j < row.size(); ++j) sums[j] += row[j];
+  }
+  return sums;
+}
+
+/// Sums up categories. `weighted`: whether their rows have weights behind the sizes.
+Groups GroupsOf(Table const& table, NaiveChaid::Groups const& groups, bool weighted) {
+  std::size_t const numClasses = weighted ? table[0].size() / 2 : table[0].size();
+  Groups sums;
   for (auto const& group : groups) {
     std::vector<double> row(table[0].size(), 0.0);
     for (std::size_t const category : group) {
@@ -362,35 +389,75 @@ Rows RowsOf(Table const& table, NaiveChaid::Groups const& groups) {
         row[j] += static_cast<double>(table[category][j]);
       }
     }
-    rows.push_back(row);
+    auto const end = row.begin() + static_cast<std::ptrdiff_t>(numClasses);
+    sums.sizes.emplace_back(row.begin(), end);
+    if (weighted) sums.weights.emplace_back(end, row.end());
   }
-  return rows;
+  return sums;
 }
 
-double SumOf(std::vector<double> const& row) {
-  return std::accumulate(row.begin(), row.end(), 0.0);
+double NumClasses(Rows const& rows) {
+  std::vector<double> const columns = ColumnSums(rows);
+  return static_cast<double>(
+      std::count_if(columns.begin(), columns.end(), [](double sum) { return sum > 0.0; }));
 }
 
-/// Expected frequencies under independence, and the number of classes with cases.
-Rows Independent(Rows const& rows, double& numClasses) {
-  Rows expected = rows;
-  std::vector<double> columns(rows[0].size(), 0.0);
-  for (auto const& row : rows) {
-    for (std::size_t j = 0; j < row.size(); ++j) columns[j] += row[j];
-  }
-  numClasses = 0.0;
-  for (double const column : columns) numClasses += column > 0.0 ? 1.0 : 0.0;
+/// Multiplies the rows, then the columns, so that they add up to what those of `rows` do.
+void Scale(Rows& fitted, Rows const& rows) {
   for (std::size_t i = 0; i < rows.size(); ++i) {
-    for (std::size_t j = 0; j < columns.size(); ++j) {
-      expected[i][j] = SumOf(rows[i]) * columns[j] / SumOf(columns);
+    double const factor = SumOf(rows[i]) / SumOf(fitted[i]);
+    for (double& cell : fitted[i]) cell *= factor;
+  }
+  std::vector<double> const columns = ColumnSums(rows);
+  std::vector<double> const present = ColumnSums(fitted);
+  for (std::size_t j = 0; j < columns.size(); ++j) {
+    for (auto& row : fitted) row[j] *= present[j] > 0.0 ? columns[j] / present[j] : 1.0;
+  }
+}
+
+/// Changes the cells by `step`, again and again, until they stay as they are.
+template <class Step>
+void Iterate(Rows& fitted, Step const& step) {
+  double change = 1.0;
+  for (int iteration = 0; iteration < 3000 && change > 1e-11; ++iteration) {
+    Rows const before = fitted;
+    step();
+    change = 0.0;
+    for (std::size_t i = 0; i < fitted.size(); ++i) {
+      for (std::size_t j = 0; j < fitted[i].size(); ++j) {
+        change = std::max(change, std::abs(fitted[i][j] - before[i][j]));
+      }
     }
   }
+}
+
+/// Expected frequencies under independence of what the cases weigh: cells in inverse proportion to
+/// the mean weights of their cases, scaled until they have the sums of the cases. A cell without
+/// cases has the mean weight of all.
+Rows Independent(Groups const& groups) {
+  Rows expected = groups.sizes;
+  std::vector<double> const columns = ColumnSums(groups.sizes);
+  double const size = SumOf(columns);
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    for (std::size_t j = 0; j < columns.size(); ++j) {
+      expected[i][j] = SumOf(groups.sizes[i]) * columns[j] / size;
+    }
+  }
+  if (groups.weights.empty()) return expected;
+  double const meanWeight = SumOf(ColumnSums(groups.weights)) / size;
+  for (std::size_t i = 0; i < expected.size(); ++i) {
+    for (std::size_t j = 0; j < columns.size(); ++j) {
+      double const cases = groups.sizes[i][j];
+      expected[i][j] /= cases > 0.0 ? groups.weights[i][j] / cases : meanWeight;
+    }
+  }
+  Iterate(expected, [&] { Scale(expected, groups.sizes); });
   return expected;
 }
 
-double NaivePearson(Rows const& rows) {
-  double numClasses = 0.0;
-  Rows const expected = Independent(rows, numClasses);
+double NaivePearson(Groups const& groups) {
+  Rows const& rows = groups.sizes;
+  Rows const expected = Independent(groups);
   double sum = 0.0;
   for (std::size_t i = 0; i < rows.size(); ++i) {
     for (std::size_t j = 0; j < rows[0].size(); ++j) {
@@ -398,7 +465,7 @@ double NaivePearson(Rows const& rows) {
       if (expected[i][j] > 0.0) sum += difference * difference / expected[i][j];
     }
   }
-  return LogChiSquareTail(sum, static_cast<double>(rows.size() - 1) * (numClasses - 1.0));
+  return LogChiSquareTail(sum, static_cast<double>(rows.size() - 1) * (NumClasses(rows) - 1.0));
 }
 
 double NaiveRatio(Rows const& rows, Rows const& fitted, Rows const& expected) {
@@ -411,49 +478,43 @@ double NaiveRatio(Rows const& rows, Rows const& fitted, Rows const& expected) {
   return sum;
 }
 
-double NaiveLikelihoodRatio(Rows const& rows) {
-  double numClasses = 0.0;
-  Rows const expected = Independent(rows, numClasses);
-  return LogChiSquareTail(NaiveRatio(rows, rows, expected),
-                          static_cast<double>(rows.size() - 1) * (numClasses - 1.0));
+double NaiveLikelihoodRatio(Groups const& groups) {
+  Rows const& rows = groups.sizes;
+  return LogChiSquareTail(NaiveRatio(rows, rows, Independent(groups)),
+                          static_cast<double>(rows.size() - 1) * (NumClasses(rows) - 1.0));
 }
 
-/// Row effects for scores 0, 1, 2, ... by scaling one set of parameters at a time.
-double NaiveRowEffects(Rows const& rows) {
-  double numClasses = 0.0;
-  Rows const expected = Independent(rows, numClasses);
+/// Row effects for scores 0, 1, 2, ... by scaling one set of parameters at a time, each row by half
+/// a step of Newton's method.
+double NaiveRowEffects(Groups const& groups) {
+  Rows const& rows = groups.sizes;
+  Rows const expected = Independent(groups);
   Rows fitted = expected;
-  std::vector<double> columns(rows[0].size(), 0.0);
-  for (auto const& row : rows) {
-    for (std::size_t j = 0; j < row.size(); ++j) columns[j] += row[j];
-  }
-  for (int iteration = 0; iteration < 3000; ++iteration) {
+  Iterate(fitted, [&] {
+    Scale(fitted, rows);
     for (std::size_t i = 0; i < rows.size(); ++i) {
-      double const rowFactor = SumOf(rows[i]) / SumOf(fitted[i]);
-      for (double& cell : fitted[i]) cell *= rowFactor;
-    }
-    for (std::size_t j = 0; j < columns.size(); ++j) {
-      double sum = 0.0;
-      for (auto const& row : fitted) sum += row[j];
-      for (auto& row : fitted) row[j] *= sum > 0.0 ? columns[j] / sum : 0.0;
-    }
-    for (std::size_t i = 0; i < rows.size(); ++i) {
+      double moment = 0.0;
+      for (std::size_t j = 0; j < rows[i].size(); ++j) {
+        moment += static_cast<double>(j) * fitted[i][j];
+      }
+      double const mean = moment / SumOf(fitted[i]);
       double missed = 0.0;
       double information = 0.0;
-      for (std::size_t j = 0; j < columns.size(); ++j) {
-        double const score = static_cast<double>(j) - 1.0;
+      for (std::size_t j = 0; j < rows[i].size(); ++j) {
+        double const score = static_cast<double>(j) - mean;
         missed += score * (rows[i][j] - fitted[i][j]);
         information += score * score * fitted[i][j];
       }
-      for (std::size_t j = 0; j < columns.size(); ++j) {
-        fitted[i][j] *= std::exp(0.5 * missed / information * (static_cast<double>(j) - 1.0));
+      double const step = std::clamp(0.5 * missed / information, -1.0, 1.0);
+      for (std::size_t j = 0; j < rows[i].size(); ++j) {
+        fitted[i][j] *= std::exp(step * (static_cast<double>(j) - mean));
       }
     }
-  }
+  });
   return LogChiSquareTail(NaiveRatio(rows, fitted, expected), static_cast<double>(rows.size() - 1));
 }
 
-double (*NaiveTestOf(ClassTestKind kind))(Rows const&) {
+double (*NaiveTestOf(ClassTestKind kind))(Groups const&) {
   switch (kind) {
     case ClassTestKind::kLikelihoodRatio:
       return NaiveLikelihoodRatio;
@@ -490,7 +551,8 @@ void ExpectGroups(MergedCategories const& merged, NaiveChaid::Groups const& grou
   EXPECT_EQ(merged.groupOf, groupOf);
 }
 
-void CompareClasses(ClassTestKind kind, std::uint32_t numSeeds, int leastSplits) {
+/// `weighted`: whether the cases of each cell have a mean weight of their own.
+void CompareClasses(ClassTestKind kind, bool weighted, std::uint32_t numSeeds, int leastSplits) {
   int numSplits = 0;
   for (std::uint32_t seed = 1; seed <= numSeeds; ++seed) {
     SCOPED_TRACE(seed);
@@ -513,17 +575,27 @@ void CompareClasses(ClassTestKind kind, std::uint32_t numSeeds, int leastSplits)
         random.Below(2) == 0 ? CategoryKind::kNominal : CategoryKind::kOrdinal;
     bool const floating = random.Below(2) == 0;
     MergeSettings const settings = RandomSettings(random, largest);
-    auto const test = NaiveTestOf(kind);
-    NaiveChaid naive([&](NaiveChaid::Groups const& groups) { return test(RowsOf(table, groups)); },
-                     sizes, categoryKind, floating, settings);
+    if (weighted) {
+      std::int64_t const spread = alike ? 2 : 20;
+      for (auto& row : table) {
+        for (std::size_t j = 0, numClasses = row.size(); j < numClasses; ++j) {
+          row.push_back(10 * row[j] +
+                        random.Below(static_cast<std::uint32_t>(spread * row[j] + 1)));
+        }
+      }
+    }
+    auto const test = [&](NaiveChaid::Groups const& groups) {
+      return NaiveTestOf(kind)(GroupsOf(table, groups, weighted));
+    };
+    NaiveChaid naive(test, sizes, categoryKind, floating, settings);
 
-    MergedCategories const merged =
-        MergeOf(table, categoryKind, settings, floating, {kind, {1e-10, 10000}, {}});
+    MergedCategories const merged = (weighted ? MergeWeighted : MergeOf)(
+        table, categoryKind, settings, floating, {kind, {1e-10, 10000}, {}});
 
     NaiveChaid::Groups const groups = naive.Merge();
     numSplits += naive.numSplits;
     ExpectGroups(merged, groups);
-    double const logP = groups.size() > 1 ? test(RowsOf(table, groups)) : 0.0;
+    double const logP = groups.size() > 1 ? test(groups) : 0.0;
     EXPECT_NEAR(merged.logP, logP, 1e-6 * (1.0 - logP));
     EXPECT_NEAR(merged.adjustedLogP,
                 std::min(0.0, merged.logP + naive.LogMultiplier(groups.size())), 1e-12);
@@ -533,15 +605,27 @@ void CompareClasses(ClassTestKind kind, std::uint32_t numSeeds, int leastSplits)
 }
 
 TEST(CategoryMerger, FindsTheGroupsOfTheDefinitionByPearson) {
-  CompareClasses(ClassTestKind::kPearson, 2000, 50);
+  CompareClasses(ClassTestKind::kPearson, false, 2000, 50);
+}
+
+TEST(CategoryMerger, FindsTheGroupsOfTheDefinitionByPearsonOfWeightedCases) {
+  CompareClasses(ClassTestKind::kPearson, true, 1000, 20);
 }
 
 TEST(CategoryMerger, FindsTheGroupsOfTheDefinitionByLikelihoodRatio) {
-  CompareClasses(ClassTestKind::kLikelihoodRatio, 1000, 20);
+  CompareClasses(ClassTestKind::kLikelihoodRatio, false, 1000, 20);
+}
+
+TEST(CategoryMerger, FindsTheGroupsOfTheDefinitionByLikelihoodRatioOfWeightedCases) {
+  CompareClasses(ClassTestKind::kLikelihoodRatio, true, 1000, 20);
 }
 
 TEST(CategoryMerger, FindsTheGroupsOfTheDefinitionByRowEffects) {
-  CompareClasses(ClassTestKind::kRowEffects, 40, 0);
+  CompareClasses(ClassTestKind::kRowEffects, false, 400, 10);
+}
+
+TEST(CategoryMerger, FindsTheGroupsOfTheDefinitionByRowEffectsOfWeightedCases) {
+  CompareClasses(ClassTestKind::kRowEffects, true, 400, 5);
 }
 
 double NaiveF(std::vector<std::vector<double>> const& groups) {

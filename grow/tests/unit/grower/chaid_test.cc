@@ -51,7 +51,19 @@ struct Cell {
   int positive;
 };
 
-SampleData& Fill(SampleData& data, std::vector<Cell> const& cells, global::MeasurementLevel level) {
+/// What the targets of a test are: the settings of CHAID are of one class for each.
+enum class Target { kClasses, kNumbers };
+
+char const* NameOf(Target target) { return target == Target::kClasses ? "classes" : "numbers"; }
+
+/// Of numbers, class 1 is a 1 and class 0 a 0. Chi-square X of n cases is then as good as F = X (n
+/// - 2) / (n - X), so that both kinds of CHAID find about the same p-value.
+void SetTarget(SampleData& data, std::vector<double> const& classes, Target target) {
+  target == Target::kClasses ? data.Classes(classes) : data.Numbers(classes);
+}
+
+SampleData& Fill(SampleData& data, std::vector<Cell> const& cells, global::MeasurementLevel level,
+                 Target target) {
   std::vector<double> classes;
   std::vector<double> values;
   for (Cell const& cell : cells) {
@@ -60,7 +72,7 @@ SampleData& Fill(SampleData& data, std::vector<Cell> const& cells, global::Measu
       classes.push_back(i < cell.positive ? 1.0 : 0.0);
     }
   }
-  data.Classes(classes);
+  SetTarget(data, classes, target);
   if (level == global::MeasurementNominal) return data.Nominal(values);
   return level == global::MeasurementOrdinal ? data.Ordinal(values) : data.Ordered(values);
 }
@@ -71,10 +83,26 @@ std::size_t NumCases(std::vector<Cell> const& cells) {
   });
 }
 
-SampleData MakeCells(std::vector<Cell> const& cells, global::MeasurementLevel level) {
+SampleData MakeCells(std::vector<Cell> const& cells, global::MeasurementLevel level,
+                     Target target = Target::kClasses) {
   SampleData data(NumCases(cells));
-  Fill(data, cells, level);
+  Fill(data, cells, level, target);
   return data;
+}
+
+/// Grows by CHAID for the target of the data, with settings that `change` may have changed.
+template <class Change>
+std::unique_ptr<Grower> GrownWith(SampleData const& data, Change const& change,
+                                  GrowOptions const& options = {1}) {
+  if (data.GetData().GetColumn(data.GetRoles().target).description.level !=
+      global::MeasurementContinuous) {
+    auto settings = data.LooseSettings<CChaidSettingsImp>();
+    change(settings);
+    return Grown(data, settings, options);
+  }
+  auto settings = data.LooseSettings<RChaidSettingsImp>();
+  change(settings);
+  return Grown(data, settings, options);
 }
 
 // ---- Splits ----
@@ -138,6 +166,114 @@ TEST(ChaidGrower, SplitsNumbersByTheirMeans) {
   EXPECT_LT(RuleOf(*grower).GetStatistic(SplitLogPValue), -100.0);
 }
 
+/// Expects that the root is split with this improvement, and is not where more is wanted.
+void ExpectImprovement(SampleData const& data, double improvement) {
+  auto const numChildren = [&](double minImprovement) {
+    return RootOf(*GrownWith(data,
+                             [&](ChaidSettings& settings) {
+                               settings.GetStopRule()->SetMinImprovement(minImprovement);
+                             }))
+        .GetNumChildren();
+  };
+
+  EXPECT_NEAR(RuleOf(*GrownWith(data, [](ChaidSettings&) {})).GetStatistic(SplitImprovement),
+              improvement, 1e-12 * improvement);
+  EXPECT_GT(numChildren(improvement * (1.0 - 1e-9)), 0);
+  EXPECT_EQ(numChildren(improvement * (1.0 + 1e-9)), 0);
+}
+
+TEST(ChaidGrower, KeepsTheStatisticsOfASplitOfNumbers) {
+  // The first and the last of four categories have the same mean and are merged, which is one of 6
+  // ways to make three groups of four; all others differ with p < 0.04. With 2 degrees of freedom,
+  // the tail of F above B / 2 / (W / d) is (1 + B / W)^(-d / 2), where B and W are the sums of
+  // squares between and within groups. R agrees on all figures: anova(lm(number ~ group, weights =
+  // weight)), pf(F, 2, d, lower.tail = FALSE, log.p = TRUE).
+  struct {
+    char const* name;
+    std::vector<double> weights;      // by case; empty where all weigh 1
+    std::vector<double> frequencies;  // by case; empty where all count once
+    double between;
+    double within;
+    double weight;
+    double errorDegreesOfFreedom;
+  } const kRows[] = {
+      // Means 2, 6 and 11 of 6, 3 and 3 cases are 3.25, 0.75 and 5.75 from the mean of all;
+      // squares within are 4, 2 and 14. F = 36.95625.
+      {"no weights", {}, {}, 6 * 3.25 * 3.25 + 3 * 0.75 * 0.75 + 3 * 5.75 * 5.75, 20.0, 12.0, 9.0},
+      {"all weigh 4", std::vector<double>(12, 4.0), {}, 4.0 * 164.25, 80.0, 48.0, 9.0},
+      {"all count twice", {}, std::vector<double>(12, 2.0), 2.0 * 164.25, 40.0, 24.0, 21.0},
+      // Means 2, 6 and 11, whose weights are 9, 2 and 1.75; squares within are 6, 1 and 6.5. F =
+      // 43.16993.
+      {"case weights",
+       {1, 2, 1, 0.5, 1, 0.5, 0.25, 1, 0.5, 2, 1, 2},
+       {},
+       9 * 4 + 2 * 36 + 1.75 * 121 - 49.25 * 49.25 / 12.75,
+       13.5,
+       12.75,
+       9.0},
+      {"both",
+       {1, 2, 1, 0.5, 1, 0.5, 0.25, 1, 0.5, 2, 1, 2},
+       std::vector<double>(12, 2.0),
+       2.0 * (9 * 4 + 2 * 36 + 1.75 * 121 - 49.25 * 49.25 / 12.75),
+       27.0,
+       25.5,
+       21.0},
+  };
+  for (auto const& row : kRows) {
+    SCOPED_TRACE(row.name);
+    SampleData data(12);
+    data.Numbers({1, 2, 3, 5, 6, 7, 9, 10, 14, 1, 2, 3})
+        .Nominal({0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3});
+    if (!row.weights.empty()) data.Weights(row.weights);
+    if (!row.frequencies.empty()) data.Frequencies(row.frequencies);
+
+    auto const grower = Grown(data, data.LooseSettings<RChaidSettingsImp>());
+
+    ASSERT_EQ(RootOf(*grower).GetNumChildren(), 3);
+    SplitRuleImp const& rule = RuleOf(*grower);
+    EXPECT_EQ(rule.Classify(3.0), rule.Classify(0.0));
+    double const f = row.between / 2.0 / (row.within / row.errorDegreesOfFreedom);
+    EXPECT_NEAR(rule.GetStatistic(SplitTestStatistic), f, 1e-12 * f);
+    EXPECT_NEAR(
+        rule.GetStatistic(SplitLogPValue),
+        std::log(6.0) - row.errorDegreesOfFreedom / 2.0 * std::log(1.0 + row.between / row.within),
+        1e-11);
+    ExpectImprovement(data, row.between / row.weight);
+  }
+}
+
+TEST(ChaidGrower, KeepsTheStatisticsOfASplitOfWeightedClasses) {
+  // Cases (30, 70; 40, 60), of which the first 30 weigh 4 and all others 1. The expected (20, 80;
+  // 50, 50) have the same sums, and times the weights independent rows: (80, 80; 50, 50). All are
+  // 10 off. Without the weights, chi-square would be 2.198.
+  std::vector<double> weights(200, 1.0);
+  std::fill_n(weights.begin(), 30, 4.0);
+  std::vector<double> classes;
+  std::vector<double> values;
+  for (int i = 0; i < 200; ++i) {
+    values.push_back(i < 100 ? 0.0 : 1.0);
+    classes.push_back(i < 30 || (i >= 100 && i < 140) ? 0.0 : 1.0);
+  }
+  SampleData data(200);
+  data.Classes(classes).Nominal(values).Weights(weights);
+  double const chiSquare = 100.0 / 20.0 + 100.0 / 80.0 + 100.0 / 50.0 + 100.0 / 50.0;
+
+  auto settings = data.LooseSettings<CChaidSettingsImp>();
+  settings.SetConvergenceEpsilon(1e-10);
+  settings.SetMaxNumIterations(1000);
+  auto const grower = Grown(data, settings);
+
+  ASSERT_EQ(RootOf(*grower).GetNumChildren(), 2);
+  EXPECT_NEAR(RuleOf(*grower).GetStatistic(SplitTestStatistic), chiSquare, 1e-8);
+  EXPECT_NEAR(RuleOf(*grower).GetStatistic(SplitLogPValue),
+              std::log(std::erfc(std::sqrt(chiSquare / 2.0))), 1e-8);
+  // Weights (120, 70; 40, 60) add up to 290. Gini is 1 less the sum of squared shares.
+  ExpectImprovement(data,
+                    ((120.0 * 120.0 + 70.0 * 70.0) / 190.0 + (40.0 * 40.0 + 60.0 * 60.0) / 100.0 -
+                     (160.0 * 160.0 + 130.0 * 130.0) / 290.0) /
+                        290.0);
+}
+
 TEST(ChaidGrower, KeepsApartValuesThatAreCloseTogether) {
   SampleData const data =
       MakeCells({{0.001, 80, 5}, {0.002, 80, 75}, {0.003, 80, 5}, {0.004, 80, 40}},
@@ -167,6 +303,39 @@ TEST(ChaidGrower, DividesContinuousPredictorsAtQuantiles) {
   EXPECT_THAT(ChildSizes(RootOf(*Grown(data, settings))),
               ElementsAre(80.0, 40.0, 160.0, 40.0, 80.0))
       << "the middle of the third and the eighth tenth are where classes change";
+}
+
+TEST(ChaidGrower, DividesContinuousPredictorsAtQuantilesOfTheTrainingSample) {
+  // The test sample has lower and higher values, and some between those of the training sample.
+  std::vector<double> values;
+  std::vector<double> classes;
+  std::vector<double> samples;
+  for (int i = 0; i < 400; ++i) {
+    values.push_back(i);
+    classes.push_back(i >= 100 && i < 300 ? 1.0 : 0.0);
+    samples.push_back(0.0);
+  }
+  for (int i = 0; i < 600; ++i) {
+    values.push_back(i < 300 ? -1000.0 - i : i < 500 ? 1000.0 + i : 100.0 + i / 4.0);
+    classes.push_back(i % 2);
+    samples.push_back(1.0);
+  }
+  for (Target const target : {Target::kClasses, Target::kNumbers}) {
+    SCOPED_TRACE(NameOf(target));
+    SampleData data(1000);
+    SetTarget(data, classes, target);
+    data.Ordered(values).Samples(samples);
+
+    auto const grower =
+        GrownWith(data, [](ChaidSettings&) {}, {.numThreads = 1, .numIntervals = 4});
+
+    EXPECT_EQ(grower->GetNumCases(TestSample), 600U);
+    EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(100.0, 200.0, 100.0));
+    EXPECT_EQ(RuleOf(*grower).Classify(99.0), 0);
+    EXPECT_EQ(RuleOf(*grower).Classify(99.01), 1);
+    EXPECT_EQ(RuleOf(*grower).Classify(299.0), 1);
+    EXPECT_EQ(RuleOf(*grower).Classify(299.01), 2);
+  }
 }
 
 TEST(ChaidGrower, CutsContinuousPredictorsAtValuesOfCases) {
@@ -234,56 +403,77 @@ TEST(ChaidGrower, MakesNoSurrogates) {
 // ---- Settings ----
 
 TEST(ChaidGrower, SplitsOnlyAtTheLevelOfTheSplit) {
-  // Chi-square 3.84 is p = 0.05; here it is 200 (55 55 - 45 45)^2 / 100^4 = 2, p = 0.157.
-  SampleData const data = MakeCells({{0, 100, 45}, {1, 100, 55}}, global::MeasurementNominal);
-  auto settings = data.LooseSettings<CChaidSettingsImp>();
+  // Chi-square 3.84 is p = 0.05; here it is 200 (55 55 - 45 45)^2 / 100^4 = 2, p = 0.157. F is 2 as
+  // well, with 198 cases left, p = 0.159.
+  for (Target const target : {Target::kClasses, Target::kNumbers}) {
+    SCOPED_TRACE(NameOf(target));
+    SampleData const data =
+        MakeCells({{0, 100, 45}, {1, 100, 55}}, global::MeasurementNominal, target);
+    auto const numChildrenAt = [&](double alpha) {
+      return RootOf(
+                 *GrownWith(data,
+                            [&](ChaidSettings& settings) { settings.SetAlphaOfSplitNode(alpha); }))
+          .GetNumChildren();
+    };
 
-  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 0);
-
-  settings.SetAlphaOfSplitNode(0.16);
-  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 2);
-  settings.SetAlphaOfSplitNode(0.15);
-  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 0);
+    EXPECT_EQ(RootOf(*GrownWith(data, [](ChaidSettings&) {})).GetNumChildren(), 0);
+    EXPECT_EQ(numChildrenAt(0.16), 2);
+    EXPECT_EQ(numChildrenAt(0.15), 0);
+  }
 }
 
 TEST(ChaidGrower, MergesAboveTheLevelOfMerging) {
-  // Categories 0 and 1 differ with p = 0.157.
-  SampleData const data =
-      MakeCells({{0, 100, 45}, {1, 100, 55}, {2, 100, 95}}, global::MeasurementNominal);
-  auto settings = data.LooseSettings<CChaidSettingsImp>();
+  // Categories 0 and 1 differ with p = 0.157 or 0.159.
+  for (Target const target : {Target::kClasses, Target::kNumbers}) {
+    SCOPED_TRACE(NameOf(target));
+    SampleData const data =
+        MakeCells({{0, 100, 45}, {1, 100, 55}, {2, 100, 95}}, global::MeasurementNominal, target);
+    auto const childSizesAt = [&](double alpha) {
+      return ChildSizes(RootOf(
+          *GrownWith(data, [&](ChaidSettings& settings) { settings.SetAlphaOfMerge(alpha); })));
+    };
 
-  settings.SetAlphaOfMerge(0.15);
-  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 2);
-  settings.SetAlphaOfMerge(0.16);
-  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumChildren(), 3);
+    EXPECT_THAT(childSizesAt(0.15), ElementsAre(200.0, 100.0));
+    EXPECT_THAT(childSizesAt(0.16), ElementsAre(100.0, 100.0, 100.0));
+  }
 }
 
 TEST(ChaidGrower, SplitsMergedCategoriesAtTheLevelForThat) {
   // Categories 0 to 3 are merged, the last two groups with p = 0.064; of their halves, 0 and 1
-  // differ from 2 and 3 with chi-square 4.0064, p = 0.0453, and no other two parts differ more.
-  SampleData const data =
-      MakeCells({{0, 100, 40}, {1, 100, 46}, {2, 100, 50}, {3, 100, 56}, {4, 100, 95}, {5, 100, 5}},
-                global::MeasurementNominal);
-  auto settings = data.LooseSettings<CChaidSettingsImp>();
-  settings.SetAllowSplitMerge(true);
+  // differ from 2 and 3 with chi-square 4.0064, p = 0.0453, or F = 4.0267, p = 0.0455, and no other
+  // two parts differ more.
+  for (Target const target : {Target::kClasses, Target::kNumbers}) {
+    SCOPED_TRACE(NameOf(target));
+    SampleData const data = MakeCells(
+        {{0, 100, 40}, {1, 100, 46}, {2, 100, 50}, {3, 100, 56}, {4, 100, 95}, {5, 100, 5}},
+        global::MeasurementNominal, target);
+    auto const childSizesAt = [&](double alpha) {
+      return ChildSizes(RootOf(*GrownWith(data, [&](ChaidSettings& settings) {
+        settings.SetAllowSplitMerge(true);
+        settings.SetAlphaOfMergeSplit(alpha);
+      })));
+    };
 
-  settings.SetAlphaOfMergeSplit(0.045);
-  EXPECT_THAT(ChildSizes(RootOf(*Grown(data, settings))), ElementsAre(400.0, 100.0, 100.0));
-  settings.SetAlphaOfMergeSplit(0.046);
-  EXPECT_THAT(ChildSizes(RootOf(*Grown(data, settings))), ElementsAre(200.0, 200.0, 100.0, 100.0));
+    EXPECT_THAT(childSizesAt(0.045), ElementsAre(400.0, 100.0, 100.0));
+    EXPECT_THAT(childSizesAt(0.046), ElementsAre(200.0, 200.0, 100.0, 100.0));
+  }
 }
 
 TEST(ChaidGrower, AdjustsPValuesByTheNumberOfWaysToMerge) {
   // Four nominal categories make two groups in 7 ways.
-  SampleData const data =
-      MakeCells({{0, 50, 15}, {1, 50, 35}, {2, 50, 15}, {3, 50, 35}}, global::MeasurementNominal);
-  auto settings = data.LooseSettings<CChaidSettingsImp>();
+  for (Target const target : {Target::kClasses, Target::kNumbers}) {
+    SCOPED_TRACE(NameOf(target));
+    SampleData const data = MakeCells({{0, 50, 15}, {1, 50, 35}, {2, 50, 15}, {3, 50, 35}},
+                                      global::MeasurementNominal, target);
+    auto const logPOf = [&](bool adjusted) {
+      return RuleOf(*GrownWith(
+                        data,
+                        [&](ChaidSettings& settings) { settings.SetUseBonferroniAdj(adjusted); }))
+          .GetStatistic(SplitLogPValue);
+    };
 
-  double const adjusted = RuleOf(*Grown(data, settings)).GetStatistic(SplitLogPValue);
-  settings.SetUseBonferroniAdj(false);
-  double const bare = RuleOf(*Grown(data, settings)).GetStatistic(SplitLogPValue);
-
-  EXPECT_NEAR(adjusted - bare, std::log(7.0), 1e-9);
+    EXPECT_NEAR(logPOf(true) - logPOf(false), std::log(7.0), 1e-9);
+  }
 }
 
 TEST(ChaidGrower, TestsByTheChiSquareMethod) {
@@ -413,43 +603,85 @@ TEST(ChaidGrower, AlteredPriorsChangeTheImprovementAlone) {
 }
 
 TEST(ChaidGrower, StopsAtTheStoppingRule) {
-  std::vector<double> a;
-  std::vector<double> b;
+  // Shares of 20 and 50, 60 and 90 percent: the root splits by the first predictor, into means of
+  // 0.35 and 0.75, and its children split by the second one, each mean 0.15 from theirs. That takes
+  // 0.2^2 off the variance, then 0.15^2 in either half of the cases; off Gini, twice as much.
   std::vector<double> classes;
+  std::vector<double> first;
+  std::vector<double> second;
+  int const numPositive[] = {20, 50, 60, 90};
   for (int i = 0; i < 400; ++i) {
-    a.push_back(i % 2);
-    b.push_back(i / 2 % 2);
-    classes.push_back(i % 10 < 3 + 3 * (i % 2) + 3 * (i / 2 % 2) ? 1.0 : 0.0);
+    first.push_back(i < 200 ? 0.0 : 1.0);
+    second.push_back(i / 100 % 2);
+    classes.push_back(i % 100 < numPositive[i / 100] ? 1.0 : 0.0);
   }
-  SampleData data(400);
-  data.Classes(classes).Nominal(a).Nominal(b);
-  auto const grown = [&](std::function<void(StopRule&)> const& change) {
-    auto settings = data.LooseSettings<CChaidSettingsImp>();
-    change(*settings.GetStopRule());
-    return Grown(data, settings)->GetNumNodes(TerminalNodes);
+  struct {
+    char const* name;
+    std::function<void(StopRule&)> change;
+    int numTerminal;
+  } const kRows[] = {
+      {"nothing", [](StopRule&) {}, 4},
+      {"a depth of two", [](StopRule& rule) { rule.SetMaxTreeDepth(2); }, 4},
+      {"a depth of one", [](StopRule& rule) { rule.SetMaxTreeDepth(1); }, 2},
+      {"no depth", [](StopRule& rule) { rule.SetMaxTreeDepth(0); }, 1},
+      {"nodes of 200", [](StopRule& rule) { rule.SetMinNodeSize(200); }, 4},
+      {"nodes of 201", [](StopRule& rule) { rule.SetMinNodeSize(201); }, 2},
+      {"nodes of half", [](StopRule& rule) { rule.SetMinNodePercentSize(50.0); }, 4},
+      {"nodes of more than half", [](StopRule& rule) { rule.SetMinNodePercentSize(50.1); }, 2},
+      {"children of 100", [](StopRule& rule) { rule.SetMinChildSize(100); }, 4},
+      {"children of 101", [](StopRule& rule) { rule.SetMinChildSize(101); }, 2},
+      {"children of a quarter", [](StopRule& rule) { rule.SetMinChildPercentSize(25.0); }, 4},
+      {"children of more", [](StopRule& rule) { rule.SetMinChildPercentSize(25.1); }, 2},
   };
+  for (Target const target : {Target::kClasses, Target::kNumbers}) {
+    SampleData data(400);
+    SetTarget(data, classes, target);
+    data.Nominal(first).Nominal(second);
+    auto const numTerminal = [&](std::function<void(StopRule&)> const& change) {
+      return GrownWith(data, [&](ChaidSettings& settings) { change(*settings.GetStopRule()); })
+          ->GetNumNodes(TerminalNodes);
+    };
+    for (auto const& row : kRows) {
+      SCOPED_TRACE(std::string(NameOf(target)) + ", " + row.name);
 
-  int const all = grown([](StopRule&) {});
-  ASSERT_EQ(all, 4);
-  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMaxTreeDepth(1); }), 2);
-  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMaxTreeDepth(0); }), 1);
-  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinNodeSize(201); }), 2);
-  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinNodePercentSize(51.0); }), 2);
-  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinChildSize(101); }), 2);
-  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinChildPercentSize(26.0); }), 2);
-  EXPECT_EQ(grown([](StopRule& rule) { rule.SetMinImprovement(0.2); }), 1);
+      EXPECT_EQ(numTerminal(row.change), row.numTerminal);
+    }
+
+    double const scale = target == Target::kClasses ? 2.0 : 1.0;
+    auto const numImproving = [&](double improvement) {
+      return numTerminal([&](StopRule& rule) { rule.SetMinImprovement(scale * improvement); });
+    };
+    SCOPED_TRACE(NameOf(target));
+    EXPECT_EQ(numImproving(0.15 * 0.15 / 2.0 - 1e-9), 4);
+    EXPECT_EQ(numImproving(0.15 * 0.15 / 2.0 + 1e-9), 2);
+    EXPECT_EQ(numImproving(0.2 * 0.2 - 1e-9), 2);
+    EXPECT_EQ(numImproving(0.2 * 0.2 + 1e-9), 1);
+  }
 }
 
 TEST(ChaidGrower, LeavesOutPredictorsWithTooManyCategories) {
-  SampleData const data =
-      MakeCells({{0, 50, 15}, {1, 50, 35}, {2, 50, 10}}, global::MeasurementNominal);
-  auto settings = data.LooseSettings<CChaidSettingsImp>();
-  settings.SetMaxNominalPredCategories(2);
+  for (Target const target : {Target::kClasses, Target::kNumbers}) {
+    SCOPED_TRACE(NameOf(target));
+    SampleData const data =
+        MakeCells({{0, 50, 15}, {1, 50, 35}, {2, 50, 10}}, global::MeasurementNominal, target);
+    auto const allowing = [&](int count) {
+      return GrownWith(
+          data, [&](ChaidSettings& settings) { settings.SetMaxNominalPredCategories(count); });
+    };
 
-  auto const grower = Grown(data, settings);
+    EXPECT_EQ(RootOf(*allowing(3)).GetNumChildren(), 2);
+    auto const grower = allowing(2);
+    EXPECT_EQ(RootOf(*grower).GetNumChildren(), 0);
+    EXPECT_THAT(grower->GetRemarks(), ElementsAre(HasSubstr("3 categories")));
+  }
+}
 
-  EXPECT_EQ(RootOf(*grower).GetNumChildren(), 0);
-  EXPECT_THAT(grower->GetRemarks(), ElementsAre(HasSubstr("3 categories")));
+std::vector<int> PredictorsOfCompetitors(NodeImp const& node) {
+  std::vector<int> predictors;
+  for (int i = 0; i < node.GetNumCompetitors(); ++i) {
+    predictors.push_back(node.GetCompetitorImp(static_cast<unsigned int>(i))->GetPredictorIndex());
+  }
+  return predictors;
 }
 
 TEST(ChaidGrower, KeepsCompetitorsInOrderOfTheirPValues) {
@@ -463,22 +695,53 @@ TEST(ChaidGrower, KeepsCompetitorsInOrderOfTheirPValues) {
     good.push_back((i / 2) % 10 < 6 ? i % 2 : 1 - i % 2);
     best.push_back((i / 2) % 10 < 8 ? i % 2 : 1 - i % 2);
   }
-  SampleData data(600);
-  data.Classes(classes).Nominal(random).Nominal(good).Nominal(best);
-  auto settings = data.LooseSettings<CChaidSettingsImp>();
+  for (Target const target : {Target::kClasses, Target::kNumbers}) {
+    SCOPED_TRACE(NameOf(target));
+    SampleData data(600);
+    SetTarget(data, classes, target);
+    data.Nominal(random).Nominal(good).Nominal(best);
 
-  auto const grower = Grown(data, settings);
+    auto const all = GrownWith(data, [](ChaidSettings&) {});
+    auto const two =
+        GrownWith(data, [](ChaidSettings& settings) { settings.SetMaxNumCompetitors(2); });
 
-  NodeImp const& root = RootOf(*grower);
-  ASSERT_EQ(root.GetNumCompetitors(), 3);
-  EXPECT_EQ(root.GetCompetitorImp(0)->GetPredictorIndex(), 2);
-  EXPECT_EQ(root.GetCompetitorImp(1)->GetPredictorIndex(), 1);
-  EXPECT_EQ(root.GetCompetitorImp(2)->GetPredictorIndex(), 0);
-  EXPECT_LT(root.GetCompetitorImp(0)->GetStatistic(SplitLogPValue),
-            root.GetCompetitorImp(1)->GetStatistic(SplitLogPValue));
+    EXPECT_THAT(PredictorsOfCompetitors(RootOf(*all)), ElementsAre(2, 1, 0));
+    EXPECT_LT(RootOf(*all).GetCompetitorImp(0)->GetStatistic(SplitLogPValue),
+              RootOf(*all).GetCompetitorImp(1)->GetStatistic(SplitLogPValue));
+    EXPECT_THAT(PredictorsOfCompetitors(RootOf(*two)), ElementsAre(2, 1));
+  }
+}
 
-  settings.SetMaxNumCompetitors(2);
-  EXPECT_EQ(RootOf(*Grown(data, settings)).GetNumCompetitors(), 2);
+TEST(ChaidGrower, KeepsApartPValuesThatAreZeroAsDoubles) {
+  // Each predictor is the class but for some of 4000 cases, the middle one for the fewest.
+  std::vector<double> classes;
+  std::vector<std::vector<double>> predictors(3);
+  int const numWrong[] = {60, 20, 40};
+  for (int i = 0; i < 4000; ++i) {
+    classes.push_back(i % 2);
+    for (std::size_t which = 0; which < 3; ++which) {
+      predictors[which].push_back(i < numWrong[which] ? 1 - i % 2 : i % 2);
+    }
+  }
+  for (auto const level : {global::MeasurementNominal, global::MeasurementOrdinal}) {
+    for (Target const target : {Target::kClasses, Target::kNumbers}) {
+      SCOPED_TRACE(std::string(NameOf(target)) + ", level " + std::to_string(level));
+      SampleData data(4000);
+      SetTarget(data, classes, target);
+      for (auto const& values : predictors) {
+        level == global::MeasurementNominal ? data.Nominal(values) : data.Ordinal(values);
+      }
+
+      auto const grower = GrownWith(
+          data, [](ChaidSettings& settings) { settings.GetStopRule()->SetMaxTreeDepth(1); });
+
+      EXPECT_THAT(PredictorsOfCompetitors(RootOf(*grower)), ElementsAre(1, 2, 0));
+      for (unsigned int i = 0; i < 3; ++i) {
+        EXPECT_EQ(std::exp(RootOf(*grower).GetCompetitorImp(i)->GetStatistic(SplitLogPValue)), 0.0);
+      }
+      EXPECT_THAT(ChildSizes(RootOf(*grower)), ElementsAre(2000.0, 2000.0));
+    }
+  }
 }
 
 // ---- Ordinal targets ----
@@ -669,26 +932,9 @@ Columns RandomColumns(std::uint32_t seed, bool classes) {
   return columns;
 }
 
-/// Grows with settings that `change` may have changed.
-template <class Change>
-std::unique_ptr<Grower> GrownWith(SampleData const& data, Change const& change,
-                                  int numThreads = 1) {
-  GrowOptions const options{.numThreads = numThreads};
-  if (data.GetData().GetColumn(data.GetRoles().target).description.level !=
-      global::MeasurementContinuous) {
-    auto settings = data.LooseSettings<CChaidSettingsImp>();
-    change(settings);
-    return Grown(data, settings, options);
-  }
-  auto settings = data.LooseSettings<RChaidSettingsImp>();
-  change(settings);
-  return Grown(data, settings, options);
-}
-
 std::string GrownText(SampleData const& data, int numThreads = 1) {
-  return Describe(*GrownWith(
-                       data, [](ChaidSettings&) {}, numThreads)
-                       ->GetRootNode());
+  return Describe(
+      *GrownWith(data, [](ChaidSettings&) {}, {.numThreads = numThreads})->GetRootNode());
 }
 
 class ChaidSeed : public testing::TestWithParam<std::uint32_t> {};
