@@ -61,7 +61,8 @@ std::uint64_t MakeCodeSet(RuleTable const& rule, int missingChild) {
   return set;
 }
 
-/// Writes the slots of a tree, level by level.
+/// Writes the slots of a tree: the upper ones level by level, so that whole levels are at the
+/// front, and those below depth first, so that what a case meets lies close together.
 class Flattener {
  public:
   /// Writes them all, and gives the block.
@@ -75,7 +76,8 @@ class Flattener {
     bool isInner;  // an end only, of the cases that stay at this node
   };
 
-  void WriteNode(Place const& place);
+  void WriteNode(Place place);
+  void WriteSlots(Place const& place);
   void ReadRules(NodeImp const& node);
   void DropRulesThatAreNeverAsked();
   void ReadOneRule(SplitRuleImp const* rule, int numChildren, RuleTable& table);
@@ -93,8 +95,9 @@ class Flattener {
   BlockMemory MakeBlock() const;
 
   std::vector<Slot> slots_;
-  std::vector<Place> queue_;  // nodes in the order of their levels
+  std::vector<Place> open_;  // nodes that have a slot, to be written
   std::vector<Place> ends_;
+  std::uint32_t numNodes_ = 0;
   std::uint32_t depth_ = 0;
   std::uint32_t numPredictors_ = 0;
   std::uint32_t numClasses_ = 0;
@@ -111,23 +114,38 @@ class Flattener {
 
 BlockMemory Flattener::Run(NodeImp const& root) {
   AddSlots(1);
-  queue_.push_back({&root, 0, 0, false});
-  for (std::size_t next = 0; next < queue_.size(); ++next) {
-    Place const place = queue_[next];
-    try {
-      WriteNode(place);
-    } catch (InputError const& error) {
-      throw InputError("node " + std::to_string(place.node->GetId()) + ": " + error.what());
-    }
+  open_.push_back({&root, 0, 0, false});
+  std::size_t numWritten = 0;
+  while (numWritten < open_.size() && slots_.size() < PlainLevels::kFrontSlots) {
+    WriteNode(open_[numWritten++]);
+  }
+  open_.erase(open_.begin(), open_.begin() + static_cast<std::ptrdiff_t>(numWritten));
+  std::reverse(open_.begin(), open_.end());
+  while (!open_.empty()) {
+    Place const place = open_.back();
+    open_.pop_back();
+    std::size_t const numOpen = open_.size();
+    WriteNode(place);
+    std::reverse(open_.begin() + static_cast<std::ptrdiff_t>(numOpen), open_.end());
   }
   WriteEnds();
   return MakeBlock();
 }
 
-void Flattener::WriteNode(Place const& place) {
+// A copy: the place is among others that are added to.
+void Flattener::WriteNode(Place place) {
+  try {
+    WriteSlots(place);
+  } catch (InputError const& error) {
+    throw InputError("node " + std::to_string(place.node->GetId()) + ": " + error.what());
+  }
+}
+
+void Flattener::WriteSlots(Place const& place) {
   NodeImp const& node = *place.node;
   // Deliberate: a derived node may choose children otherwise.
   if (typeid(node) != typeid(NodeImp)) throw InputError("it is of a class that is not known");
+  ++numNodes_;
   depth_ = std::max(depth_, place.level);
   if (node.GetNumChildren() == 0) {
     ends_.push_back(place);
@@ -298,7 +316,7 @@ void Flattener::PlaceChildren(Place const& place, std::uint32_t first, bool areR
     if (child->GetNumChildren() == 0 && position < 2) {
       slots_[place.slot].word |= position == 0 ? Slot::kLeftEnds : Slot::kRightEnds;
     }
-    queue_.push_back({child, first + static_cast<std::uint32_t>(position), place.level + 1, false});
+    open_.push_back({child, first + static_cast<std::uint32_t>(position), place.level + 1, false});
   }
 }
 
@@ -367,7 +385,7 @@ BlockMemory Flattener::MakeBlock() const {
   header.version = BlockHeader::kVersion;
   header.size = block.GetSize();
   header.numSlots = static_cast<std::uint32_t>(slots_.size());
-  header.numNodes = static_cast<std::uint32_t>(queue_.size());
+  header.numNodes = numNodes_;
   header.numEnds = static_cast<std::uint32_t>(ends_.size());
   header.numPredictors = numPredictors_;
   header.numClasses = numClasses_;
