@@ -56,9 +56,12 @@ def score_sklearn(x, nodes, ids, depth):
     tree.__setstate__(state)
     if not any_missing:
         compare(tree.apply(x), nodes, ids)
-    doubles = x.astype(numpy.float64)
     print(f"apply_float {smallest(lambda: tree.apply(x), len(x)):.2f}")
-    apply_doubles = lambda: tree.apply(doubles.astype(numpy.float32))
+    doubles = x.astype(numpy.float64)
+
+    def apply_doubles():
+        tree.apply(doubles.astype(numpy.float32))
+
     print(f"apply_double {smallest(apply_doubles, len(x)):.2f}")
     rows = [x[i:i + 1] for i in range(5000)]
     print(f"one_float {smallest(lambda: [tree.apply(row) for row in rows], len(rows)):.2f}")

@@ -69,6 +69,7 @@ template <class Value, class Move>
 void BareTree::FindInFlight(Value const* rows, std::size_t numRows, std::size_t stride, Until until,
                             Move const& move, std::uint32_t* ids) const {
   constexpr std::size_t kLanes = 16;
+  if (numRows < kLanes) throw std::invalid_argument("a bare tree takes 16 rows at least");
   Entry const* const entries = entries_.data();
   for (std::size_t row = 0; row < numRows; row += kLanes) {
     // The last rows are looked at once more, together with some before them.

@@ -25,7 +25,8 @@ class BareTree {
   /// has levels, which is less work where most rows get to the last one.
   enum class Until { kNoneMoves, kLastLevel };
 
-  /// Where each of the rows ends, by identifier. `stride`: from row to row.
+  /// Where each of the rows ends, by identifier. `stride`: from row to row. The first two throw
+  /// `std::invalid_argument` for fewer than 16 rows.
   ///@{
   /// Without missing values.
   template <class Value>

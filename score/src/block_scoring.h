@@ -43,7 +43,8 @@ enum class Layout : std::uint8_t { kDoubleRows, kFloatRows, kDoubleColumns, kFlo
 /// The layout of the cases, as far as the tree asks for them.
 Layout FindLayout(FlatTree const& tree, Cases const& cases);
 
-/// What binary nodes have to look for in cases of this layout; of any layout but `kAny`.
+/// What binary nodes have to look for in cases of this layout. Means nothing for `kAny`, whose
+/// bitmaps may say more.
 MissingKind FindMissingKind(FlatTree const& tree, Cases const& cases, Layout layout);
 
 }  // namespace tree::score

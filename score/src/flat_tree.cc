@@ -33,7 +33,7 @@ std::uint64_t ComputeSize(BlockHeader const& header) {
   std::uint64_t const numProbabilities = std::uint64_t{header.numEnds} * header.numClasses;
   if (numProbabilities > kTooLarge / 32) return kTooLarge;
   return sizeof(BlockHeader) + slotBytes + numProbabilities * sizeof(double) +
-         header.numOwnMissingValues * sizeof(OwnMissingValue);
+         std::uint64_t{header.numOwnMissingValues} * sizeof(OwnMissingValue);
 }
 
 void CheckHeader(BlockHeader const& header, std::size_t size) {

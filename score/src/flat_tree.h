@@ -37,7 +37,7 @@ struct BlockHeader {
 };
 static_assert(sizeof(BlockHeader) == 112);
 
-/// The missing value of a predictor, to binary nodes, when it is not that of most others.
+/// The missing value of a predictor, to binary nodes, when it is not the one of the header.
 struct OwnMissingValue {
   double value;
   std::uint32_t predictor;  // above that of the one before
@@ -89,7 +89,7 @@ class FlatTree {
   }
   /// Whether predictors differ in their missing values.
   bool HasOwnMissingValues() const { return !missingValues_.empty(); }
-  /// The missing values to binary nodes, by predictor. Requires that they differ.
+  /// The missing values to binary nodes, by predictor; there is nothing to read unless they differ.
   double const* GetMissingValues() const { return missingValues_.data(); }
   /// The missing value of the header as a float; NaN when no float is equal to it.
   float GetMissingFloat() const { return missingFloat_; }

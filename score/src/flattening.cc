@@ -81,7 +81,9 @@ class Flattener {
   void ReadRules(NodeImp const& node);
   void DropRulesThatAreNeverAsked();
   void ReadOneRule(SplitRuleImp const* rule, int numChildren, RuleTable& table);
-  bool IsPlainCut(RuleTable const& rule);
+  bool IsPlainCut(RuleTable const& rule) const;
+  void NoteMissingValue(RuleTable const& rule);
+  bool AgreeOnMissingValues() const;
   bool WriteTwoWays(Place const& place);
   Slot MakeSurrogate(RuleTable const& rule, int leftChild, bool isLast);
   void WriteGeneral(Place const& place);
@@ -197,13 +199,29 @@ void Flattener::ReadOneRule(SplitRuleImp const* rule, int numChildren, RuleTable
 
 // Whether the rule sends values up to a cut point to one of two children and those above it to the
 // other one, with the missing value of all such rules of its predictor.
-bool Flattener::IsPlainCut(RuleTable const& rule) {
+bool Flattener::IsPlainCut(RuleTable const& rule) const {
   if (!rule.ordered || rule.cuts.size() != 1) return false;
   int const below = rule.cuts.front().child;
   if (below < 0 || rule.upperChild < 0 || below + rule.upperChild != 1) return false;
+  auto const known = missingValues_.find(rule.predictor);
+  return known == missingValues_.end() || IsSame(known->second, rule.missingValue);
+}
+
+void Flattener::NoteMissingValue(RuleTable const& rule) {
+  if (!rule.ordered) return;
   if (missingValues_.empty()) missingValue_ = rule.missingValue;
-  auto const known = missingValues_.emplace(rule.predictor, rule.missingValue).first;
-  return IsSame(known->second, rule.missingValue);
+  missingValues_.emplace(rule.predictor, rule.missingValue);
+}
+
+// Whether no rule of the node disagrees with another one about the missing value of a predictor.
+bool Flattener::AgreeOnMissingValues() const {
+  std::map<int, double> ofNode;
+  auto const agrees = [&ofNode](RuleTable const& rule) {
+    if (!rule.ordered) return true;
+    auto const known = ofNode.emplace(rule.predictor, rule.missingValue).first;
+    return IsSame(known->second, rule.missingValue);
+  };
+  return agrees(primary_) && std::all_of(surrogates_.begin(), surrogates_.end(), agrees);
 }
 
 bool Flattener::WriteTwoWays(Place const& place) {
@@ -217,6 +235,9 @@ bool Flattener::WriteTwoWays(Place const& place) {
   }
   bool const isSlow = anyStay_ || !surrogates_.empty();
   if (isSlow && !isCut && !FitsHalves(primary_)) return false;
+  if (!surrogates_.empty() && !AgreeOnMissingValues()) return false;
+  NoteMissingValue(primary_);
+  for (RuleTable const& rule : surrogates_) NoteMissingValue(rule);
 
   int const leftChild = isCut ? primary_.cuts.front().child : 0;
   int const missingChild = primary_.missingChild >= 0 ? primary_.missingChild : dumbChild_;
@@ -365,9 +386,8 @@ void Flattener::WriteClasses() {
 std::vector<OwnMissingValue> Flattener::ListOwnMissingValues() const {
   std::vector<OwnMissingValue> own;
   for (auto const& [predictor, value] : missingValues_) {
-    auto const index = static_cast<std::uint32_t>(predictor);
-    // A rule that was written otherwise in the end may have been the only one to ask for it.
-    if (!IsSame(value, missingValue_) && index < numPredictors_) own.push_back({value, index, 0});
+    if (IsSame(value, missingValue_)) continue;
+    own.push_back({value, static_cast<std::uint32_t>(predictor), 0});
   }
   return own;
 }

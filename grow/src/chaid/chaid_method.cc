@@ -1,7 +1,6 @@
 #include "chaid/chaid_method.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <numeric>
 #include <utility>

@@ -15,9 +15,9 @@
 namespace tree::grow {
 
 /// Finds the most significant division of a group of categories into two groups that could have
-/// been merged. `Groups`: as for `CategoryMerger`, whose two spare groups it uses. All divisions
-/// are tried, save those of more nominal categories than `kMaxExhaustive`: of these the cuts in the
-/// order of `Groups::SortForCuts`, one of which is the best of all where `Groups::AreCutsBest`.
+/// been merged. `Groups`: as for `CategoryMerger`, whose two spare groups it uses. What is found is
+/// the best of all divisions, save of more nominal categories than `kMaxExhaustive`: of these it is
+/// the best of the cuts in the order of `Groups::SortForCuts`, unless `Groups::AreCutsBest`.
 template <class Groups>
 class GroupSplit {
  public:

@@ -25,6 +25,7 @@ class GrowingListener : public ProgressListener {
   int GetNumReports() const { return numReports_; }
 
  private:
+  // `Workers` let 40 pass between two reports.
   static constexpr std::chrono::milliseconds kMoreThanBetweenReports{45};
 
   int patience_;

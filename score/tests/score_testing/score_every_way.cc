@@ -1,11 +1,11 @@
 #include "score_testing/score_every_way.h"
 
-#include <cmath>
+#include <algorithm>
+#include <bit>
 #include <cstdint>
 #include <limits>
 #include <numeric>
 #include <stdexcept>
-#include <string>
 #include <vector>
 
 #include "flat_tree.h"
@@ -31,6 +31,10 @@ double DrawFor(FlatTree const& tree, std::uint32_t predictor, Draw const& draw) 
     default:
       return static_cast<double>(static_cast<std::int32_t>(draw(256)) - 128) / 4.0;
   }
+}
+
+bool HaveSameBits(double a, double b) {
+  return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
 
 class EveryWay {
@@ -88,18 +92,28 @@ class EveryWay {
   template <class Value>
   void CheckAnswers(Cases const& cases, GuardedVector<Value> const& rows,
                     std::vector<std::uint32_t> const& positions) const {
-    std::vector<std::uint32_t> ids(kNumCases);
-    std::vector<double> predictions(kNumCases);
-    std::vector<double> probabilities(kNumCases * scorer_.GetNumClasses());
+    std::size_t const numClasses = scorer_.GetNumClasses();
+    GuardedVector<std::uint32_t> ids(kNumCases);
+    GuardedVector<double> predictions(kNumCases);
+    GuardedVector<double> probabilities(kNumCases * numClasses);
     Answers answers;
     answers.ids = ids.data();
     if (scorer_.HasPredictions()) answers.predictions = predictions.data();
-    if (scorer_.GetNumClasses() > 0) answers.probabilities = probabilities.data();
+    if (numClasses > 0) answers.probabilities = probabilities.data();
     scorer_.Score(cases, answers);
     for (std::size_t row = 0; row < kNumCases; ++row) {
       std::uint32_t const position = scorer_.FindPosition(rows.data() + row * numPredictors_);
       if (position != positions[row]) throw std::logic_error("one case is scored otherwise");
       if (scorer_.GetId(position) != ids[row]) throw std::logic_error("an identifier differs");
+      if (scorer_.HasPredictions() &&
+          !HaveSameBits(scorer_.GetPrediction(position), predictions[row])) {
+        throw std::logic_error("a prediction differs");
+      }
+      double const* const ofCase = probabilities.data() + row * numClasses;
+      if (!std::equal(ofCase, ofCase + numClasses, scorer_.GetProbabilities(position),
+                      HaveSameBits)) {
+        throw std::logic_error("a probability differs");
+      }
     }
   }
 

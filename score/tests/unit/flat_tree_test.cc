@@ -106,8 +106,8 @@ DamagedBlock MakeBlockOfCodes() {
   return DamagedBlock(*root);
 }
 
-/// Its slots: 0 a node with a surrogate, over the ends 1 and 2; 3 the surrogate. The missing values
-/// of predictors 2 and 3 differ from that of 0.
+/// Its slots: 0 a node with two surrogates, over the ends 1 and 2; 3 and 4 the surrogates. Their
+/// missing values differ from that of the node.
 DamagedBlock MakeBlockOfMissingValues() {
   auto const cutAt = [](int predictor, double missingValue) {
     auto rule = std::make_unique<OSplitRule>(missingValue, predictor);
@@ -357,7 +357,8 @@ TEST(FlatTree, IsSafeToScoreWithWheneverItIsAccepted) {
   EXPECT_GT(numAccepted, 100);
 }
 
-// A fuzzer that begins with nothing that is accepted hardly gets beyond the header.
+// A fuzzer that begins with nothing that is accepted hardly gets beyond the header. What it finds
+// and has to be refused belongs to the tests above.
 TEST(FlatTree, AcceptsTheSeedsOfItsFuzzer) {
   std::mt19937 engine(1);
   int numSeeds = 0;

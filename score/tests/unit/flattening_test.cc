@@ -9,8 +9,8 @@
 #include <utility>
 
 #include "testing/probe_rule.h"
-#include "testing/small_stack.h"
 #include "testing/rule_builder.h"
+#include "testing/small_stack.h"
 #include "testing/tree_builder.h"
 #include "tree/score/scorer.h"
 
@@ -115,6 +115,26 @@ TEST(Flattening, TakesSixteenBytesMoreForAPredictorWithAMissingValueOfItsOwn) {
 TEST(Flattening, TakesFortyEightBytesMoreForANodeWithAMissingValueOfItsOwn) {
   EXPECT_EQ(SizeOfThreeNodes(CutAt(0, 1.0, -9.0), CutAt(0, 0.0, -8.0)),
             sizeof(BlockHeader) + 5 * 16 + 48);
+}
+
+TEST(Flattening, LetsNodesInTablesHaveNoSayInMissingValues) {
+  auto const root = ANode(1)
+                        .SplitBy(CutAt(0, 1.0, -9.0), ANode(2).Regression(1.0, 1.0),
+                                 ANode(3)
+                                     .SplitBy(CutAt(0, 2.0, -8.0), ANode(4).Regression(1.0, 2.0),
+                                              ANode(5).Regression(1.0, 3.0))
+                                     .Dumb(1))
+                        .Surrogate(std::make_unique<OSplitRule>(tree::testing::OrdinalRule(
+                            {tree::testing::AtMost(1.0), tree::testing::Above(1.0)})))
+                        .Surrogate(CutAt(0, 0.0, -7.0))
+                        .Dumb(0)
+                        .Build();
+
+  FlatTree const tree(Flatten(*root));
+
+  EXPECT_TRUE(tree.GetPlainLevels(true).hasGeneralBelow);
+  EXPECT_FALSE(tree.HasOwnMissingValues());
+  EXPECT_EQ(tree.GetHeader().missingValue, -8.0);
 }
 
 TEST(Flattening, TakesSixteenBytesASurrogate) {

@@ -16,6 +16,7 @@
 namespace tree::score {
 namespace {
 
+using ::testing::Each;
 using ::testing::ElementsAre;
 using ::testing::HasSubstr;
 using tree::testing::ANode;
@@ -249,7 +250,7 @@ TEST(Scorer, AnswersForNoneWithAnEmptySelection) {
   Answers answers;
   answers.ids = ids;
   ScoreOptions options;
-  options.selection = Selection{std::vector<std::size_t>().data(), 0};
+  options.selection = Selection{};
 
   scorer.Score(Cases::OfRows(kRows, 3, 2), answers, options);
 
@@ -298,6 +299,17 @@ TEST(Scorer, ScoresByATreeOfOneNode) {
   EXPECT_EQ(scorer.GetId(scorer.FindPosition(anything)), 9U);
   EXPECT_EQ(scorer.GetPrediction(scorer.FindPosition(anything)), 2.5);
   EXPECT_EQ(scorer.GetProbabilities(0), nullptr);
+}
+
+TEST(Scorer, NeedsNoRowsWhereTheTreeAsksForNone) {
+  auto const root = ANode(7).Classes({1.0, 3.0}, 1).Build();
+  std::uint32_t ids[40] = {};
+  Answers answers;
+  answers.ids = ids;
+
+  Scorer::FromTree(*root).Score(Cases::OfRows(static_cast<double const*>(nullptr), 40, 3), answers);
+
+  EXPECT_THAT(ids, Each(7U));
 }
 
 TEST(Scorer, ScoresNoCases) {
@@ -372,6 +384,8 @@ TEST(Scorer, RefusesWhatItCannotScore) {
   std::size_t const selection[] = {1, 3};
   ScoreOptions beyond;
   beyond.selection = Selection{selection, 2};
+  ScoreOptions nowhere;
+  nowhere.selection = Selection{nullptr, 2};
   ScoreOptions negative;
   negative.numThreads = -1;
   Cases const rows = Cases::OfRows(kRows, 3, 2);
@@ -386,6 +400,7 @@ TEST(Scorer, RefusesWhatItCannotScore) {
             "column 1 has no values, and the tree asks for it");
   EXPECT_EQ(CatchError([&] { scorer.Score(rows, {}, beyond); }),
             "case 3 is selected, and there are 3");
+  EXPECT_EQ(CatchError([&] { scorer.Score(rows, {}, nowhere); }), "the selection has no numbers");
   EXPECT_EQ(CatchError([&] { scorer.Score(rows, {}, negative); }),
             "the number of threads is negative");
 }

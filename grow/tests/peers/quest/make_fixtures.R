@@ -234,7 +234,7 @@ MakeCategories <- function() {
   WriteTable("passengers", Titanic, "Survived")
   WriteTable("passengers with priors", Titanic, "Survived", prior = c(0.4, 0.6))
   cell <- seq_len(24)
-  WriteTable("weighted admissions", UCBAdmissions, "Admit", w = 0.5 + (cell * 5 %% 7) / 4)
+  WriteTable("weighted admissions", UCBAdmissions, "Admit", w = 0.5 + 1.25 * cell)
 
   # Tables that are divided elsewhere if variances are divided by the number of cases.
   set.seed(3)

@@ -82,9 +82,8 @@ struct RowEffectsExample {
   double ofColumns;
 };
 
-// * Occupations of men in Britain (columns) by those of their fathers (rows): the example of
-// Goodman
-//   1979, as the data set occupationalStatus of R has it.
+// * Occupations of men in Britain (columns) by those of their fathers (rows): the data of Goodman's
+//   paper of 1979, as the data set occupationalStatus of R has them.
 // * Mental health (well, mild, moderate, impaired) of 1,660 people by the socioeconomic status of
 //   their parents, highest first. The vignette "Loglinear Models" of the R package vcdExtra 0.8
 //   prints 47.418 with 15 degrees of freedom for independence, 6.829 with 10 for effects of the

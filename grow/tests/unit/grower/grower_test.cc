@@ -678,7 +678,7 @@ constexpr Algorithm kAlgorithms[] = {{"CART", MakeBy<CCartSettingsImp>, false},
                                      {"CHAID of numbers", MakeBy<RChaidSettingsImp>, true},
                                      {"QUEST", MakeBy<QuestSettingsImp>, false}};
 
-/// The same for 60 cases, which are enough for tests.
+/// `Steps` with 60 cases, which are enough for tests.
 SampleData LongSteps(bool ofNumbers) {
   std::vector<double> target;
   std::vector<double> values;
