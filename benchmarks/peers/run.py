@@ -65,6 +65,7 @@ def grow_trees(program, cases, folder):
              for depth in (5, OUT)]
     trees += [(0, kind, 5, 5, 4) for kind in ("class", "number")]
     trees += [(nominal, "quest", depth, 0, 0) for nominal in (0, 5) for depth in (5, OUT)]
+    trees += [(0, kind, depth, 5, 0) for depth in (5, OUT) for kind in ("class", "quest")]
     print_head(f"CART and QUEST, {cases} cases x 20 predictors, 50 cases a leaf; seconds, times ours, "
                "(terminal nodes)", "tree", "ours", "memory beyond the data", "ours, 2 threads",
                *PEERS)
@@ -84,7 +85,9 @@ def grow_trees(program, cases, folder):
         if nominal:
             name += f", {nominal} nominal"
         if surrogates:
-            name += f", {surrogates} surrogates, {competitors} competitors"
+            name += f", {surrogates} surrogates"
+        if competitors:
+            name += f", {competitors} competitors"
         cells = [name, f"{own[0]:.2f} s ({own[1]:.0f})", f"{own[2] / megabytes:.2f}x",
                  f"{two[0]:.2f} s, {own[0] / two[0]:.2f}x faster"]
         cells += [text_of(run_peer(peer, path, cases, nominal, kind, depth, surrogates,
