@@ -4,7 +4,10 @@
 #include <utility>
 
 #include "cart/best_positions.h"
+#include "cart/row_surrogates.h"
 #include "cart/surrogate_search.h"
+#include "growing/crew.h"
+#include "growing/node_rows.h"
 #include "tree/grow/split_statistics.h"
 
 namespace tree::grow {
@@ -58,6 +61,7 @@ std::vector<RuleList> FindSurrogateRules(TrainingData const& data, CaseLists con
   std::vector<FoundSurrogate> found(nodes.size() * numPredictors);  // [node][predictor]
   workers.Run(numPredictors, [&](std::size_t predictor) {
     GrowingPredictor const& description = data.GetPredictors()[predictor];
+    if (description.isInRows) return;
     if (description.IsNominal() && description.values.size() > limits.maxNumCategories) return;
     SurrogateSearch search(data, lists, childOf, workers);
     for (std::size_t node = 0; node < nodes.size(); ++node) {
@@ -68,6 +72,23 @@ std::vector<RuleList> FindSurrogateRules(TrainingData const& data, CaseLists con
       workers.Poll(nodes[node].ranges.places.Size());
     }
   });
+  auto const findInRows = [&](auto&& search) {
+    std::size_t const fewCases = CasesPerSlice(data.GetCaseRows().GetWidth());
+    ForNodes(nodes, fewCases, workers, [&](std::size_t node, Crew const& crew) {
+      if (!isBinary(node)) return;
+      auto const primary = static_cast<std::size_t>(primaries[node]->GetPredictorIndex());
+      search.Find(nodes[node], placed[node], primary, crew,
+                  {found.data() + node * numPredictors, numPredictors});
+    });
+  };
+  if (!data.GetCaseRows().IsEmpty()) {
+    auto const maxNum = static_cast<std::size_t>(limits.maxNumSurrogates);
+    if (lists.GetWeights() != nullptr) {
+      findInRows(RowSurrogates<std::int64_t>(data, lists, childOf, maxNum, workers));
+    } else {
+      findInRows(RowSurrogates<std::uint32_t>(data, lists, childOf, maxNum, workers));
+    }
+  }
   for (std::size_t node = 0; node < nodes.size(); ++node) {
     FoundSurrogate const* const ofNode = found.data() + node * numPredictors;
     auto const best =

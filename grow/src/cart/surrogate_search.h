@@ -42,6 +42,8 @@ class SurrogateSearch {
   /// The best surrogate by this predictor; of equal ones, that with the lowest cut point. `placed`:
   /// of all cases of the node.
   FoundSurrogate Find(NodeRanges const& node, Placed const& placed, std::size_t predictor);
+  /// The predictive association of a surrogate that agrees on so much weight.
+  static double AssociationOf(std::int64_t agreement, Placed const& placed);
 
  private:
   FoundSurrogate FindCut(std::span<SortedCase const> cases, std::size_t numInNode,
@@ -49,7 +51,6 @@ class SurrogateSearch {
   void FillTable(Range places, std::size_t predictor);
   FoundSurrogate CutTable(GrowingPredictor const& predictor, Placed const& placed) const;
   FoundSurrogate AssignCategories(Placed const& placed) const;
-  static double AssociationOf(std::int64_t agreement, Placed const& placed);
 
   TrainingData const& data_;
   CaseLists const& lists_;

@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "growing/value_scale.h"
 #include "growing/workers.h"
 #include "tree/grow/data_set.h"
 
@@ -35,6 +36,8 @@ class CaseRows {
   }
   /// Whether some values are missing or infinite, so that they need a second look.
   bool HasGaps() const { return hasGaps_; }
+  /// The scales on which the values of each predictor are not crowded, by position in a row.
+  std::span<ValueScale const> GetScales() const { return scales_; }
 
   /// Calls for the values of a case that will soon be read. Deliberate: always inline, since calls
   /// of a function that only calls for memory are taken to do nothing.
@@ -57,10 +60,18 @@ class CaseRows {
   struct Free {
     void operator()(double* values) const;
   };
+  /// The finite values of a predictor.
+  struct Ends {
+    double least = __builtin_huge_val();
+    double greatest = -__builtin_huge_val();
+  };
+
+  ValueScale FindScale(std::size_t position, Ends ends, std::size_t numCases) const;
 
   std::vector<std::size_t> predictors_;
   std::unique_ptr<double[], Free> values_;  // [case][predictor]
   bool hasGaps_ = false;
+  std::vector<ValueScale> scales_;
 };
 
 }  // namespace tree::grow

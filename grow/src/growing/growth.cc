@@ -14,6 +14,9 @@ namespace {
 /// So many nodes are split at a time: enough to keep all threads busy, and few enough for what is
 /// found of each predictor in each node to take little memory.
 constexpr std::size_t kNodesPerBlock = 512;
+/// The rows of a block's cases are gone through several times: so many values for each thread stay
+/// in its cache.
+constexpr std::size_t kRowValuesPerBlock = std::size_t{1} << 17;
 
 void StoreCompetitors(NodeImp& node, RuleList rules) {
   node.SetNumCompetitors(static_cast<unsigned int>(rules.size()));
@@ -84,15 +87,30 @@ void Growth::Grow() {
   numFinished_ = 0;
   for (int depth = 0; !level.empty(); ++depth) {
     std::vector<GrowingNode> next;
-    for (std::size_t begin = 0; begin < level.size(); begin += kNodesPerBlock) {
-      std::size_t const size = std::min(kNodesPerBlock, level.size() - begin);
-      GrowBlock({level.data() + begin, size}, next);
+    for (std::size_t begin = 0; begin < level.size();) {
+      std::span<GrowingNode const> const rest(level.data() + begin, level.size() - begin);
+      std::size_t const size = SizeOfBlock(rest);
+      GrowBlock(rest.first(size), next);
+      begin += size;
     }
     level = std::move(next);
     std::size_t numOpen = 0;
     for (GrowingNode const& node : level) numOpen += node.ranges.places.Size();
     ReportLevel(depth + 1, numOpen);
   }
+}
+
+/// How many of the nodes make up the next block; at least 1.
+std::size_t Growth::SizeOfBlock(std::span<GrowingNode const> nodes) const {
+  auto const numThreads = static_cast<std::size_t>(workers_.GetNumThreads());
+  std::size_t const width = data_.GetCaseRows().GetWidth();
+  std::size_t numValues = 0;
+  std::size_t size = 0;
+  for (; size < std::min(nodes.size(), kNodesPerBlock); ++size) {
+    numValues += width * nodes[size].ranges.places.Size();
+    if (size > 0 && numValues > numThreads * kRowValuesPerBlock) break;
+  }
+  return size;
 }
 
 void Growth::ReportLevel(int level, std::size_t numOpen) {

@@ -45,6 +45,7 @@ class Growth {
   Growth& operator=(Growth const&) = delete;
 
  private:
+  std::size_t SizeOfBlock(std::span<GrowingNode const> nodes) const;
   void GrowBlock(std::span<GrowingNode const> block, std::vector<GrowingNode>& next);
   void StoreRules(std::span<GrowingNode const> block);
   void PlaceCases(std::span<GrowingNode const> block);

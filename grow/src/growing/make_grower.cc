@@ -145,9 +145,7 @@ TreeGrower::Algorithm MakeQuest(AlgSettings const& settings) {
   algorithm.pruning = quest.GetPruningSpec();
   algorithm.priors = quest.GetPriors();
   algorithm.costs = quest.GetCost();
-  // Only surrogates are looked for in sorted lists.
-  algorithm.orderedForm =
-      quest.GetMaxNumSurrogates() > 0 ? OrderedForm::kSortedAndInRows : OrderedForm::kInRows;
+  algorithm.orderedForm = OrderedForm::kInRows;
   algorithm.makeMethod = [&quest](TrainingData const& data, ClassModel const* classes,
                                   double minChildSize, double) {
     return std::make_unique<QuestMethod>(data, quest, *classes, minChildSize);

@@ -13,6 +13,11 @@ namespace tree::grow {
 /// So many values are gone through in a few milliseconds.
 inline constexpr std::size_t kValuesPerSlice = std::size_t{1} << 20;
 
+/// As many cases as one thread goes through at a time, with so many predictors.
+inline std::size_t CasesPerSlice(std::size_t numPredictors) {
+  return kValuesPerSlice / std::max<std::size_t>(1, numPredictors);
+}
+
 /// Visits the cases at some places, which lie scattered, with their place and their values; polls.
 /// `stillEnd`: the end of the places at which no other thread moves cases: those behind the node's
 /// are called for, too, since the next node is there.

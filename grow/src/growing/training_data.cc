@@ -120,7 +120,7 @@ void TrainingData::PreparePredictors(Workers& workers) {
     }
     workers.Advance(static_cast<double>(++numDone) / static_cast<double>(predictors_.size()));
   });
-  if (orderedForm_ != OrderedForm::kSorted && caseRows_.IsEmpty()) ReadRows(workers);
+  if (orderedForm_ == OrderedForm::kInRows && caseRows_.IsEmpty()) ReadRows(workers);
   remarks_.clear();
   for (GrowingPredictor const& predictor : predictors_) {
     if (predictor.used) continue;
@@ -186,7 +186,7 @@ void TrainingData::PrepareManyValues(GrowingPredictor& predictor, ToolBox<CaseSo
                                      Workers& workers) const {
   Column const& column = *predictor.column;
   bool const keepsValues = !predictor.IsNominal() && numIntervals_ == 0;
-  predictor.isSorted = keepsValues && orderedForm_ != OrderedForm::kInRows;
+  predictor.isSorted = keepsValues && orderedForm_ == OrderedForm::kSorted;
   if (keepsValues && !predictor.isSorted) return;
   std::vector<std::uint32_t> indexes;
   indexes.reserve(rows_.size());

@@ -21,14 +21,13 @@ namespace tree::grow {
 enum class OrderedForm {
   kSorted,  ///< in lists
   kInRows,  ///< case by case, with the other ones
-  kSortedAndInRows,
 };
 
 /// A predictor, made ready for growing. It is **coded**, a small number for the value of every
 /// case, or else **sorted**, a list of the cases with a value in its order, or **in rows**, its
-/// value in every case beside those of other predictors, or both of these. Coded are the nominal
-/// predictors, and ordered ones with few values or divided into intervals: their splits are found
-/// from tables of the codes, without looking at each case more than once.
+/// value in every case beside those of other predictors. Coded are the nominal predictors, and
+/// ordered ones with few values or divided into intervals: their splits are found from tables of
+/// the codes, without looking at each case more than once.
 struct GrowingPredictor {
   static constexpr std::uint16_t kMissingCode = ValueCodes::kMissing;
   static constexpr std::size_t kMaxValues = kMissingCode;  ///< of a coded one

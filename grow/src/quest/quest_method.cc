@@ -388,26 +388,14 @@ std::vector<RuleList> QuestMethod::FindSplits(CaseLists const& lists,
                                               Workers& workers) {
   PrepareNumbers(workers);
   RowSums const rowSums(data_, lists, numbers_);
-  // Few cases stay in the cache of a thread until their node is done; on many, all work together.
-  std::size_t const numPredictors = data_.GetPredictors().size();
-  std::size_t const fewCases = kValuesPerSlice / std::max<std::size_t>(1, numPredictors);
+  std::size_t const fewCases = CasesPerSlice(data_.GetPredictors().size());
   // The sums of a slice take less memory than its cases do.
   std::size_t const sliceSize = std::max({std::size_t{1}, fewCases, 64 * factors_.size()});
   std::vector<RuleList> rules(nodes.size());
-  auto const find = [&](std::size_t node, bool byAll) {
+  ForNodes(nodes, fewCases, workers, [&](std::size_t node, Crew const& crew) {
     Range const places = nodes[node].ranges.places;
-    rules[node] =
-        FindSplitsOf({nodes[node], lists, rowSums, Slice(places, sliceSize), Crew(workers, byAll)});
-  };
-  std::vector<std::size_t> small;
-  for (std::size_t node = 0; node < nodes.size(); ++node) {
-    if (nodes[node].ranges.places.Size() > fewCases) {
-      find(node, true);
-    } else {
-      small.push_back(node);
-    }
-  }
-  workers.Run(small.size(), [&](std::size_t number) { find(small[number], false); });
+    rules[node] = FindSplitsOf({nodes[node], lists, rowSums, Slice(places, sliceSize), crew});
+  });
   return rules;
 }
 

@@ -10,6 +10,7 @@
 
 #include "association/number_sums.h"
 #include "growing/class_model.h"
+#include "growing/crew.h"
 #include "growing/split_method.h"
 #include "quest/predictor_numbers.h"
 #include "quest/row_sums.h"
@@ -65,25 +66,6 @@ class QuestMethod : public SplitMethod {
     std::int64_t size = 0;              // in units of frequency
   };
 
-  /// Who works on a node: all threads together, or one of them.
-  class Crew {
-   public:
-    Crew(Workers& workers, bool isWhole) : workers_(workers), isWhole_(isWhole) {}
-
-    /// Does task 0 to `count` - 1, as `Workers` do.
-    template <class Task>
-    void Run(std::size_t count, Task const& task) const {
-      if (isWhole_) {
-        workers_.Run(count, task);
-      } else {
-        for (std::size_t number = 0; number < count; ++number) task(number);
-      }
-    }
-
-   private:
-    Workers& workers_;
-    bool isWhole_;
-  };
   /// A node, and what is needed to look at its cases.
   struct Scene {
     GrowingNode const& node;

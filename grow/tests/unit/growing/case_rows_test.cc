@@ -69,6 +69,41 @@ TEST(CaseRows, KnowWhetherSomeValuesAreMissingOrInfinite) {
   }
 }
 
+TEST(CaseRows, FindScalesForCrowdedValues) {
+  constexpr std::size_t kNumCases = 100000;  // in several parts, of which few cases are sampled
+  struct {
+    char const* name;
+    double odd;  // the value of one case
+    double factor;
+    bool isPlain;
+  } const kRows[] = {
+      {"not crowded", 0.5, 0.0, true},       {"one missing", kMissing, 0.0, true},
+      {"one infinite", HUGE_VAL, 0.0, true}, {"one infinite below", -HUGE_VAL, 0.0, true},
+      {"one far away", 1e12, 0.0, false},    {"one far below", -1e12, 0.0, false},
+      {"long tail", 0.5, 30.0, false},
+  };
+  for (auto const& row : kRows) {
+    SCOPED_TRACE(row.name);
+    std::vector<double> values;
+    std::vector<std::size_t> places;
+    for (std::size_t index = 0; index < kNumCases; ++index) {
+      double const share = static_cast<double>(index) / kNumCases;
+      values.push_back(row.factor > 0.0 ? std::exp(row.factor * share) : share);
+      places.push_back(index);
+    }
+    values[77777] = row.odd;
+    Column const column = MakeColumn(values);
+    Workers workers(2);
+    workers.Begin();
+
+    CaseRows const rows({&column, &column}, {0, 1}, places, workers);
+
+    ASSERT_EQ(rows.GetScales().size(), 2U);
+    EXPECT_EQ(rows.GetScales()[0].IsPlain(), row.isPlain);
+    EXPECT_EQ(rows.GetScales()[1].IsPlain(), row.isPlain);
+  }
+}
+
 TEST(CaseRows, AreEmptyWithoutPredictors) {
   Workers workers(1);
 

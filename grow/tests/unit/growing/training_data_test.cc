@@ -305,8 +305,7 @@ TEST(TrainingData, PreparesPredictorsOnce) {
   CaseRoles const roles{.target = 0, .predictors = {1, 2, 3}};
   CCartSettingsImp settings(MakeCoreSettings(data, roles));
   settings.SetMaxNominalPredCategories(2);
-  TrainingData training(data, roles, settings, {0, 1, 2}, {}, {}, 0, 0,
-                        OrderedForm::kSortedAndInRows);
+  TrainingData training(data, roles, settings, {0, 1, 2}, {}, {}, 0, 0, OrderedForm::kSorted);
   Workers workers(1);
   workers.Begin();
 
@@ -322,7 +321,6 @@ TEST(TrainingData, PreparesPredictorsOnce) {
   ASSERT_EQ(predictors[2].sorted.size(), 3U);
   EXPECT_EQ(predictors[2].sorted[1].Place(), 0U);
   EXPECT_EQ(predictors[2].sorted[2].Place(), 2U);
-  EXPECT_EQ(training.GetCaseRows().Of(0)[0], 0.5);
 }
 
 TEST(TrainingData, MakesReleasedListsAgain) {
@@ -376,7 +374,6 @@ TEST(TrainingData, HoldsOrderedPredictorsInTheFormThatIsWanted) {
   } const kRows[] = {
       {"sorted", OrderedForm::kSorted, true, false},
       {"in rows", OrderedForm::kInRows, false, true},
-      {"both", OrderedForm::kSortedAndInRows, true, true},
   };
   for (auto const& row : kRows) {
     SCOPED_TRACE(row.name);
