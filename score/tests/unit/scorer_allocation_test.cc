@@ -9,6 +9,7 @@
 #include <memory>
 #include <numeric>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -205,6 +206,33 @@ TEST(Scorer, AllocatesNothingToScoreOneCase) {
     EXPECT_EQ(tree::testing::CountAllocations(), before);
     EXPECT_THAT(positions, Each(Gt(0U)));
   }
+}
+
+// The memory of a thread that is started counts for the one that starts it.
+TEST(Scorer, StartsAsManyThreadsAsItIsAskedTo) {
+  constexpr std::size_t kManyCases = 70'000;
+  constexpr std::size_t kShareSize = 16'384;  // what a thread takes at a time
+  std::vector<double> const rows(kManyCases * 2, 1.0);
+  std::vector<std::uint32_t> positions(kManyCases);
+  auto const root = MakePlainTree();
+  Scorer const scorer = Scorer::FromTree(*root);
+  auto const countAllocations = [&](int numThreads) {
+    ScoreOptions options;
+    options.numThreads = numThreads;
+    long const before = tree::testing::CountAllocations();
+    scorer.Score(Cases::OfRows(rows.data(), kManyCases, 2),
+                 {positions.data(), nullptr, nullptr, nullptr}, options);
+    return tree::testing::CountAllocations() - before;
+  };
+
+  EXPECT_EQ(countAllocations(1), 0);
+  EXPECT_GT(countAllocations(2), 0);
+  EXPECT_GT(countAllocations(3), countAllocations(2));
+  // Where nobody knows how many threads the machine has, one does it all.
+  std::size_t const numShares = (kManyCases + kShareSize - 1) / kShareSize;
+  std::size_t const ofMachine = std::max(1U, std::thread::hardware_concurrency());
+  EXPECT_EQ(countAllocations(0),
+            countAllocations(static_cast<int>(std::min(ofMachine, numShares))));
 }
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
@@ -10,15 +9,14 @@
 #include <vector>
 
 #include "score_testing/random_trees.h"
-#include "testing/failing_allocator.h"
 #include "tree/score/scorer.h"
 
 namespace tree::score {
 namespace {
 
-constexpr std::size_t kNumCases = 70'000;
-constexpr std::size_t kShareSize = 16'384;  // what a thread takes at a time
+constexpr std::size_t kNumCases = 70'000;  // threads take 16,384 at a time
 constexpr std::size_t kNumPredictors = 6;
+constexpr std::uint32_t kNumClasses = 3;
 
 /// What a call can be asked for.
 struct AllAnswers {
@@ -51,7 +49,7 @@ class ScorerThreads : public ::testing::Test {
     shape.numFullLevels = 3;
     do {
       root_ = testing::MakeTree(shape, draw_);
-    } while (!root_->IsClassificationNode());
+    } while (Scorer::FromTree(*root_).GetNumClasses() != kNumClasses);
     for (std::size_t index = 0; index < kNumCases * kNumPredictors; ++index) {
       doubles_.push_back(testing::DrawValue(draw_));
       floats_.push_back(static_cast<float>(draw_(100)) / 4.0F - 9.0F);
@@ -143,7 +141,7 @@ TEST_F(ScorerThreads, AnswerTheSameWhateverTheirNumber) {
       {"columns with bitmaps", ofColumns(nulls)},
       {"columns of two types with bitmaps", ofColumns(mixed)},
   };
-  ASSERT_EQ(scorer.GetNumClasses(), 3U);
+  ASSERT_EQ(scorer.GetNumClasses(), kNumClasses);
   for (auto const& [name, cases] : kinds) {
     for (bool const isSelected : {false, true}) {
       SCOPED_TRACE(std::string(name) + (isSelected ? ", selected" : ""));
@@ -158,28 +156,6 @@ TEST_F(ScorerThreads, AnswerTheSameWhateverTheirNumber) {
       }
     }
   }
-}
-
-// The memory of a thread that is started counts for the one that starts it.
-TEST_F(ScorerThreads, AreStartedAsAskedFor) {
-  Scorer const scorer = Scorer::FromTree(*root_);
-  std::vector<std::uint32_t> positions(kNumCases);
-  auto const countAllocations = [&](int numThreads) {
-    ScoreOptions options;
-    options.numThreads = numThreads;
-    long const before = tree::testing::CountAllocations();
-    scorer.Score(Rows(), {positions.data(), nullptr, nullptr, nullptr}, options);
-    return tree::testing::CountAllocations() - before;
-  };
-
-  EXPECT_EQ(countAllocations(1), 0);
-  EXPECT_GT(countAllocations(2), 0);
-  EXPECT_GT(countAllocations(3), countAllocations(2));
-  // Where nobody knows how many threads the machine has, one does it all.
-  std::size_t const numShares = (kNumCases + kShareSize - 1) / kShareSize;
-  std::size_t const ofMachine = std::max(1U, std::thread::hardware_concurrency());
-  EXPECT_EQ(countAllocations(0),
-            countAllocations(static_cast<int>(std::min(ofMachine, numShares))));
 }
 
 // Answers can be the same for every number of threads and wrong.
