@@ -37,16 +37,15 @@ class RowGather {
   /// When it is the turn of the `count` cases from `place` on, has values fetched of as many cases
   /// that come soon after them, and, into a cache that has more room, of as many that come later.
   TREE_AVX512_INLINE void Prefetch(std::uint32_t place, std::uint32_t count) const {
-    if (rowBytes_ > kMaxRowBytes) return;
-    auto const first = reinterpret_cast<std::uintptr_t>(first_);
+    // There are no rows where a tree of one node asks for none.
+    if (rowBytes_ > kMaxRowBytes || first_ == nullptr) return;
     std::size_t const begin = place * rowBytes_;
     std::size_t const end = begin + count * rowBytes_;
-    // Numbers, since they may lie beyond the last row.
-    std::uintptr_t const soon = first + kCasesUntilSoon * rowBytes_;
-    std::uintptr_t const later = first + kCasesUntilLater * rowBytes_;
+    char const* const soon = reinterpret_cast<char const*>(first_) + kCasesUntilSoon * rowBytes_;
+    char const* const later = reinterpret_cast<char const*>(first_) + kCasesUntilLater * rowBytes_;
     for (std::size_t byte = (begin + 63) / 64 * 64; byte < end; byte += 64) {
-      _mm_prefetch(reinterpret_cast<char const*>(soon + byte), _MM_HINT_T0);
-      _mm_prefetch(reinterpret_cast<char const*>(later + byte), _MM_HINT_T1);
+      _mm_prefetch(soon + byte, _MM_HINT_T0);
+      _mm_prefetch(later + byte, _MM_HINT_T1);
     }
   }
 
