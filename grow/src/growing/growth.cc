@@ -14,9 +14,10 @@ namespace {
 /// So many nodes are split at a time: enough to keep all threads busy, and few enough for what is
 /// found of each predictor in each node to take little memory.
 constexpr std::size_t kNodesPerBlock = 512;
-/// The rows of a block's cases are gone through several times: so many values for each thread stay
-/// in its cache.
-constexpr std::size_t kRowValuesPerBlock = std::size_t{1} << 17;
+/// The rows of a block's cases are gone through several times: so many values stay in the cache of
+/// a thread. Several threads, which have to wait for each other after each block, get more to do.
+constexpr std::size_t kRowValuesInCache = std::size_t{1} << 17;
+constexpr std::size_t kRowValuesPerThread = std::size_t{1} << 20;
 
 void StoreCompetitors(NodeImp& node, RuleList rules) {
   node.SetNumCompetitors(static_cast<unsigned int>(rules.size()));
@@ -103,12 +104,14 @@ void Growth::Grow() {
 /// How many of the nodes make up the next block; at least 1.
 std::size_t Growth::SizeOfBlock(std::span<GrowingNode const> nodes) const {
   auto const numThreads = static_cast<std::size_t>(workers_.GetNumThreads());
+  std::size_t const maxNumValues =
+      numThreads == 1 ? kRowValuesInCache : numThreads * kRowValuesPerThread;
   std::size_t const width = data_.GetCaseRows().GetWidth();
   std::size_t numValues = 0;
   std::size_t size = 0;
   for (; size < std::min(nodes.size(), kNodesPerBlock); ++size) {
     numValues += width * nodes[size].ranges.places.Size();
-    if (size > 0 && numValues > numThreads * kRowValuesPerBlock) break;
+    if (size > 0 && numValues > maxNumValues) break;
   }
   return size;
 }
