@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "growing/workers.h"
+
 namespace tree::grow {
 namespace {
 
@@ -52,6 +54,7 @@ void CutHistograms<Weight>::Begin(std::span<ValueScale const> scales, std::size_
 
 template <class Weight>
 void CutHistograms<Weight>::SetRange(std::size_t predictor, double least, double greatest) {
+  if (!(least <= greatest)) least = greatest = 0.0;  // no finite value
   if (isScaled_) {
     ValueScale& scale = scales_[predictor];
     if (scale.IsPlain()) scale = ScaleForRange(least, greatest);
@@ -160,8 +163,8 @@ bool CutHistograms<Weight>::Open(std::size_t predictor, std::int64_t wanted) {
 }
 
 template <class Weight>
-auto CutHistograms<Weight>::Find(std::span<Item const> items,
-                                 std::span<std::uint32_t const> order) const -> std::optional<Cut> {
+auto CutHistograms<Weight>::Find(std::span<Item const> items, std::span<std::uint32_t const> order,
+                                 PollFunction const& poll) const -> std::optional<Cut> {
   Placed const& both = placed_[opened_.predictor];
   std::optional<Cut> best;
   std::int64_t wanted = opened_.wanted;
@@ -169,8 +172,9 @@ auto CutHistograms<Weight>::Find(std::span<Item const> items,
   std::int64_t excess = 0;
   std::size_t lastBucket = 0;
   double lastValue = 0.0;
-  for (std::uint32_t const position : order) {
-    Item const& item = items[position];
+  for (std::size_t index = 0; index < order.size(); ++index) {
+    if (index % kWorkPerPoll == kWorkPerPoll - 1) poll();
+    Item const& item = items[order[index]];
     bool isCut = item.value > lastValue;
     std::size_t const number = BucketOf(opened_.predictor, item.value);
     if (number != lastBucket) {

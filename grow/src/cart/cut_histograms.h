@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "growing/fixed_point.h"
 #include "growing/value_scale.h"
 
 namespace tree::grow {
@@ -55,8 +56,10 @@ class CutHistograms {
     return opened_.isOpen[BucketOf(opened_.predictor, value)] != 0;
   }
   /// The best cut; of equal ones, the lowest; none where none agrees on what was wanted. `items`:
-  /// all cases of open buckets, `order`: their positions, ascending by value.
-  std::optional<Cut> Find(std::span<Item const> items, std::span<std::uint32_t const> order) const;
+  /// all cases of open buckets, `order`: their positions, ascending by value; `poll`: called now
+  /// and then.
+  std::optional<Cut> Find(std::span<Item const> items, std::span<std::uint32_t const> order,
+                          PollFunction const& poll = NoPoll) const;
 
  private:
   struct Bucket {

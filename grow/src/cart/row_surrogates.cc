@@ -20,6 +20,7 @@ RowSurrogates<Weight>::RowSurrogates(TrainingData const& data, CaseLists const& 
       lists_(lists),
       childOf_(childOf),
       maxNumSurrogates_(maxNumSurrogates),
+      workers_(workers),
       numThreads_(static_cast<std::size_t>(workers.GetNumThreads())),
       sortings_([&workers] { return std::make_unique<Sorting>(workers); }) {}
 
@@ -89,6 +90,8 @@ std::pair<double, double> RowSurrogates<Weight>::FiniteRangeOf(Range places,
     least = std::min(least, value);
     greatest = std::max(greatest, value);
   });
+  // Where no value is finite, any range parts the infinite ones as well as another.
+  if (!(least <= greatest)) return {0.0, 0.0};
   return {least, greatest};
 }
 
@@ -104,7 +107,8 @@ void RowSurrogates<Weight>::FindCuts(GrowingNode const& node, Placed const& plac
       if (!part.histograms.Open(offset, std::max(wanted, part.best[offset]))) continue;
       Collect(node.ranges.places, position, part, sorting.items);
       Sort(sorting);
-      auto const cut = part.histograms.Find(sorting.items, sorting.order);
+      auto const cut =
+          part.histograms.Find(sorting.items, sorting.order, [this] { workers_.Poll(); });
       if (!cut.has_value()) continue;
       FoundSurrogate& surrogate = found[predictor];
       surrogate.association = SurrogateSearch::AssociationOf(cut->agreement, placed);
@@ -118,6 +122,7 @@ template <class Weight>
 void RowSurrogates<Weight>::Collect(Range places, std::size_t position, Part const& part,
                                     std::vector<Item>& items) const {
   items.clear();
+  items.reserve(places.Size());
   ForValues(rows_, position, lists_, places, [&](std::uint32_t place, double value) {
     if (!part.histograms.IsOpen(value) || childOf_[place] == kNoChild) return;
     std::int64_t const weight = lists_.WeightAt(place);
@@ -126,7 +131,7 @@ void RowSurrogates<Weight>::Collect(Range places, std::size_t position, Part con
 }
 
 template <class Weight>
-void RowSurrogates<Weight>::Sort(Sorting& sorting) {
+void RowSurrogates<Weight>::Sort(Sorting& sorting) const {
   constexpr std::size_t kFewItems = 2048;
   std::vector<Item> const& items = sorting.items;
   std::vector<std::uint32_t>& order = sorting.order;
@@ -137,12 +142,17 @@ void RowSurrogates<Weight>::Sort(Sorting& sorting) {
               [&](std::uint32_t a, std::uint32_t b) { return items[a].value < items[b].value; });
     return;
   }
+  workers_.Poll();
   sorting.values.resize(items.size());
-  std::transform(items.begin(), items.end(), sorting.values.begin(),
-                 [](Item const& item) { return item.value; });
+  ForSlices(items.size(), workers_, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t index = begin; index < end; ++index) {
+      sorting.values[index] = items[index].value;
+    }
+  });
   std::vector<SortedCase> const sorted = sorting.sorter.Sort(sorting.values.data(), order);
-  std::transform(sorted.begin(), sorted.end(), order.begin(),
-                 [](SortedCase item) { return item.Place(); });
+  ForSlices(sorted.size(), workers_, [&](std::size_t begin, std::size_t end) {
+    for (std::size_t index = begin; index < end; ++index) order[index] = sorted[index].Place();
+  });
 }
 
 template class RowSurrogates<std::uint32_t>;

@@ -60,12 +60,13 @@ class RowSurrogates {
                 std::int64_t wanted, Part& part, std::span<FoundSurrogate> found);
   void Collect(Range places, std::size_t position, Part const& part,
                std::vector<Item>& items) const;
-  static void Sort(Sorting& sorting);
+  void Sort(Sorting& sorting) const;
 
   CaseRows const& rows_;
   CaseLists const& lists_;
   ChildOfPlace const& childOf_;
   std::size_t maxNumSurrogates_;
+  Workers& workers_;
   std::size_t numThreads_;
   ToolBox<std::vector<Part>> parts_;
   ToolBox<Sorting> sortings_;

@@ -70,6 +70,7 @@ CaseRows::CaseRows(std::vector<Column const*> const& columns, std::vector<std::s
     std::size_t const last = std::min(rows.size(), (task + 1) * kCasesPerTask);
     for (std::size_t begin = task * kCasesPerTask; begin < last; begin += kCasesAtATime) {
       turn(begin, std::min(last, begin + kCasesAtATime), ends.data() + task * width);
+      workers.Poll(kCasesAtATime * width);
     }
   });
   hasGaps_ = hasGaps;
@@ -80,6 +81,7 @@ CaseRows::CaseRows(std::vector<Column const*> const& columns, std::vector<std::s
       whole.greatest = std::max(whole.greatest, ends[task * width + position].greatest);
     }
     scales_.push_back(FindScale(position, whole, rows.size()));
+    workers.Poll();
   }
 }
 

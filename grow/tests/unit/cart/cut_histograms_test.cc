@@ -125,6 +125,33 @@ TEST(CutHistograms, CountMissingValuesAsDisagreements) {
   EXPECT_FALSE(Search({{kNone, 0}, {kNone, 0}, {1.0, 0}, {2.0, 1}}).has_value());
 }
 
+TEST(CutHistograms, CutBetweenInfiniteValues) {
+  std::vector<Case> const cases{{-HUGE_VAL, 0}, {-HUGE_VAL, 0}, {-HUGE_VAL, 0},
+                                {HUGE_VAL, 1},  {HUGE_VAL, 1},  {HUGE_VAL, 1}};
+  for (ValueScale const& scale : {ValueScale(), ValueScale(0.0, 1.0), ValueScale(5.0, 0.1)}) {
+    Histograms histograms;
+
+    ExpectEqual(Search(histograms, cases, scale), Cut{6, -HUGE_VAL, HUGE_VAL, false});
+  }
+}
+
+// Which does not change the order of those that are infinite.
+TEST(CutHistograms, CutBetweenInfiniteValuesBesideAnotherScale) {
+  ValueScale const scales[] = {{}, {1.0, 1.0}};
+  double const rows[][2] = {{-HUGE_VAL, 1.0}, {-HUGE_VAL, 9.0}, {HUGE_VAL, 2.0}, {HUGE_VAL, 5.0}};
+  Histograms histograms;
+  histograms.Begin(scales, 4, true);
+  histograms.SetRange(0, HUGE_VAL, -HUGE_VAL);
+  histograms.SetRange(1, 1.0, 9.0);
+  for (std::size_t row = 0; row < 4; ++row) histograms.Count(rows[row], row / 2, 1);
+  histograms.BestAtBorder(0, {2, 2});
+
+  ASSERT_TRUE(histograms.Open(0, 3));
+  Histograms::Item const items[] = {{-HUGE_VAL, 1}, {-HUGE_VAL, 1}, {HUGE_VAL, -1}, {HUGE_VAL, -1}};
+  std::uint32_t const order[] = {0, 1, 2, 3};
+  ExpectEqual(histograms.Find(items, order), Cut{4, -HUGE_VAL, HUGE_VAL, false});
+}
+
 TEST(CutHistograms, TakeTheLowestOfEqualCuts) {
   // Below 2 and below 4 there is one child 0 more than child 1.
   std::vector<Case> const cases{{1.0, 0}, {2.0, 1}, {3.0, 0}, {4.0, 1}};
