@@ -161,8 +161,9 @@ def score_cases(program, cases, folder):
     print_head(f"Scoring {cases} cases of 20 predictors, nanoseconds a case, times the bare loop",
                "depth, missing, surrogates", "nodes", "bytes a node, without classes",
                "from node to node", "bare loop, floats", "rows, floats", "columns, floats",
-               "bare loop, doubles", "rows, doubles", "columns, doubles", "picked rows, floats",
-               "bare, one row a call", "one row a call", "two threads: rows, columns of floats",
+               "bare loop, doubles", "rows, doubles", "columns, doubles",
+               "bare, one row of floats a call", "one row of floats a call",
+               "bare, one of doubles", "one of doubles", "two threads: rows, columns of floats",
                "of doubles")
     for name, own, _ in rows:
         # A header of 112 bytes, and 8 bytes for each class of an end.
@@ -173,12 +174,23 @@ def score_cases(program, cases, folder):
                   cell(own, "rows_float", "bare_float"),
                   cell(own, "columns_float", "bare_float"), cell(own, "bare_double"),
                   cell(own, "rows_double", "bare_double"),
-                  cell(own, "columns_double", "bare_double"), cell(own, "picked_float"),
-                  cell(own, "bare_one_float"), cell(own, "one_float", "bare_one_float")]
+                  cell(own, "columns_double", "bare_double")]
+        for kind in ("float", "double"):
+            cells += [cell(own, f"bare_one_{kind}"), cell(own, f"one_{kind}", f"bare_one_{kind}")]
         for kind in ("float", "double"):
             faster = [own[f"{way}_{kind}"] / own[f"{way}_{kind}_2threads"]
                       for way in ("rows", "columns")]
             cells.append(", ".join(f"{times:.2f}x faster" for times in faster))
+        print("| " + " | ".join(cells) + " |", flush=True)
+
+    print_head(f"Scoring a selection of {cases} cases, nanoseconds a case, times the bare loop over all",
+               "depth, missing, surrogates", "all in order: rows, floats", "columns, floats",
+               "rows, doubles", "columns, doubles", "all shuffled: rows, floats",
+               "columns, floats", "rows, doubles", "columns, doubles")
+    for name, own, _ in rows:
+        cells = [name] + [cell(own, f"{order}_{way}_{kind}", f"bare_{kind}")
+                          for order in ("picked", "shuffled") for kind in ("float", "double")
+                          for way in ("rows", "columns")]
         print("| " + " | ".join(cells) + " |", flush=True)
 
     def peer(own, peers, name, ours):

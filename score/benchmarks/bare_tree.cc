@@ -116,11 +116,29 @@ void BareTree::FindIncomplete(Value const* rows, std::size_t numRows, std::size_
   FindInFlight(rows, numRows, stride, until, move, ids);
 }
 
+/// From an entry to the next.
+template <class Value>
+inline std::uint32_t BareTree::MoveBySurrogates(std::uint32_t at, Value const* row) const {
+  Entry const& entry = entries_[at];
+  auto value = static_cast<double>(row[entry.predictor]);
+  std::uint32_t right = static_cast<std::uint32_t>(!(value <= entry.cut));
+  if (value == missingValue_ && !std::isnan(entry.cut)) {
+    right = (entry.flags & kMissingRight) != 0 ? 1 : 0;
+    for (std::uint32_t each = firstSurrogate_[at]; each < firstSurrogate_[at + 1]; ++each) {
+      Surrogate const& surrogate = surrogates_[each];
+      value = static_cast<double>(row[surrogate.predictor]);
+      if (value == missingValue_) continue;
+      right = static_cast<std::uint32_t>(!(value <= surrogate.cut)) ^ surrogate.isReversed;
+      break;
+    }
+  }
+  return entry.left + right;
+}
+
 template <class Value>
 void BareTree::FindBySurrogates(Value const* rows, std::size_t numRows, std::size_t stride,
                                 std::uint32_t* ids) const {
   constexpr std::size_t kLanes = 8;
-  Entry const* const entries = entries_.data();
   for (std::size_t row = 0; row < numRows; row += kLanes) {
     std::size_t const count = std::min(kLanes, numRows - row);
     std::uint32_t lanes[kLanes] = {};
@@ -130,21 +148,8 @@ void BareTree::FindBySurrogates(Value const* rows, std::size_t numRows, std::siz
 #pragma GCC unroll 8
       for (std::size_t lane = 0; lane < kLanes; ++lane) {
         std::uint32_t const at = lanes[lane];
-        Entry const& entry = entries[at];
-        Value const* const from = rows + (row + std::min(lane, count - 1)) * stride;
-        auto value = static_cast<double>(from[entry.predictor]);
-        std::uint32_t right = static_cast<std::uint32_t>(!(value <= entry.cut));
-        if (value == missingValue_ && !std::isnan(entry.cut)) {
-          right = (entry.flags & kMissingRight) != 0 ? 1 : 0;
-          for (std::uint32_t each = firstSurrogate_[at]; each < firstSurrogate_[at + 1]; ++each) {
-            Surrogate const& surrogate = surrogates_[each];
-            value = static_cast<double>(from[surrogate.predictor]);
-            if (value == missingValue_) continue;
-            right = static_cast<std::uint32_t>(!(value <= surrogate.cut)) ^ surrogate.isReversed;
-            break;
-          }
-        }
-        std::uint32_t const next = entry.left + right;
+        std::uint32_t const next =
+            MoveBySurrogates(at, rows + (row + std::min(lane, count - 1)) * stride);
         moved |= next ^ at;
         lanes[lane] = next;
       }
@@ -165,6 +170,16 @@ std::uint32_t BareTree::FindOne(Value const* row) const {
   }
 }
 
+template <class Value>
+std::uint32_t BareTree::FindOneBySurrogates(Value const* row) const {
+  std::uint32_t at = 0;
+  for (;;) {
+    std::uint32_t const next = MoveBySurrogates(at, row);
+    if (next == at) return ids_[at];
+    at = next;
+  }
+}
+
 template void BareTree::FindComplete(float const*, std::size_t, std::size_t, Until,
                                      std::uint32_t*) const;
 template void BareTree::FindComplete(double const*, std::size_t, std::size_t, Until,
@@ -179,5 +194,7 @@ template void BareTree::FindBySurrogates(double const*, std::size_t, std::size_t
                                          std::uint32_t*) const;
 template std::uint32_t BareTree::FindOne(float const*) const;
 template std::uint32_t BareTree::FindOne(double const*) const;
+template std::uint32_t BareTree::FindOneBySurrogates(float const*) const;
+template std::uint32_t BareTree::FindOneBySurrogates(double const*) const;
 
 }  // namespace tree::score

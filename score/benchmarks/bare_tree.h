@@ -41,9 +41,15 @@ class BareTree {
   void FindBySurrogates(Value const* rows, std::size_t numRows, std::size_t stride,
                         std::uint32_t* ids) const;
   ///@}
-  /// Where one row without missing values ends.
+  /// Where one row ends.
+  ///@{
+  /// Without missing values.
   template <class Value>
   std::uint32_t FindOne(Value const* row) const;
+  /// With missing values that go to surrogates, if there are some, or one way.
+  template <class Value>
+  std::uint32_t FindOneBySurrogates(Value const* row) const;
+  ///@}
 
  private:
   struct Entry {
@@ -62,6 +68,8 @@ class BareTree {
   template <class Value, class Move>
   void FindInFlight(Value const* rows, std::size_t numRows, std::size_t stride, Until until,
                     Move const& move, std::uint32_t* ids) const;
+  template <class Value>
+  std::uint32_t MoveBySurrogates(std::uint32_t at, Value const* row) const;
 
   std::vector<Entry> entries_;
   int depth_ = 0;

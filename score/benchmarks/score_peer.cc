@@ -27,6 +27,7 @@
 #include <random>
 #include <stdexcept>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "bare_tree.h"
@@ -122,8 +123,16 @@ std::unique_ptr<NodeImp> GrowTree(Columns const& columns, double missingValue, c
 /// Times one way to score all cases, and compares what comes of it.
 class Timer {
  public:
-  explicit Timer(std::vector<std::uint32_t> const& expected)
-      : expected_(expected), ids_(expected.size()) {}
+  explicit Timer(std::vector<std::uint32_t> expected)
+      : expected_(std::move(expected)), ids_(expected_.size()) {}
+
+  /// What is expected of cases that were picked.
+  std::vector<std::uint32_t> ExpectPicks(std::vector<std::size_t> const& picks) const {
+    std::vector<std::uint32_t> expected;
+    expected.reserve(picks.size());
+    for (std::size_t const pick : picks) expected.push_back(expected_[pick]);
+    return expected;
+  }
 
   using Way = std::function<void(std::uint32_t*)>;
 
@@ -151,7 +160,7 @@ class Timer {
     return taken.count();
   }
 
-  std::vector<std::uint32_t> const& expected_;
+  std::vector<std::uint32_t> expected_;
   std::vector<std::uint32_t> ids_;
 };
 
@@ -202,23 +211,30 @@ void TimeValues(std::string const& type, Columns const& columns, NodeImp const& 
     timer.Time("rows_" + type + suffix, score(byRows));
     timer.Time("columns_" + type + suffix, score(byColumns));
   }
-  std::vector<std::size_t> all(numCases);
-  std::iota(all.begin(), all.end(), std::size_t{0});
-  timer.Time("picked_" + type, [&](std::uint32_t* ids) {
-    score::Answers answers;
-    answers.ids = ids;
-    score::ScoreOptions options;
-    options.numThreads = 1;
-    options.selection = score::Selection{all.data(), numCases};
-    scorer.Score(byRows, answers, options);
+  std::vector<std::size_t> picks(numCases);
+  std::iota(picks.begin(), picks.end(), std::size_t{0});
+  auto const scorePicks = [&](score::Cases const& cases) {
+    return [&scorer, &picks, cases](std::uint32_t* ids) {
+      score::Answers answers;
+      answers.ids = ids;
+      score::ScoreOptions options;
+      options.numThreads = 1;
+      options.selection = score::Selection{picks.data(), picks.size()};
+      scorer.Score(cases, answers, options);
+    };
+  };
+  timer.Time("picked_rows_" + type, scorePicks(byRows));
+  timer.Time("picked_columns_" + type, scorePicks(byColumns));
+  std::shuffle(picks.begin(), picks.end(), std::mt19937_64(11));
+  Timer shuffled(timer.ExpectPicks(picks));
+  shuffled.Time("shuffled_rows_" + type, scorePicks(byRows));
+  shuffled.Time("shuffled_columns_" + type, scorePicks(byColumns));
+  timer.Time("bare_one_" + type, [&](std::uint32_t* ids) {
+    for (std::size_t row = 0; row < numCases; ++row) {
+      Value const* const values = rows.data() + row * kNumPredictors;
+      ids[row] = isComplete ? bare.FindOne(values) : bare.FindOneBySurrogates(values);
+    }
   });
-  if (isComplete) {
-    timer.Time("bare_one_" + type, [&](std::uint32_t* ids) {
-      for (std::size_t row = 0; row < numCases; ++row) {
-        ids[row] = bare.FindOne(rows.data() + row * kNumPredictors);
-      }
-    });
-  }
   timer.Time("one_" + type, [&](std::uint32_t* ids) {
     for (std::size_t row = 0; row < numCases; ++row) {
       ids[row] = scorer.GetId(scorer.FindPosition(rows.data() + row * kNumPredictors));

@@ -26,11 +26,34 @@ TREE_AVX512_INLINE __m512d GatherValues(Value const* values, __m256i index, __mm
   }
 }
 
+/// The same at these addresses.
+template <class Value>
+TREE_AVX512_INLINE __m512d GatherValuesAt(__m512i addresses, __mmask8 lanes) {
+  if constexpr (sizeof(Value) == sizeof(double)) {
+    return _mm512_mask_i64gather_pd(_mm512_setzero_pd(), lanes, addresses, nullptr, 1);
+  } else {
+    return _mm512_cvtps_pd(
+        _mm512_mask_i64gather_ps(_mm256_setzero_ps(), lanes, addresses, nullptr, 1));
+  }
+}
+
+/// Counts of values as counts of bytes.
+template <class Value>
+TREE_AVX512_INLINE __m512i ToBytes(__m256i counts) {
+  return _mm512_slli_epi64(_mm512_cvtepu32_epi64(counts), sizeof(Value) == sizeof(double) ? 3 : 2);
+}
+
+// How far ahead rows are called for. Of longer rows too little is asked for.
+constexpr std::size_t kMaxRowBytes = 512;
+constexpr std::uint32_t kCasesUntilSoon = 32;
+constexpr std::uint32_t kCasesUntilLater = 256;
+
+/// The values of rows that follow each other.
 template <class Value>
 class RowGather {
  public:
-  TREE_AVX512_INLINE RowGather(Cases const& cases, std::size_t begin)
-      : first_(static_cast<Value const*>(cases.GetRows()) + begin * cases.GetStride()),
+  TREE_AVX512_INLINE RowGather(Cases const& cases, InSequence rows, std::uint32_t /*size*/)
+      : first_(static_cast<Value const*>(cases.GetRows()) + rows.begin * cases.GetStride()),
         rowBytes_(cases.GetStride() * sizeof(Value)),
         stride_(Broadcast(static_cast<std::uint32_t>(cases.GetStride()))) {}
 
@@ -49,53 +72,127 @@ class RowGather {
     }
   }
 
-  /// `places`: of the cases in the block. `lanes`: those that need a value.
-  TREE_AVX512_INLINE __m512d Get(__m256i places, __m256i predictors, __mmask8 lanes) const {
-    return GatherValues(first_, _mm256_add_epi32(_mm256_mullo_epi32(places, stride_), predictors),
-                        lanes);
+  /// What a case is found by, of each of eight cases.
+  using Origins = __m256i;
+  /// `places`: of the cases in the block.
+  TREE_AVX512_INLINE Origins Find(__m256i places) const {
+    return _mm256_mullo_epi32(places, stride_);
+  }
+  /// `lanes`: those that need a value.
+  TREE_AVX512_INLINE __m512d Get(Origins rows, __m256i predictors, __mmask8 lanes) const {
+    return GatherValues(first_, _mm256_add_epi32(rows, predictors), lanes);
   }
 
  private:
-  // Of longer rows too little is asked for.
-  static constexpr std::size_t kMaxRowBytes = 512;
-  static constexpr std::size_t kCasesUntilSoon = 32;
-  static constexpr std::size_t kCasesUntilLater = 256;
-
   Value const* first_;
   std::size_t rowBytes_;
   __m256i stride_;
 };
 
+/// How far picked rows lie from the first one of all, in bytes. `places`: of the cases in the
+/// block.
+TREE_AVX512_INLINE __m512i FindOffsets(Picked picked, __m256i places, std::size_t rowBytes) {
+  static_assert(sizeof(*picked.rows) == sizeof(long long));
+  __m512i const rows =
+      _mm512_mask_i32gather_epi64(_mm512_setzero_si512(), kAll, places, picked.rows, 8);
+  return _mm512_mullo_epi64(rows, _mm512_set1_epi64(static_cast<long long>(rowBytes)));
+}
+
+/// The values of rows that were picked.
+template <class Value>
+class PickedRowGather {
+ public:
+  TREE_AVX512_INLINE PickedRowGather(Cases const& cases, Picked picked, std::uint32_t size)
+      : first_(static_cast<char const*>(cases.GetRows())),
+        rowBytes_(cases.GetStride() * sizeof(Value)),
+        valueBytes_(cases.GetNumPredictors() * sizeof(Value)),
+        picked_(picked),
+        size_(size) {}
+
+  /// As that of rows that follow each other, but within the block, and into the fastest cache only.
+  TREE_AVX512_INLINE void Prefetch(std::uint32_t place, std::uint32_t count) const {
+    if (valueBytes_ > kMaxRowBytes || first_ == nullptr) return;
+    std::uint32_t const end = std::min(place + kCasesUntilSoon + count, size_);
+    for (std::uint32_t soon = place + kCasesUntilSoon; soon < end; ++soon) {
+      char const* const row = first_ + picked_.GetRow(soon) * rowBytes_;
+      for (std::size_t byte = 0; byte < valueBytes_; byte += 64) {
+        _mm_prefetch(row + byte, _MM_HINT_T0);
+      }
+      _mm_prefetch(row + valueBytes_ - 1, _MM_HINT_T0);
+    }
+  }
+
+  using Origins = __m512i;
+  TREE_AVX512_INLINE Origins Find(__m256i places) const {
+    __m512i const first = _mm512_set1_epi64(reinterpret_cast<long long>(first_));
+    return _mm512_add_epi64(first, FindOffsets(picked_, places, rowBytes_));
+  }
+  TREE_AVX512_INLINE __m512d Get(Origins rows, __m256i predictors, __mmask8 lanes) const {
+    return GatherValuesAt<Value>(_mm512_add_epi64(rows, ToBytes<Value>(predictors)), lanes);
+  }
+
+ private:
+  char const* first_;
+  std::size_t rowBytes_;
+  std::size_t valueBytes_;
+  Picked picked_;
+  std::uint32_t size_;
+};
+
+/// Where the values of columns begin.
+TREE_AVX512_INLINE __m512i GatherColumns(Column const* columns, __m256i predictors) {
+  static_assert(offsetof(Column, values) == 0 && sizeof(Column) == 5 * sizeof(void*));
+  __m256i const index = _mm256_add_epi32(predictors, _mm256_slli_epi32(predictors, 2));
+  return _mm512_mask_i32gather_epi64(_mm512_setzero_si512(), kAll, index, columns, 8);
+}
+
+/// The values of columns, in rows that follow each other.
 template <class Value>
 class ColumnGather {
  public:
-  TREE_AVX512_INLINE ColumnGather(Cases const& cases, std::size_t begin)
-      : columns_(cases.GetColumns()), begin_(begin * sizeof(Value)) {}
+  TREE_AVX512_INLINE ColumnGather(Cases const& cases, InSequence rows, std::uint32_t /*size*/)
+      : columns_(cases.GetColumns()), begin_(rows.begin * sizeof(Value)) {}
 
   // Columns are read one after the other, which the processor foresees.
   TREE_AVX512_INLINE void Prefetch(std::uint32_t /*place*/, std::uint32_t /*count*/) const {}
 
-  TREE_AVX512_INLINE __m512d Get(__m256i places, __m256i predictors, __mmask8 lanes) const {
-    static_assert(offsetof(Column, values) == 0 && sizeof(Column) == 5 * sizeof(void*));
-    __m256i const index = _mm256_add_epi32(predictors, _mm256_slli_epi32(predictors, 2));
-    __m512i const columns =
-        _mm512_mask_i32gather_epi64(_mm512_setzero_si512(), kAll, index, columns_, 8);
-    __m512i const rows = _mm512_slli_epi64(_mm512_cvtepu32_epi64(places), kShift);
-    __m512i const addresses = _mm512_add_epi64(_mm512_add_epi64(columns, rows),
-                                               _mm512_set1_epi64(static_cast<long long>(begin_)));
-    if constexpr (sizeof(Value) == sizeof(double)) {
-      return _mm512_mask_i64gather_pd(_mm512_setzero_pd(), lanes, addresses, nullptr, 1);
-    } else {
-      return _mm512_cvtps_pd(
-          _mm512_mask_i64gather_ps(_mm256_setzero_ps(), lanes, addresses, nullptr, 1));
-    }
+  using Origins = __m512i;
+  TREE_AVX512_INLINE Origins Find(__m256i places) const {
+    __m512i const begin = _mm512_set1_epi64(static_cast<long long>(begin_));
+    return _mm512_add_epi64(begin, ToBytes<Value>(places));
+  }
+  TREE_AVX512_INLINE __m512d Get(Origins rows, __m256i predictors, __mmask8 lanes) const {
+    __m512i const columns = GatherColumns(columns_, predictors);
+    return GatherValuesAt<Value>(_mm512_add_epi64(columns, rows), lanes);
   }
 
  private:
-  static constexpr unsigned int kShift = sizeof(Value) == sizeof(double) ? 3 : 2;
-
   Column const* columns_;
   std::size_t begin_;  // bytes from a column's first value to that of the block
+};
+
+/// The values of columns, in rows that were picked.
+template <class Value>
+class PickedColumnGather {
+ public:
+  TREE_AVX512_INLINE PickedColumnGather(Cases const& cases, Picked picked, std::uint32_t /*size*/)
+      : columns_(cases.GetColumns()), picked_(picked) {}
+
+  // Columns are read at many places at once as it is.
+  TREE_AVX512_INLINE void Prefetch(std::uint32_t /*place*/, std::uint32_t /*count*/) const {}
+
+  using Origins = __m512i;
+  TREE_AVX512_INLINE Origins Find(__m256i places) const {
+    return FindOffsets(picked_, places, sizeof(Value));
+  }
+  TREE_AVX512_INLINE __m512d Get(Origins rows, __m256i predictors, __mmask8 lanes) const {
+    __m512i const columns = GatherColumns(columns_, predictors);
+    return GatherValuesAt<Value>(_mm512_add_epi64(columns, rows), lanes);
+  }
+
+ private:
+  Column const* columns_;
+  Picked picked_;
 };
 
 /// A tile: copies of the values of a few cases, those of a predictor side by side and all of them
@@ -126,7 +223,9 @@ class TileGather {
 
   TREE_AVX512_INLINE void Prefetch(std::uint32_t /*place*/, std::uint32_t /*count*/) const {}
 
-  TREE_AVX512_INLINE __m512d Get(__m256i places, __m256i predictors, __mmask8 lanes) const {
+  using Origins = __m256i;
+  TREE_AVX512_INLINE Origins Find(__m256i places) const { return places; }
+  TREE_AVX512_INLINE __m512d Get(Origins places, __m256i predictors, __mmask8 lanes) const {
     return GatherValues(tile_, _mm256_add_epi32(_mm256_slli_epi32(predictors, kTileShift), places),
                         lanes);
   }
@@ -142,9 +241,9 @@ class PlainCopy {
   explicit PlainCopy(Cases const& cases) : columns_(cases.GetColumns()) {}
 
   /// `to`: room for the cases of a tile, of which there are `count`.
-  TREE_AVX512_INLINE void Copy(std::uint32_t predictor, std::size_t begin, std::uint32_t count,
+  TREE_AVX512_INLINE void Copy(std::uint32_t predictor, InSequence rows, std::uint32_t count,
                                Value* to) const {
-    auto const* const from = static_cast<Value const*>(columns_[predictor].values) + begin;
+    auto const* const from = static_cast<Value const*>(columns_[predictor].values) + rows.begin;
     if (count < kTileCases) {
       std::copy_n(from, count, to);
       return;
@@ -162,23 +261,40 @@ class PlainCopy {
   Column const* columns_;
 };
 
+/// Copies values one by one, as doubles.
+template <class Values>
+class ValueCopy {
+ public:
+  explicit ValueCopy(Cases const& cases) : values_(cases) {}
+
+  template <class Rows>
+  TREE_AVX512_INLINE void Copy(std::uint32_t predictor, Rows rows, std::uint32_t count,
+                               double* to) const {
+    for (std::uint32_t place = 0; place < count; ++place) {
+      to[place] = values_.Get(rows.GetRow(place), predictor);
+    }
+  }
+
+ private:
+  Values values_;
+};
+
 /// Copies columns of any kind as doubles: the values that `AnyColumnValues` gives.
 class AnyCopy {
  public:
   explicit AnyCopy(Cases const& cases)
       : columns_(cases.GetColumns()),
-        values_(cases),
+        valueCopy_(cases),
         nanIsNull_(cases.GetNanMeaning() == NanMeaning::kMissing) {}
 
-  TREE_AVX512_INLINE void Copy(std::uint32_t predictor, std::size_t begin, std::uint32_t count,
+  TREE_AVX512_INLINE void Copy(std::uint32_t predictor, InSequence rows, std::uint32_t count,
                                double* to) const {
     Column const& column = columns_[predictor];
     if (column.stride != 1) {
-      for (std::uint32_t place = 0; place < count; ++place) {
-        to[place] = values_.Get(begin + place, predictor);
-      }
+      valueCopy_.Copy(predictor, rows, count, to);
       return;
     }
+    std::size_t const begin = rows.begin;
     __m512d const null = _mm512_set1_pd(std::bit_cast<double>(kNullBits));
     __m512d const nan =
         nanIsNull_ ? null : _mm512_set1_pd(std::numeric_limits<double>::quiet_NaN());
@@ -219,7 +335,7 @@ class AnyCopy {
   }
 
   Column const* columns_;
-  AnyColumnValues values_;
+  ValueCopy<AnyColumnValues> valueCopy_;
   bool nanIsNull_;
 };
 

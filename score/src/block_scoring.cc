@@ -13,16 +13,6 @@ namespace {
 // memory, and few enough for its registers.
 constexpr std::uint32_t kLanes = 8;
 
-struct InSequence {
-  std::size_t begin;
-  std::size_t GetRow(std::uint32_t place) const { return begin + place; }
-};
-
-struct Picked {
-  std::size_t const* rows;
-  std::size_t GetRow(std::uint32_t place) const { return rows[place]; }
-};
-
 /// Scores the cases of one block, all down a level at a time.
 template <class Missing, class Values, class Rows>
 class BlockScorer {

@@ -16,6 +16,20 @@ constexpr std::uint64_t kNullBits = 0x7FF8'6E75'6C6C'0000;
 
 inline bool IsNull(double value) { return std::bit_cast<std::uint64_t>(value) == kNullBits; }
 
+/// The rows of the cases of a block, which follow each other.
+struct InSequence {
+  std::size_t begin;
+  std::size_t GetRow(std::size_t place) const { return begin + place; }
+  InSequence From(std::size_t place) const { return {begin + place}; }
+};
+
+/// The rows of the cases of a block, which were picked.
+struct Picked {
+  std::size_t const* rows;
+  std::size_t GetRow(std::size_t place) const { return rows[place]; }
+  Picked From(std::size_t place) const { return {rows + place}; }
+};
+
 /// Rows of doubles or floats.
 template <class Value>
 class RowValues {

@@ -47,14 +47,13 @@ class Agreement {
         nodes_(ListNodes(root)),
         scorer_(Scorer::FromTree(root)),
         tree_(Flatten(root)),
-        table_{numCases, numPredictors, {}, {}} {
+        table_{numCases, numPredictors, {}, {}},
+        selection_(numCases / 2 + 1) {
     for (std::size_t index = 0; index < numCases * numPredictors; ++index) {
       table_.values.push_back(DrawValue(draw));
       table_.isNull.push_back(false);
     }
-    for (std::size_t index = 0; index < numCases / 2 + 1; ++index) {
-      selection_.push_back(draw(static_cast<std::uint32_t>(numCases)));
-    }
+    for (std::size_t& number : selection_) number = draw(static_cast<std::uint32_t>(numCases));
   }
 
   void Run(Draw const& draw) {
@@ -331,7 +330,7 @@ class Agreement {
   Scorer scorer_;
   FlatTree tree_;
   Table table_;
-  std::vector<std::size_t> selection_;
+  GuardedVector<std::size_t> selection_;
   std::vector<std::uint32_t> expected_;  // identifiers, by case
 };
 

@@ -8,6 +8,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "block_scoring.h"
 #include "flat_tree.h"
 #include "score_testing/guarded_memory.h"
 #include "tree/score/scorer.h"
@@ -16,6 +17,7 @@ namespace tree::score::testing {
 namespace {
 
 constexpr std::size_t kNumCases = 40;
+static_assert(kNumCases <= kBlockSize);
 
 double DrawFor(FlatTree const& tree, std::uint32_t predictor, Draw const& draw) {
   switch (draw(8)) {
@@ -40,7 +42,8 @@ bool HaveSameBits(double a, double b) {
 class EveryWay {
  public:
   EveryWay(FlatTree const& tree, Scorer const& scorer, Draw const& draw)
-      : scorer_(scorer),
+      : tree_(tree),
+        scorer_(scorer),
         numPredictors_(scorer.GetNumPredictors()),
         allCases_(kNumCases),
         bits_(kNumCases / 8) {
@@ -71,18 +74,26 @@ class EveryWay {
   }
 
  private:
-  // By the fastest way, and by the one for cases that are picked, which is plain C++.
+  // By each implementation that there is for them, one case after the other and picked.
   std::vector<std::uint32_t> Score(Cases const& cases) const {
     GuardedVector<std::uint32_t> positions(kNumCases);
-    GuardedVector<std::uint32_t> ofPicked(kNumCases);
+    GuardedVector<std::uint32_t> others(kNumCases);
     Answers answers;
     answers.positions = positions.data();
     scorer_.Score(cases, answers);
-    answers.positions = ofPicked.data();
-    ScoreOptions options;
-    options.selection = Selection{allCases_.data(), kNumCases};
-    scorer_.Score(cases, answers, options);
-    if (positions != ofPicked) throw std::logic_error("picked cases are scored otherwise");
+    for (bool const arePicked : {false, true}) {
+      ScoreBlock const implementations[] = {
+          ChoosePortableScoreBlock(tree_, cases, arePicked),
+          ChooseAvx512ScoreBlock(tree_, cases, arePicked),
+      };
+      for (ScoreBlock const implementation : implementations) {
+        if (implementation == nullptr) continue;
+        std::fill(others.begin(), others.end(), 0);
+        implementation(tree_, cases, arePicked ? allCases_.data() : nullptr, 0, kNumCases,
+                       others.data());
+        if (others != positions) throw std::logic_error("two implementations disagree");
+      }
+    }
     for (std::uint32_t const position : positions) {
       if (position >= scorer_.GetNumPositions()) throw std::logic_error("a position is none");
     }
@@ -126,9 +137,10 @@ class EveryWay {
     return columns;
   }
 
+  FlatTree const& tree_;
   Scorer const& scorer_;
   std::size_t numPredictors_;
-  std::vector<std::size_t> allCases_;
+  GuardedVector<std::size_t> allCases_;
   std::vector<double> values_;        // by rows
   GuardedVector<std::uint8_t> bits_;  // a bitmap for every column
 };
