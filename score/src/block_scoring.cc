@@ -13,6 +13,9 @@ namespace {
 // memory, and few enough for its registers.
 constexpr std::uint32_t kLanes = 8;
 
+// How far ahead the values of cases are called for.
+constexpr std::uint32_t kCasesAhead = 64;
+
 /// Scores the cases of one block, all down a level at a time.
 template <class Missing, class Values, class Rows>
 class BlockScorer {
@@ -47,10 +50,19 @@ class BlockScorer {
     return TakeStep<Missing, Plain>(node, value, missing_.Get(predictor));
   }
 
+  // Calls for the values of later cases of the block, as many as are on their way at a time.
+  // Inline: to the compiler a function that only calls for memory has no effect.
+  [[gnu::always_inline]] void CallAhead(std::uint32_t place, std::uint32_t size) const {
+    std::uint32_t const end = std::min(place + kLanes, size);
+    for (; place < end; ++place) values_.CallFor(rows_.GetRow(place));
+  }
+
   void PassPlainLevels(std::uint32_t size, std::uint32_t* nodes) const {
     std::uint32_t const count = levels_.count;
     std::uint32_t place = 0;
     for (; place + kLanes <= size; place += kLanes) {
+      // A tree of one node asks for no values, which need not be there.
+      if (count > 0) CallAhead(place + kCasesAhead, size);
       std::uint32_t lanes[kLanes] = {};
       for (std::uint32_t level = 0; level < count; ++level) {
         for (std::uint32_t lane = 0; lane < kLanes; ++lane) {
