@@ -183,7 +183,7 @@ def score_cases(program, cases, folder):
             cells.append(", ".join(f"{times:.2f}x faster" for times in faster))
         print("| " + " | ".join(cells) + " |", flush=True)
 
-    print_head(f"Scoring a selection of {cases} cases, nanoseconds a case, times the bare loop over all",
+    print_head(f"Scoring a selection of all {cases} cases, nanoseconds a case, times the bare loop",
                "depth, missing, surrogates", "all in order: rows, floats", "columns, floats",
                "rows, doubles", "columns, doubles", "all shuffled: rows, floats",
                "columns, floats", "rows, doubles", "columns, doubles")
