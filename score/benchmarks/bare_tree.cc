@@ -101,19 +101,23 @@ void BareTree::FindComplete(Value const* rows, std::size_t numRows, std::size_t 
   FindInFlight(rows, numRows, stride, until, move, ids);
 }
 
+/// Whether the missing value, compared with the cut point, goes another way than it should is a
+/// flag of the entry.
 template <class Value>
-void BareTree::FindIncomplete(Value const* rows, std::size_t numRows, std::size_t stride,
-                              Until until, std::uint32_t* ids) const {
+auto BareTree::MoveIncomplete() const {
   using Bits = std::conditional_t<sizeof(Value) == 8, std::uint64_t, std::uint32_t>;
-  auto const missing = std::bit_cast<Bits>(static_cast<Value>(missingValue_));
-  // Whether the missing value, compared with the cut point, goes another way than it should is a
-  // flag of the entry.
-  auto const move = [missing](Entry const& entry, Value value) {
+  return [missing = std::bit_cast<Bits>(static_cast<Value>(missingValue_))](Entry const& entry,
+                                                                            Value value) {
     auto const right = static_cast<std::uint32_t>(!(static_cast<double>(value) <= entry.cut));
     auto const isMissing = static_cast<std::uint32_t>(std::bit_cast<Bits>(value) == missing);
     return right ^ (isMissing & std::uint32_t{entry.flags});
   };
-  FindInFlight(rows, numRows, stride, until, move, ids);
+}
+
+template <class Value>
+void BareTree::FindIncomplete(Value const* rows, std::size_t numRows, std::size_t stride,
+                              Until until, std::uint32_t* ids) const {
+  FindInFlight(rows, numRows, stride, until, MoveIncomplete<Value>(), ids);
 }
 
 /// From an entry to the next.
@@ -171,6 +175,18 @@ std::uint32_t BareTree::FindOne(Value const* row) const {
 }
 
 template <class Value>
+std::uint32_t BareTree::FindOneIncomplete(Value const* row) const {
+  auto const move = MoveIncomplete<Value>();
+  std::uint32_t at = 0;
+  for (;;) {
+    Entry const& entry = entries_[at];
+    std::uint32_t const next = entry.left + move(entry, row[entry.predictor]);
+    if (next == at) return ids_[at];
+    at = next;
+  }
+}
+
+template <class Value>
 std::uint32_t BareTree::FindOneBySurrogates(Value const* row) const {
   std::uint32_t at = 0;
   for (;;) {
@@ -194,6 +210,8 @@ template void BareTree::FindBySurrogates(double const*, std::size_t, std::size_t
                                          std::uint32_t*) const;
 template std::uint32_t BareTree::FindOne(float const*) const;
 template std::uint32_t BareTree::FindOne(double const*) const;
+template std::uint32_t BareTree::FindOneIncomplete(float const*) const;
+template std::uint32_t BareTree::FindOneIncomplete(double const*) const;
 template std::uint32_t BareTree::FindOneBySurrogates(float const*) const;
 template std::uint32_t BareTree::FindOneBySurrogates(double const*) const;
 

@@ -46,6 +46,9 @@ class BareTree {
   /// Without missing values.
   template <class Value>
   std::uint32_t FindOne(Value const* row) const;
+  /// With missing values that go one way.
+  template <class Value>
+  std::uint32_t FindOneIncomplete(Value const* row) const;
   /// With missing values that go to surrogates, if there are some, or one way.
   template <class Value>
   std::uint32_t FindOneBySurrogates(Value const* row) const;
@@ -65,6 +68,8 @@ class BareTree {
     std::uint32_t isReversed;
   };
 
+  template <class Value>
+  auto MoveIncomplete() const;
   template <class Value, class Move>
   void FindInFlight(Value const* rows, std::size_t numRows, std::size_t stride, Until until,
                     Move const& move, std::uint32_t* ids) const;

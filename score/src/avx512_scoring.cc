@@ -301,7 +301,7 @@ ScoreBlock ChooseAvx512ScoreBlock(FlatTree const& tree, Cases const& cases, bool
     case Layout::kAny:
       break;
   }
-  if (!fitTiles) return nullptr;
+  if (!inTiles) return nullptr;
   bool const byPredictor = tree.HasOwnMissingValues();
   return hasSelection ? ChooseForAny<ValueCopy<AnyColumnValues>, Picked>(byPredictor)
                       : ChooseForAny<AnyCopy, InSequence>(byPredictor);

@@ -53,7 +53,7 @@ template <class Value>
 class RowGather {
  public:
   TREE_AVX512_INLINE RowGather(Cases const& cases, InSequence rows, std::uint32_t /*size*/)
-      : first_(static_cast<Value const*>(cases.GetRows()) + rows.begin * cases.GetStride()),
+      : first_(FindRow(cases, rows.begin)),
         rowBytes_(cases.GetStride() * sizeof(Value)),
         stride_(Broadcast(static_cast<std::uint32_t>(cases.GetStride()))) {}
 
@@ -84,6 +84,12 @@ class RowGather {
   }
 
  private:
+  // Null where there are no rows.
+  static Value const* FindRow(Cases const& cases, std::size_t row) {
+    auto const* const first = static_cast<Value const*>(cases.GetRows());
+    return first == nullptr ? nullptr : first + row * cases.GetStride();
+  }
+
   Value const* first_;
   std::size_t rowBytes_;
   __m256i stride_;

@@ -24,6 +24,7 @@ class BlockScorer {
       : slots_(tree.GetSlots()),
         missing_(tree),
         levels_(tree.GetPlainLevels(Missing::kMayMiss)),
+        asksForValues_(tree.GetHeader().numPredictors > 0),
         values_(values),
         rows_(rows) {}
 
@@ -61,8 +62,7 @@ class BlockScorer {
     std::uint32_t const count = levels_.count;
     std::uint32_t place = 0;
     for (; place + kLanes <= size; place += kLanes) {
-      // A tree of one node asks for no values, which need not be there.
-      if (count > 0) CallAhead(place + kCasesAhead, size);
+      if (asksForValues_) CallAhead(place + kCasesAhead, size);
       std::uint32_t lanes[kLanes] = {};
       for (std::uint32_t level = 0; level < count; ++level) {
         for (std::uint32_t lane = 0; lane < kLanes; ++lane) {
@@ -115,6 +115,7 @@ class BlockScorer {
   Slot const* slots_;
   MissingValues<Missing> missing_;
   PlainLevels levels_;
+  bool asksForValues_;  // a tree of one node does not, and there may be none
   Values values_;
   Rows rows_;
   // Those on their way: where they are, and their places in the block.

@@ -73,7 +73,6 @@ class ColumnValues {
 /// Columns of any kind. What is missing by a bitmap is null, and so is NaN where it means that.
 class AnyColumnValues {
  public:
-  void CallFor(std::size_t /*row*/) const {}
   explicit AnyColumnValues(Cases const& cases)
       : columns_(cases.GetColumns()), nanIsNull_(cases.GetNanMeaning() == NanMeaning::kMissing) {}
 
@@ -91,6 +90,7 @@ class AnyColumnValues {
     }
     return value;
   }
+  void CallFor(std::size_t /*row*/) const {}
 
  private:
   static double Read(Column const& column, std::ptrdiff_t place) {

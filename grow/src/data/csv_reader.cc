@@ -216,12 +216,15 @@ class Reader {
     waiting_.clear();
   }
 
-  CsvData Finish() {
+  std::optional<CsvData> Finish() {
     if (!hasHeader_) Refuse(1, "the file is empty");
     if (numRows_ == 0) Refuse(rowLine_, "no row follows the first line");
     if (isInferring_) InferLevels();
     CsvData result{DataSet(numRows_), {}};
-    for (CsvColumn& column : columns_) column.MoveTo(result);
+    for (CsvColumn& column : columns_) {
+      column.MoveTo(result);
+      if (!GoOn(1.0)) return std::nullopt;
+    }
     return result;
   }
 

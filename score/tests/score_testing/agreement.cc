@@ -135,7 +135,8 @@ class Agreement {
 
   template <class Value>
   GuardedVector<Value> MakeRows(std::size_t stride) const {
-    GuardedVector<Value> rows(table_.numCases * stride);
+    // Nothing follows the last value of the last row.
+    GuardedVector<Value> rows((table_.numCases - 1) * stride + table_.numPredictors);
     for (std::size_t row = 0; row < table_.numCases; ++row) {
       for (std::size_t predictor = 0; predictor < table_.numPredictors; ++predictor) {
         rows[row * stride + predictor] = Convert<Value>(table_.GetRow(row)[predictor]);

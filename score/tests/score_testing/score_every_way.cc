@@ -88,7 +88,7 @@ class EveryWay {
       };
       for (ScoreBlock const implementation : implementations) {
         if (implementation == nullptr) continue;
-        std::fill(others.begin(), others.end(), 0);
+        std::fill(others.begin(), others.end(), std::numeric_limits<std::uint32_t>::max());
         implementation(tree_, cases, arePicked ? allCases_.data() : nullptr, 0, kNumCases,
                        others.data());
         if (others != positions) throw std::logic_error("two implementations disagree");

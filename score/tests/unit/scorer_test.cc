@@ -303,11 +303,12 @@ TEST(Scorer, ScoresByATreeOfOneNode) {
 
 TEST(Scorer, NeedsNoRowsWhereTheTreeAsksForNone) {
   auto const root = ANode(7).Classes({1.0, 3.0}, 1).Build();
-  std::uint32_t ids[40] = {};
+  std::uint32_t ids[600] = {};  // some blocks
   Answers answers;
   answers.ids = ids;
 
-  Scorer::FromTree(*root).Score(Cases::OfRows(static_cast<double const*>(nullptr), 40, 3), answers);
+  Scorer::FromTree(*root).Score(Cases::OfRows(static_cast<double const*>(nullptr), 600, 3),
+                                answers);
 
   EXPECT_THAT(ids, Each(7U));
 }
