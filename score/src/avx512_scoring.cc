@@ -283,6 +283,8 @@ bool AreBetterInTiles(FlatTree const& tree, bool hasSelection) {
 }  // namespace
 
 ScoreBlock ChooseAvx512ScoreBlock(FlatTree const& tree, Cases const& cases, bool hasSelection) {
+  // A tree of one node asks for no values, and there may be none.
+  if (tree.GetHeader().numPredictors == 0) return nullptr;
   if (!HasAvx512() || !CanCountSlots(tree)) return nullptr;
   if (!hasSelection && !CanCountValues(cases)) return nullptr;
   Layout const layout = FindLayout(tree, cases);

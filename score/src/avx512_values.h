@@ -53,15 +53,14 @@ template <class Value>
 class RowGather {
  public:
   TREE_AVX512_INLINE RowGather(Cases const& cases, InSequence rows, std::uint32_t /*size*/)
-      : first_(FindRow(cases, rows.begin)),
+      : first_(static_cast<Value const*>(cases.GetRows()) + rows.begin * cases.GetStride()),
         rowBytes_(cases.GetStride() * sizeof(Value)),
         stride_(Broadcast(static_cast<std::uint32_t>(cases.GetStride()))) {}
 
   /// When it is the turn of the `count` cases from `place` on, has values fetched of as many cases
   /// that come soon after them, and, into a cache that has more room, of as many that come later.
   TREE_AVX512_INLINE void Prefetch(std::uint32_t place, std::uint32_t count) const {
-    // There are no rows where a tree of one node asks for none.
-    if (rowBytes_ > kMaxRowBytes || first_ == nullptr) return;
+    if (rowBytes_ > kMaxRowBytes) return;
     std::size_t const begin = place * rowBytes_;
     std::size_t const end = begin + count * rowBytes_;
     char const* const soon = reinterpret_cast<char const*>(first_) + kCasesUntilSoon * rowBytes_;
@@ -84,12 +83,6 @@ class RowGather {
   }
 
  private:
-  // Null where there are no rows.
-  static Value const* FindRow(Cases const& cases, std::size_t row) {
-    auto const* const first = static_cast<Value const*>(cases.GetRows());
-    return first == nullptr ? nullptr : first + row * cases.GetStride();
-  }
-
   Value const* first_;
   std::size_t rowBytes_;
   __m256i stride_;
@@ -117,7 +110,7 @@ class PickedRowGather {
 
   /// As that of rows that follow each other, but within the block, and into the fastest cache only.
   TREE_AVX512_INLINE void Prefetch(std::uint32_t place, std::uint32_t count) const {
-    if (valueBytes_ > kMaxRowBytes || first_ == nullptr) return;
+    if (valueBytes_ > kMaxRowBytes) return;
     std::uint32_t const end = std::min(place + kCasesUntilSoon + count, size_);
     for (std::uint32_t soon = place + kCasesUntilSoon; soon < end; ++soon) {
       char const* const row = first_ + picked_.GetRow(soon) * rowBytes_;
